@@ -1,0 +1,58 @@
+# What every target of the program shares: warnings, sanitisers, the tree that is laid out at run time.
+
+add_library(vkt_flags INTERFACE)
+target_include_directories(vkt_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(vkt_flags INTERFACE -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion -Wold-style-cast
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference -Werror)
+if(VKT_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # GCC 12 reports null dereferences inside its own headers once the sanitisers instrument them.
+    target_compile_options(vkt_flags INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized)
+endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # GCC 12 reports impossible copies inside its own std::string once the optimiser has inlined it (its PR 105651).
+    target_compile_options(vkt_flags INTERFACE $<$<CONFIG:Release>:-Wno-restrict> $<$<CONFIG:Release>:-Wno-array-bounds>)
+endif()
+if(VKT_SANITIZE)
+    target_compile_options(vkt_flags INTERFACE -fsanitize=${VKT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(vkt_flags INTERFACE -fsanitize=${VKT_SANITIZE})
+endif()
+target_link_libraries(vkt_flags INTERFACE Threads::Threads)
+
+# The tree the program runs in: bin/ with ../res, ../log and ../tools beside it.
+set(VKT_STAGE ${CMAKE_BINARY_DIR}/stage)
+
+# vkt_library(NAME [DIRS dir...] [LINK target...]): a static library of every .cpp in the folders (this one by default).
+function(vkt_library name)
+    cmake_parse_arguments(A "" "" "DIRS;LINK" ${ARGN})
+    if(NOT A_DIRS)
+        set(A_DIRS ${CMAKE_CURRENT_SOURCE_DIR})
+    endif()
+    set(sources)
+    foreach(dir IN LISTS A_DIRS)
+        file(GLOB here CONFIGURE_DEPENDS ${dir}/*.cpp)
+        list(APPEND sources ${here})
+    endforeach()
+    list(FILTER sources EXCLUDE REGEX "_main\\.cpp$")
+    if(sources)
+        add_library(${name} STATIC ${sources})
+        target_link_libraries(${name} PUBLIC vkt_flags ${A_LINK})
+    else()
+        add_library(${name} INTERFACE)
+        target_link_libraries(${name} INTERFACE vkt_flags ${A_LINK})
+    endif()
+endfunction()
+
+# vkt_test(NAME DIR dir [LINK target...] [LABELS label...]): one GoogleTest program of every .cpp in the folder.
+function(vkt_test name)
+    cmake_parse_arguments(A "" "DIR" "LINK;LABELS;PROPERTIES" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${A_DIR}/*.cpp)
+    if(NOT sources)
+        return()
+    endif()
+    add_executable(${name} ${sources})
+    target_link_libraries(${name} PRIVATE ${A_LINK} vkt_flags vkt_gtest)
+    target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <functional> <string> <vector>)
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${A_DIR})
+    gtest_discover_tests(${name} TEST_PREFIX "${A_DIR}/" WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${A_DIR}
+        DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 120 LABELS "${A_LABELS}" ${A_PROPERTIES})
+endfunction()
