@@ -1,0 +1,124 @@
+#!/usr/bin/env bash
+# Runs the Windows build's tests under Wine, with pseudo-terminals as COM ports.
+#
+#   packaging/windows/wine-tests.sh [ctest arguments]
+#   packaging/windows/wine-tests.sh --run COMMAND...     runs one command in the same surroundings instead of ctest
+#
+# VKT_WINDOWS_BUILD (build/windows) is the cross build, VKT_HOST_BUILD (build/dev) the build on this system that holds
+# stage/bin/pty_host, VKT_WINE_DIR (build/wine) the folder for Wine's own files. Everything that is started here is
+# stopped again, whichever way the script ends.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+windows_build=${VKT_WINDOWS_BUILD:-$root/build/windows}
+host_build=${VKT_HOST_BUILD:-$root/build/dev}
+wine_dir=${VKT_WINE_DIR:-$root/build/wine}
+pty_host=$host_build/stage/bin/pty_host
+ports=(COM7 COM8 COM9 COM12)
+
+die() {
+    echo "wine-tests: $*" >&2
+    exit 1
+}
+
+find_program() {
+    local candidate
+    for candidate in "$@"; do
+        if [ -x "$candidate" ]; then
+            echo "$candidate"
+            return
+        fi
+    done
+    die "none of $* is installed"
+}
+
+# Without "winedbg.exe=d" a crashed program ends with status 0 now and then, and looks like one that passed.
+prepare_environment() {
+    wine=$(find_program /usr/lib/wine/wine64 /usr/bin/wine64 /usr/bin/wine)
+    wineserver=$(find_program /usr/lib/wine/wineserver64 /usr/lib/wine/wineserver /usr/bin/wineserver)
+    [ -x "$pty_host" ] || die "$pty_host is missing: build the target pty_host on this system first"
+    mkdir -p "$wine_dir/ports/folder"
+    export WINEPREFIX=$wine_dir/prefix WINEDEBUG=${WINEDEBUG:--all}
+    export WINEDLLOVERRIDES="winedbg.exe=d;winemenubuilder.exe=d;mscoree,mshtml="
+    exec 9>"$wine_dir/lock"
+    flock -w 1800 9 || die "another run holds $wine_dir/lock"
+}
+
+server_pid= pty_pid=
+stop_all() {
+    local status=$?
+    trap - EXIT
+    if [ -n "$server_pid" ]; then
+        "$wineserver" -k 9>&- || true
+        wait "$server_pid" || true
+    fi
+    if [ -n "$pty_pid" ]; then
+        kill "$pty_pid" 2>/dev/null || true
+        wait "$pty_pid" 2>/dev/null || true
+    fi
+    exit "$status"
+}
+
+# Wine reads the names of the ports only when its server starts, so they are registered with a server of their own.
+make_prefix() {
+    local key='HKLM\Software\Wine\Ports' port wanted="${ports[*]} $wine_dir"
+    if [ "$(cat "$wine_dir/prefix.ready" 2>/dev/null)" = "$wanted" ]; then return; fi
+    echo "wine-tests: preparing $WINEPREFIX"
+    rm -rf "$WINEPREFIX" "$wine_dir/prefix.ready"
+    # Their output must not be this script's: the server would keep it open after its end.
+    "$wine" wineboot -i >"$wine_dir/wineboot.log" 2>&1 </dev/null 9>&-
+    for port in "${ports[@]}"; do
+        "$wine" reg add "$key" /v "$port" /d "$wine_dir/ports/${port,,}" /f >>"$wine_dir/wineboot.log" 2>&1 </dev/null 9>&-
+    done
+    "$wine" reg add "$key" /v COM20 /d "$wine_dir/ports/folder" /f >>"$wine_dir/wineboot.log" 2>&1 </dev/null 9>&-
+    "$wineserver" -k 9>&- || true
+    "$wineserver" -w 9>&-
+    echo "$wanted" >"$wine_dir/prefix.ready"
+}
+
+# Tries other TCP ports when these are taken.
+start_pty_host() {
+    local log=$wine_dir/pty_host.log attempt base i arguments
+    for attempt in 1 2 3 4 5 6 7 8; do
+        base=$((20000 + RANDOM % 10000))
+        arguments=() VKT_PTY_HOST=
+        for i in "${!ports[@]}"; do
+            arguments+=("${ports[i]}=$wine_dir/ports/${ports[i],,}:$((base + i))")
+            VKT_PTY_HOST+="${ports[i]}=$((base + i));"
+        done
+        "$pty_host" "${arguments[@]}" >"$log" 2>&1 </dev/null 9>&- &
+        pty_pid=$!
+        while kill -0 "$pty_pid" 2>/dev/null; do
+            if grep -q '^ready' "$log"; then
+                export VKT_PTY_HOST
+                return
+            fi
+            sleep 0.05
+        done
+        wait "$pty_pid" || true
+        pty_pid=
+    done
+    cat "$log" >&2
+    die "pty_host does not start (attempt $attempt)"
+}
+
+# With a server that is there already a program starts at once, and the server says nothing when a port vanishes.
+start_server() {
+    "$wineserver" -f -p >/dev/null 2>&1 </dev/null 9>&- &
+    server_pid=$!
+    "$wine" wineboot >"$wine_dir/wineboot.log" 2>&1 </dev/null 9>&-
+}
+
+prepare_environment
+trap stop_all EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM HUP
+make_prefix
+start_pty_host
+start_server
+if [ "${1:-}" = --run ]; then
+    shift
+    "$@" 9>&-
+else
+    ctest --test-dir "$windows_build" --output-on-failure "$@" 9>&-
+fi

@@ -1,0 +1,11 @@
+// The fault switch's inner side: com_port.cpp asks it before every call.
+#pragma once
+
+#include "platform/com_port.h"
+
+namespace com {
+
+/// Counts the call; true, with `error` filled, when it is to fail instead of reaching the system. Any thread.
+bool fault_hits(call which, DWORD* error);
+
+} // namespace com

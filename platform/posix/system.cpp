@@ -1,0 +1,37 @@
+#include "platform/system.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <unistd.h>
+
+void platform_com_init() {}
+
+bool platform_open_console() { return true; }
+
+void platform_debugger_output(const char* text) {
+    const char* wanted = std::getenv("VKT_DEBUGGER_LOG");
+    if (text != nullptr && wanted != nullptr && std::strcmp(wanted, "1") == 0) std::fputs(text, stderr);
+}
+
+void platform_exit_now(int status) {
+    std::fflush(nullptr);
+    _exit(status);
+}
+
+int64_t platform_cpu_ms() {
+    timespec used{};
+    if (clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used) != 0) return 0;
+    return static_cast<int64_t>(used.tv_sec) * 1000 + used.tv_nsec / 1000000;
+}
+
+int64_t platform_resident_kib() {
+    std::FILE* file = std::fopen("/proc/self/statm", "re");
+    if (file == nullptr) return 0;
+    long size = 0;
+    long resident = 0; // both in pages
+    const int fields = std::fscanf(file, "%ld %ld", &size, &resident);
+    std::fclose(file);
+    return fields == 2 ? static_cast<int64_t>(resident) * (sysconf(_SC_PAGESIZE) / 1024) : 0;
+}

@@ -1,0 +1,40 @@
+// What else differs between operating systems.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+#include <string>
+
+/// The program's own entry, called by the system's: receives the command line (without the program's name) as one
+/// wide string and returns the process's exit status. The executable provides it.
+int vkt_main(const std::wstring& command_line);
+
+/// Initialises COM for the GUI thread (multithreaded apartment). Nothing elsewhere than on Windows.
+void platform_com_init();
+
+/// Gives the process a console and reopens standard output on it. On systems where standard output always exists,
+/// nothing. Returns false when it failed.
+bool platform_open_console();
+
+/// The debugger sink: OutputDebugStringA, or standard error when VKT_DEBUGGER_LOG=1. Any thread.
+void platform_debugger_output(const char* text);
+
+/// Ends the process at once with `status`, after flushing the C library's streams: no destructors, no exit
+/// handlers, so threads that still run touch nothing that was freed.
+[[noreturn]] void platform_exit_now(int status);
+
+/// Total CPU time of the process in milliseconds, and its resident memory in KiB (0 where it cannot be told).
+int64_t platform_cpu_ms();
+int64_t platform_resident_kib();
+
+/// The C library's fopen with a UTF-8 path; the file is not inherited by child processes. Null on failure. Any
+/// thread.
+std::FILE* platform_fopen(const char* utf8_path, const char* mode);
+
+/// Gives the file `from` the name `to` in one step; a file of that name is replaced. Both are UTF-8 paths of the
+/// same volume. False, and nothing changed, on failure. Any thread.
+bool platform_replace_file(const char* from, const char* to);
+
+/// Seconds since 1970-01-01 UTC as local date and time. False when it cannot be told. Any thread.
+bool platform_local_time(std::time_t seconds, std::tm* local);

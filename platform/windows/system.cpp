@@ -1,0 +1,44 @@
+#include "platform/system.h"
+#include "platform/windows/com_port_system.h"
+
+#include <cstdio>
+#include <objbase.h>
+#define PSAPI_VERSION 2 // GetProcessMemoryInfo from kernel32 itself
+#include <psapi.h>
+
+void platform_com_init() { CoInitializeEx(nullptr, COINIT_MULTITHREADED); }
+
+bool platform_open_console() {
+    // A console that is there already does as well.
+    if (AllocConsole() == FALSE && GetConsoleWindow() == nullptr) return false;
+    return std::freopen("CONOUT$", "w+t", stdout) != nullptr;
+}
+
+void platform_debugger_output(const char* text) {
+    if (text != nullptr) OutputDebugStringA(text);
+}
+
+void platform_exit_now(int status) {
+    std::fflush(nullptr);
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
+    for (;;) Sleep(INFINITE); // never reached: the call above does not come back
+}
+
+int64_t platform_cpu_ms() {
+    FILETIME created{};
+    FILETIME ended{};
+    FILETIME kernel{};
+    FILETIME user{};
+    if (GetProcessTimes(GetCurrentProcess(), &created, &ended, &kernel, &user) == FALSE) return 0;
+    const auto ticks = [](const FILETIME& t) { // of 100 ns
+        return static_cast<int64_t>((static_cast<uint64_t>(t.dwHighDateTime) << 32U) | t.dwLowDateTime);
+    };
+    return (ticks(kernel) + ticks(user)) / 10000;
+}
+
+int64_t platform_resident_kib() {
+    PROCESS_MEMORY_COUNTERS counters{};
+    counters.cb = sizeof counters;
+    if (GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters) == FALSE) return 0;
+    return static_cast<int64_t>(counters.WorkingSetSize / 1024);
+}
