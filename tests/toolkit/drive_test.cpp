@@ -1,0 +1,420 @@
+#include "toolkit/ravel/drive.h"
+#include "toolkit/ravel/drive_input.h"
+#include "toolkit/ravel/drive_widgets.h"
+#include "toolkit/ravel/ravel.h"
+
+#include <QApplication>
+#include <QImage>
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+constexpr const char* rect =
+    "<property name=\"geometry\"><rect><x>%d</x><y>%d</y><width>%d</width><height>%d</height>"
+    "</rect></property>";
+
+std::string widget_xml(const char* qt_class, const char* name, int x, int y, int w, int h,
+                       const std::string& more = "") {
+    return std::string("<widget class=\"") + qt_class + "\" name=\"" + name + "\">" + tk_format(rect, x, y, w, h) +
+           more + "</widget>\n";
+}
+std::string flag(const char* name, bool value) {
+    return std::string("<property name=\"") + name + "\"><bool>" + (value ? "true" : "false") +
+           "</bool></property>";
+}
+std::string text(const char* value) {
+    return std::string("<property name=\"text\"><string>") + value + "</string></property>";
+}
+std::string ui(const std::string& root) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ui version=\"4.0\"><class>Form</class>" + root + "</ui>\n";
+}
+
+/// A window with one widget of most kinds.
+std::string home_layout() {
+    std::string inside = widget_xml("QPushButton", "button", 10, 10, 100, 32, text("go")) +
+                         widget_xml("QPushButton", "button_off", 120, 10, 100, 32, flag("enabled", false)) +
+                         widget_xml("QPushButton", "button_dialog", 230, 10, 100, 32) +
+                         widget_xml("QComboBox", "combo", 10, 50, 160, 32) +
+                         widget_xml("QComboBox", "combo_edit", 180, 50, 160, 32, flag("editable", true)) +
+                         widget_xml("QSpinBox", "spin", 10, 90, 100, 32) +
+                         widget_xml("QLineEdit", "edit", 120, 90, 200, 32) +
+                         widget_xml("QLineEdit", "edit_fixed", 330, 90, 100, 32, flag("readOnly", true)) +
+                         widget_xml("QCheckBox", "check", 10, 130, 400, 32, text("check")) +
+                         widget_xml("QPlainTextEdit", "mledit", 450, 10, 200, 150) +
+                         widget_xml("QLabel", "under", 10, 300, 100, 32, text("under")) +
+                         widget_xml("QWidget", "over", 0, 290, 200, 60);
+    // The view shows the first 100 of 400 pixels.
+    const std::string content =
+        widget_xml("QWidget", "content", 0, 0, 180, 400,
+                   "<property name=\"minimumSize\"><size><width>0</width><height>400</height></size>"
+                   "</property>" +
+                       widget_xml("QPushButton", "near", 10, 10, 100, 32) +
+                       widget_xml("QPushButton", "far", 10, 300, 100, 32));
+    inside += widget_xml("QScrollArea", "scroll", 450, 170, 200, 100, flag("widgetResizable", true) + content);
+    inside += widget_xml("QWidget", "page_a", 10, 400, 200, 60, widget_xml("QCheckBox", "twin", 0, 0, 100, 30));
+    inside += widget_xml("QWidget", "page_b", 220, 400, 200, 60, widget_xml("QCheckBox", "twin", 0, 0, 100, 30));
+    const std::string item = widget_xml("QLabel", "", 0, 0, 80, 20);
+    inside += widget_xml("QWidget", "list", 450, 300, 200, 100,
+                         widget_xml("QLabel", "", 0, 40, 80, 20, text("second")) +
+                             widget_xml("QLabel", "", 0, 10, 80, 20, text("first")));
+    return ui(widget_xml("QWidget", "home", 0, 0, 700, 500, inside));
+}
+
+std::string dialog_layout() {
+    return ui(widget_xml("QDialog", "card", 0, 0, 300, 200,
+                         widget_xml("QPushButton", "ok", 10, 10, 100, 32) +
+                             widget_xml("QLineEdit", "edit", 10, 60, 100, 32)));
+}
+
+class Drive : public testing::Test {
+  protected:
+    void SetUp() override {
+        dir_ = std::filesystem::temp_directory_path() /
+               tk_format("drive_test_%lld", static_cast<long long>(time_now_ms()));
+        std::filesystem::create_directories(dir_ / "res/default/ui");
+        std::filesystem::create_directories(dir_ / "res/default/styles");
+        write("res/default/styles/default.qss", "@surface: #F5F7FA;\n");
+        write("res/default/ui/home.ui", home_layout());
+        write("res/default/ui/card.ui", dialog_layout());
+        idle_restart();
+        tk_pre_init();
+        ASSERT_EQ(tk_init(700, 500, app_type::desktop, "drive", (dir_ / "res").string().c_str()), RET_OK);
+        home_ = window_open("home");
+        ASSERT_NE(home_, nullptr) << window_open_error();
+        combo_box_set_options(get("combo"), {{1, "one"}, {2, "two"}, {3, "drei Wörter hier"}});
+        combo_box_set_options(get("combo_edit"), {{0, "COM1"}, {1, "COM7"}});
+        heard("button", event_type::click);
+        heard("combo", event_type::value_changed);
+        heard("combo_edit", event_type::value_changed);
+        heard("edit", event_type::value_changed);
+        heard("check", event_type::value_changed);
+        heard("scroll", event_type::wheel);
+        heard("near", event_type::click);
+        widget_on(get("button"), event_type::pointer_down, [this](const event&) { return hear("down"); });
+        widget_on(get("button_dialog"), event_type::click, [this](const event&) { return run_dialog(); });
+    }
+    void TearDown() override {
+        tk_exit();
+        std::filesystem::remove_all(dir_);
+    }
+
+    widget* get(const char* name) { return widget_lookup(home_, name); }
+    std::string path(const char* name) { return (dir_ / name).generic_string(); }
+    void write(const char* name, const std::string& content) {
+        std::ofstream(dir_ / name, std::ios::binary) << content;
+    }
+    ret_t hear(const std::string& what) {
+        events_.push_back(what);
+        return RET_OK;
+    }
+    void heard(const char* name, event_type type) {
+        widget_on(get(name), type, [this, name](const event& e) {
+            return hear(name + (e.delta != 0 ? tk_format(" %d", e.delta) : std::string()));
+        });
+    }
+    ret_t run_dialog() {
+        widget* card = window_open("card");
+        widget_on(widget_lookup(card, "ok"), event_type::click,
+                  [card](const event&) { return dialog_quit(card, 7); });
+        quit_code_ = dialog_modal(card);
+        return hear("dialog done");
+    }
+
+    /// Plays to the end (closing the window when the script does not) and returns what was told.
+    std::vector<std::string> play(const std::string& script) {
+        lines_.clear();
+        EXPECT_EQ(drive_play(script, {[this](const std::string& line) { lines_.push_back(line); },
+                                      [this](bool good) {
+                                          ended_++;
+                                          good_ = good;
+                                          tk_quit(0);
+                                      }}),
+                  RET_OK);
+        tk_run();
+        QCoreApplication::sendPostedEvents();
+        EXPECT_EQ(ended_, 1);
+        return lines_;
+    }
+    /// Plays a script that must go well.
+    void good(const std::string& script) {
+        const auto lines = play(script);
+        EXPECT_TRUE(good_) << testing::PrintToString(lines);
+    }
+    /// Plays a script whose last line must fail; returns why.
+    std::string bad(const std::string& script) {
+        const auto lines = play(script);
+        EXPECT_FALSE(good_) << script;
+        EXPECT_FALSE(lines.empty());
+        EXPECT_THAT(lines.back(), StartsWith("FAIL"));
+        return lines.back();
+    }
+
+    std::filesystem::path dir_;
+    widget* home_ = nullptr;
+    std::vector<std::string> events_, lines_;
+    uint32_t quit_code_ = 0;
+    int ended_ = 0;
+    bool good_ = false;
+};
+
+TEST_F(Drive, TellsOfEachLine) {
+    EXPECT_THAT(play("# a script\nclick home/button\nexpect button text go\nclose\n"),
+                ElementsAre("ok   2 click home/button\n", "ok   3 expect button text go\n", "ok   4 close\n"));
+    EXPECT_THAT(events_, ElementsAre("down", "button"));
+}
+
+TEST_F(Drive, AFailedLineSaysExpectedAndFoundAndEndsThePlay) {
+    EXPECT_THAT(play("expect button text stop\nclick button\n"),
+                ElementsAre("FAIL 1 expect button text stop: expected text \"stop\", found \"go\"\n"));
+    EXPECT_FALSE(good_);
+    EXPECT_THAT(events_, IsEmpty());
+}
+
+TEST_F(Drive, AScriptThatCannotBeReadIsNotPlayed) {
+    EXPECT_THAT(play("click button\nclck\n"), ElementsAre("FAIL line 2: unknown action \"clck\"\n"));
+    EXPECT_FALSE(good_);
+    EXPECT_THAT(events_, IsEmpty());
+}
+
+TEST_F(Drive, TheProgramEndsWithStatus3) {
+    write("bad.drive", "expect button text stop\n");
+    ASSERT_EQ(tk_drive(path("bad.drive").c_str()), RET_OK);
+    tk_run();
+    EXPECT_EQ(tk_exit_status(), 3);
+}
+
+TEST_F(Drive, AGoodScriptEndsWithStatus0) {
+    write("good.drive", "click button\nclose\n");
+    ASSERT_EQ(tk_drive(path("good.drive").c_str()), RET_OK);
+    tk_run();
+    EXPECT_EQ(tk_exit_status(), 0);
+    EXPECT_EQ(tk_drive(path("missing.drive").c_str()), RET_FAIL);
+}
+
+TEST_F(Drive, LinesThatWereNotPlayedAreAFailure) {
+    write("cut.drive", "click button\nwait button text never 60000\nclose\n");
+    ASSERT_EQ(tk_drive(path("cut.drive").c_str()), RET_OK);
+    QTimer::singleShot(400, [] { QCoreApplication::exit(0); });
+    tk_run();
+    EXPECT_EQ(tk_exit_status(), 3);
+}
+
+TEST_F(Drive, AScriptWithoutCloseLeavesTheProgramRunning) {
+    bool over = false, ran_on = false;
+    ASSERT_EQ(drive_play("click button\n", {[](const std::string&) {},
+                                            [&](bool) {
+                                                over = true;
+                                                timer_add(
+                                                    [&] {
+                                                        ran_on = true;
+                                                        tk_quit(0);
+                                                        return RET_REMOVE;
+                                                    },
+                                                    30);
+                                            }}),
+              RET_OK);
+    tk_run();
+    EXPECT_TRUE(over && ran_on);
+}
+
+TEST_F(Drive, PicksAnOptionThroughTheList) {
+    good("pick combo two\nexpect combo text two\nexpect combo value 2\n"
+         "pick combo \"drei Wörter hier\"\nexpect combo value 3\npick combo \"drei Wörter hier\"\npick combo one\n"
+         "expect combo value 1\nexpect combo options \"one|two|drei Wörter hier\"\nexpect combo option two\n"
+         "expect combo count 3\n");
+    EXPECT_THAT(events_, ElementsAre("combo", "combo", "combo"));
+}
+
+TEST_F(Drive, AnOptionThatIsNotThereFails) {
+    EXPECT_THAT(bad("pick combo four"),
+                HasSubstr("expected the option \"four\", found \"one|two|drei Wörter hier\""));
+}
+
+TEST_F(Drive, AnEditableComboTakesOptionsAndTyping) {
+    good("pick combo_edit COM7\nexpect combo_edit text COM7\nexpect combo_edit value 1\n"
+         "pick combo_edit /dev/ttyS9\nexpect combo_edit text /dev/ttyS9\nexpect combo_edit value -1\n");
+    EXPECT_THAT(events_, ElementsAre("combo_edit", "combo_edit"));
+}
+
+TEST_F(Drive, TypesReplacesAndAppends) {
+    good("type edit \"Ab c\"\nexpect edit focused 1\nappend edit \"-ü\"\nexpect edit text \"Ab c-ü\"\nkey Tab\n"
+         "expect edit focused 0\ntype edit 7\nkey Enter\nexpect edit value 7\ntype edit \"\"\nexpect edit text "
+         "\"\"\n");
+    EXPECT_THAT(events_, ElementsAre("edit", "edit"));
+}
+
+TEST_F(Drive, TypesIntoASpinBox) {
+    good("type spin 42\nexpect spin value 42\nkey Up\nexpect spin value 43\nwheel spin -120\nexpect spin value "
+         "42\n");
+}
+
+TEST_F(Drive, KeysWithModifiers) {
+    good("type edit abc\nkey Ctrl+A\nkey Ctrl+C\nkey End\nkey Ctrl+V\nexpect edit text abcabc\nkey Shift+Home\n"
+         "key Delete\nexpect edit text \"\"\nkey Shift+x\nkey Space\nkey y\nexpect edit text \"X y\"\nkey "
+         "Backspace\n"
+         "expect edit text \"X \"\n");
+}
+
+TEST_F(Drive, ClicksCheckBoxesOnWhatReacts) {
+    good("expect check value 0\nclick check\nexpect check value 1\nclick check\nexpect check value 0\n");
+    EXPECT_THAT(events_, ElementsAre("check", "check"));
+}
+
+TEST_F(Drive, PressHoldsTheButton) {
+    const int64_t before = time_now_ms();
+    good("press button 200\n");
+    EXPECT_GE(time_now_ms() - before, 200);
+    EXPECT_THAT(events_, ElementsAre("down", "button"));
+}
+
+TEST_F(Drive, TwoClicksAreNoDoubleClick) {
+    good("click button\nclick button\n");
+    EXPECT_THAT(events_, ElementsAre("down", "button", "down", "button"));
+}
+
+TEST_F(Drive, TheWheelReachesWhatIsUnderThePointer) {
+    good("wheel near -120\nwheel scroll 240\n");
+    EXPECT_THAT(events_, ElementsAre("scroll -120", "scroll 240"));
+}
+
+TEST_F(Drive, WhatCannotBeReachedCannotBeClicked) {
+    EXPECT_THAT(bad("click button_off"), HasSubstr("home/button_off is disabled"));
+}
+TEST_F(Drive, WhatIsHiddenCannotBeClicked) {
+    widget_set_visible(get("button"), false);
+    EXPECT_THAT(bad("click button"), HasSubstr("home/button is hidden"));
+}
+TEST_F(Drive, WhatIsCoveredCannotBeClicked) {
+    EXPECT_THAT(bad("click under"), HasSubstr("home/under is covered by home/over"));
+}
+TEST_F(Drive, WhatIsScrolledAwayCannotBeClicked) {
+    EXPECT_THAT(bad("click near\nclick far"), HasSubstr("home/scroll/content/far is out of view"));
+    EXPECT_THAT(events_, ElementsAre("near"));
+}
+TEST_F(Drive, WhatLiesBehindADialogCannotBeClicked) {
+    EXPECT_THAT(bad("click button_dialog\nclick home/button"), HasSubstr("home/button lies behind card"));
+}
+TEST_F(Drive, WhatCannotBeTypedInto) {
+    EXPECT_THAT(bad("type edit_fixed x"), HasSubstr("home/edit_fixed cannot be typed into"));
+}
+TEST_F(Drive, WhatIsNoComboHasNoOptions) { EXPECT_THAT(bad("pick button x"), HasSubstr("is no combo box")); }
+TEST_F(Drive, TypingStopsWhenTheKeyboardGoesElsewhere) {
+    EXPECT_THAT(bad("type edit \"ab\\tc\""), HasSubstr("home/edit does not have the keyboard focus"));
+    EXPECT_EQ(widget_get_text_utf8(get("edit")), "ab");
+}
+
+TEST_F(Drive, GoesOnInsideAModalDialog) {
+    good("click button_dialog\nwait card visible 1\ntype card/edit x\nexpect card/edit text x\nclick ok\n"
+         "wait card exists 0\nclick button\n");
+    EXPECT_EQ(quit_code_, 7u);
+    EXPECT_THAT(events_, ElementsAre("dialog done", "down", "button"));
+}
+
+TEST_F(Drive, CloseUnwindsAModalDialog) {
+    EXPECT_THAT(play("click button_dialog\nclose\n"),
+                ElementsAre("ok   1 click button_dialog\n", "ok   2 close\n"));
+    EXPECT_TRUE(good_);
+    EXPECT_THAT(events_, ElementsAre("dialog done"));
+}
+
+TEST_F(Drive, WaitWaits) {
+    timer_add(
+        [this] {
+            widget_set_text_utf8(get("under"), "changed");
+            return RET_REMOVE;
+        },
+        150);
+    good("wait under text changed 5000\nexpect under contains ang\n");
+}
+
+TEST_F(Drive, WaitGivesUp) {
+    EXPECT_THAT(bad("wait under text changed 60"), HasSubstr("expected text \"changed\", found \"under\""));
+}
+
+TEST_F(Drive, PropertiesOfEachKind) {
+    widget_set_refused(get("edit"), "too long");
+    widget_set_style_state(get("under"), "failed");
+    good(
+        "expect edit refused 1\nexpect edit tooltip \"too long\"\nexpect button refused 0\nexpect under state "
+        "failed\n"
+        "expect button x 10\nexpect button y 10\nexpect button w 100\nexpect button h 32\nexpect button type "
+        "button\n"
+        "expect combo type combo_box\nexpect button_off enabled 0\nexpect button enabled 1\nexpect home visible 1\n"
+        "expect nothing visible 0\nexpect nothing exists 0\nexpect button exists 1\nexpect list count 2\n");
+}
+
+TEST_F(Drive, PathsThatMeanMoreThanOneWidgetAreRefused) {
+    EXPECT_THAT(bad("click page_a/twin\nexpect page_a/twin value 1\nexpect page_b/twin value 0\nclick twin"),
+                HasSubstr("2 widgets are meant by twin: home/page_a/twin home/page_b/twin"));
+}
+TEST_F(Drive, PathsThatMeanNoneAreRefused) {
+    EXPECT_THAT(bad("click home/nothing"), HasSubstr("there is no widget home/nothing"));
+}
+TEST_F(Drive, TheWholePathOfAWidgetMeansIt) {
+    EXPECT_THAT(
+        bad("click button_dialog\nexpect card/edit text \"\"\nexpect home/edit text \"\"\nexpect edit text x"),
+        HasSubstr("2 widgets are meant by edit: card/edit home/edit"));
+}
+TEST_F(Drive, RepeatedWidgetsAreReachedByIndex) {
+    good("expect list/label[0] text first\nexpect list/label[1] text second\nexpect list/[1] text second\n"
+         "expect list/label[2] exists 0\nexpect twin[1] exists 1\nexpect page_b/twin[0] exists 1\n");
+}
+
+TEST_F(Drive, ExpectFile) {
+    write("log.txt", "one\ntwo\n");
+    const std::string log = path("log.txt");
+    good("expect-file \"" + log + "\" \"one\\ntwo\"\n");
+}
+TEST_F(Drive, WaitFile) {
+    timer_add(
+        [this] {
+            write("later.txt", "here");
+            return RET_REMOVE;
+        },
+        150);
+    good("wait-file \"" + path("later.txt") + "\" here\n");
+}
+TEST_F(Drive, WaitFileGivesUp) {
+    EXPECT_THAT(bad("wait-file \"" + path("nothing.txt") + "\" two 60"), HasSubstr("no such file"));
+}
+TEST_F(Drive, ExpectFileSaysWhatWasFound) {
+    write("log.txt", "one\n");
+    EXPECT_THAT(bad("expect-file \"" + path("log.txt") + "\" two"), HasSubstr("expected \"two\" in"));
+    EXPECT_THAT(lines_.back(), HasSubstr("found \"one\\n\""));
+}
+TEST_F(Drive, ExpectFileThatIsNotThere) {
+    EXPECT_THAT(bad("expect-file \"" + path("nothing.txt") + "\" two"), HasSubstr("no such file"));
+}
+
+TEST_F(Drive, ShotsAndDumps) {
+    good("type edit hello\nshot \"" + path("a.png") + "\"\ndump \"" + path("a.txt") + "\"\n");
+    const QImage image(QString::fromStdString(path("a.png")));
+    EXPECT_EQ(image.width(), 700);
+    EXPECT_EQ(image.height(), 500);
+    std::ifstream file(path("a.txt"), std::ios::binary);
+    const std::string dump((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    EXPECT_THAT(dump, HasSubstr("home/edit edit \"hello\" value=0 enabled visible 120,90 200x32\n"));
+    EXPECT_THAT(dump, HasSubstr("home/button_off button \"\" value=0 disabled visible"));
+    EXPECT_THAT(dump, HasSubstr("home/page_a/twin check_button"));
+}
+TEST_F(Drive, AShotThatCannotBeWrittenFails) {
+    EXPECT_THAT(bad("shot \"" + path("no/such/folder/a.png") + "\""), HasSubstr("cannot write"));
+}
+TEST_F(Drive, AShotShowsAnOpenList) {
+    good("shot \"" + path("closed.png") + "\"\nclick combo\nshot \"" + path("open.png") + "\"\nkey Esc\n");
+    const QImage closed(QString::fromStdString(path("closed.png"))), open(QString::fromStdString(path("open.png")));
+    ASSERT_EQ(closed.size(), open.size());
+    EXPECT_NE(closed, open);
+}
+
+} // namespace

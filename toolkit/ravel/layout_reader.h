@@ -1,0 +1,13 @@
+// Builds windows from Qt Designer files. What layouts may hold is described in toolkit/ravel/layouts.md.
+// For toolkit/ only. GUI thread only.
+#pragma once
+
+#include "toolkit/ravel/detail.h"
+
+/// Builds ui/NAME.ui of the theme: a window or dialog without a parent, named NAME, every widget of it known to the
+/// registry. Null when the file is missing or broken; `error` then tells "FILE:LINE: reason".
+widget_state* load_layout(const QString& name, std::string* error);
+
+/// Makes a widget class known to layouts (as a Designer custom widget of that class name). `make` gets the parent;
+/// the widget's type is `type`.
+void register_layout_class(const char* class_name, const char* type, QWidget* (*make)(QWidget* parent));

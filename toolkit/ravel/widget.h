@@ -1,0 +1,122 @@
+// Widgets: found by name, read and set through handles. GUI thread only; a call from any other thread is logged as an
+// error and, in debug builds, aborts the program.
+//
+// Setting anything from code never fires a handler. What the user does (click, type, pick, step, scroll) always does.
+#pragma once
+
+#include "toolkit/core/result.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+/// A widget or window. Handles stay valid until the widget is destroyed.
+struct widget;
+
+enum class event_type : uint8_t {
+    click,          ///< pressed and released inside, or pressed by key
+    value_changed,  ///< the user changed the value: combo (picked or, if editable, typed and left), check, switch, tab
+                    ///< button (also the one going off), scroll bar, edit (left or Enter after a change)
+    value_changing, ///< every keystroke of an edit, every keystroke or step of a spin box
+    focus,          ///< got the keyboard focus; runs before the text is selected
+    blur,           ///< lost the keyboard focus to another widget of the program
+    pointer_down,
+    pointer_up,
+    wheel,
+    move,   ///< moved inside its parent
+    resize, ///< width or height changed
+    request_close,  ///< to a window: somebody asks it to close
+};
+
+struct event {
+    event_type type = event_type::click;
+    widget* target = nullptr;
+    int32_t delta = 0; ///< wheel: positive when turned away from the user
+};
+/// Answers RET_OK to let the toolkit go on. A request_close handler that does not answer RET_OK keeps the window open.
+using event_handler = std::function<ret_t(const event&)>;
+
+/// First widget named `name` below `root` (not root itself), breadth first; null when there is none or root is null.
+widget* widget_lookup(widget* root, const char* name);
+/// Direct child named `name`; null when there is none. On the window manager: the topmost window of that name.
+widget* widget_child(widget* parent, const char* name);
+/// Calls `visit` for every named widget below `root`, parents before children, in layout order, until it answers
+/// other than RET_OK; returns that answer.
+ret_t widget_foreach(widget* root, const std::function<ret_t(widget*)>& visit);
+/// The name from the layout, empty when it has none. Type: "combo_box", "check_button", "edit", ... (docs/driving.md).
+std::string widget_name(const widget* w);
+std::string widget_type(const widget* w);
+/// The window (or dialog) that the widget stands in; itself for a window.
+widget* widget_get_window(widget* w);
+
+/// Attaches a handler; handlers run in the order of attaching. Returns an id above 0, 0 for bad parameters.
+uint32_t widget_on(widget* w, event_type type, event_handler handler);
+ret_t widget_off(widget* w, uint32_t id);
+/// Runs the handlers of an event that no user caused (for example request_close).
+ret_t widget_dispatch_simple_event(widget* w, event_type type);
+
+// Text. A combo box's text is that of its selected option, or what was typed into an editable one; a spin box's the
+// digits shown; a button's its label without the mnemonic mark.
+ret_t widget_set_text_utf8(widget* w, const char* text);
+std::string widget_get_text_utf8(const widget* w);
+// Value. Combo box: value of the selected option (setting one that no option has selects nothing and shows nothing;
+// reading then gives -1). Check button, switch, tab button: 0 or 1 (setting a tab button to 1 takes its siblings off).
+// Spin box, scroll bar, progress bar, edit: the number. Pages: index of the shown page.
+ret_t widget_set_value_int(widget* w, int32_t value);
+int32_t widget_get_value_int(const widget* w);
+ret_t widget_set_visible(widget* w, bool visible);
+/// Whether it shows on screen: it and all around it are visible.
+bool widget_get_visible(const widget* w);
+/// Own flag only; a disabled widget is greyed and cannot be reached by Tab.
+ret_t widget_set_enable(widget* w, bool enable);
+/// Whether it reacts: it and all around it are enabled.
+bool widget_get_enable(const widget* w);
+ret_t widget_set_focused(widget* w);
+bool widget_get_focused(const widget* w);
+/// Marks a field as refused (red frame, `why` as its tooltip) until called with null.
+ret_t widget_set_refused(widget* w, const char* why);
+bool widget_get_refused(const widget* w);
+/// Switches a state of the style sheet on or off, for example "failed" (an attribute selector [state="failed"]).
+/// Empty text removes it.
+ret_t widget_set_style_state(widget* w, const char* state);
+ret_t widget_set_tooltip(widget* w, const char* text);
+
+// Properties by name: "x", "y", "w", "h" (pixels in the parent), "value", "enable", "visible", and any dynamic property
+// of the layout ("single_instance", "to_modal", "clock", ...). Getters answer `fallback` when there is none.
+int32_t widget_get_prop_int(const widget* w, const char* name, int32_t fallback);
+bool widget_get_prop_bool(const widget* w, const char* name, bool fallback);
+std::string widget_get_prop_str(const widget* w, const char* name, const char* fallback);
+ret_t widget_set_prop_int(widget* w, const char* name, int32_t value);
+ret_t widget_set_prop_bool(widget* w, const char* name, bool value);
+ret_t widget_set_prop_str(widget* w, const char* name, const char* value);
+
+// Combo boxes. Options keep the order of appending; values may be in any order. A popup that is open stays open.
+ret_t combo_box_append_option(widget* combo, int32_t value, const char* text);
+/// Removes all options and the selection. An editable combo keeps its text.
+ret_t combo_box_reset_options(widget* combo);
+/// Replaces all options in one step: the chosen text stays chosen while it is still among them (an editable combo
+/// keeps its text in any case), and a popup that is open shows the new list without closing.
+ret_t combo_box_set_options(widget* combo, const std::vector<std::pair<int32_t, std::string>>& options);
+int32_t combo_box_count_options(const widget* combo);
+bool combo_box_has_option_text(const widget* combo, const char* text);
+
+/// Limits the length of an edit's text, in characters. `min` is kept for the layout's hint only.
+ret_t edit_set_text_limit(widget* edit, uint32_t min, uint32_t max);
+/// Lowest and highest value of a spin box or scroll bar.
+ret_t widget_set_range(widget* w, int32_t min, int32_t max);
+
+/// Shows page `index` (from 0) of a page set, or the page of a name. RET_FAIL when there is no such page.
+ret_t pages_set_active(widget* pages, uint32_t index);
+ret_t pages_set_active_by_name(widget* pages, const char* name);
+
+/// Moves a scroll view's content to `x`, `y` pixels (held to what the content allows).
+ret_t scroll_view_set_offset(widget* scroll_view, int32_t x, int32_t y);
+int32_t scroll_view_get_offset_x(const widget* scroll_view);
+int32_t scroll_view_get_offset_y(const widget* scroll_view);
+/// The content's width (or height) in pixels; it is never narrower than the view itself.
+ret_t scroll_view_set_virtual_w(widget* scroll_view, int32_t w);
+ret_t scroll_view_set_virtual_h(widget* scroll_view, int32_t h);
+
+/// Puts text on the system's clipboard.
+ret_t clip_board_set_text(const char* text);

@@ -1,0 +1,89 @@
+// The few Qt widgets whose behaviour the toolkit changes.
+#pragma once
+
+#include "toolkit/ravel/detail.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFrame>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QScrollArea>
+#include <QSpinBox>
+#include <QTimer>
+
+/// A combo box that the wheel changes only while it has the focus, so that scrolling a page never edits a value.
+class combo_widget final : public QComboBox {
+  public:
+    explicit combo_widget(QWidget* parent);
+    /// Shows an open list again after its rows changed, with the same row lit.
+    void refresh_popup();
+    bool popup_is_open() const;
+
+  protected:
+    void wheelEvent(QWheelEvent* event) override;
+};
+
+/// The same for a spin box.
+class spin_widget final : public QSpinBox {
+  public:
+    explicit spin_widget(QWidget* parent);
+    QLineEdit* inner_edit() const { return lineEdit(); }
+
+  protected:
+    void wheelEvent(QWheelEvent* event) override;
+};
+
+/// A check button that is no wider than what it shows. As a switch it takes presses everywhere on it.
+class check_widget : public QCheckBox {
+  public:
+    explicit check_widget(QWidget* parent);
+};
+class switch_widget final : public check_widget {
+  public:
+    using check_widget::check_widget;
+
+  protected:
+    bool hitButton(const QPoint& at) const override { return rect().contains(at); }
+};
+
+/// A scroll area without bars of its own: only scroll_view_set_offset (and the keyboard focus) moves it.
+class scroll_widget final : public QScrollArea {
+  public:
+    explicit scroll_widget(QWidget* parent);
+    /// Brings a child that got the focus into view. With the layout's "scroll_bar" property it turns that bar step
+    /// by step, as the user would, so that bar and content stay together.
+    void reveal(QWidget* child);
+
+  protected:
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
+    void scrollContentsBy(int dx, int dy) override;
+
+  private:
+    bool shows(const QWidget* child) const;
+};
+
+/// Read-only text in monospace that wraps at blanks.
+class text_widget final : public QPlainTextEdit {
+  public:
+    explicit text_widget(QWidget* parent);
+};
+
+/// A label with a slowly moving bar under its text (text longer than the label moves too); still while it is
+/// hidden.
+class hscroll_widget final : public QLabel {
+  public:
+    explicit hscroll_widget(QWidget* parent);
+    bool is_moving() const { return clock_.isActive(); }
+
+  protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    QTimer clock_;
+    int phase_ = 0;
+};
