@@ -1,0 +1,98 @@
+#!/ bin / bash
+#Tests of the scripts : tools / compare_frame, scripts / install.sh, and what test.sh makes of ctest's words.
+#Prints every case that went wrong; the last line is "N passed, N failed".
+set - u cd "$(dirname " $0 ")/../.." || exit 2 work = $(mktemp - d) trap 'rm -rf "$work"' EXIT passed = 0 failed = 0
+
+#expect STATUS TEXT COMMAND... : the exit status, and a text that stands in the output("" for an output of nothing).
+    expect() {
+    local status = $1 text = $2 output got = 0 shift 2 output = $("$@" 2 > &1) || got =
+                                                                    $ ? if["$got" = "$status"]&& {
+        [-n "$text"]&& [[$output == *"$text" * ]] || ["$text$output" = ""];
+    };
+    then passed = $((passed + 1)) else failed =
+        $((failed + 1)) echo "$*: status $got and \"$output\", wanted $status and \"$text\"" fi
+}
+
+#-- -- tools / compare_frame
+
+frame="F7 F8 01 3C"
+for i in {1..60};
+do frame += " $(printf %02X " $i ")";
+done frame += " 5A" other = ${frame / 20 / 21}
+
+dump() {
+    printf 'home_page/button push "" value=0\nhome_page/view/mledit mledit "%s" value=0 enabled\n' "$1" >
+        "$work/dump";
+}
+report(){printf '[COM7 VKT531A]\nwrites=1\n' > "$work/report" printf 'request=%s\n' "$@" >>
+         "$work/report" printf '[COM8 VKT510A]\nrequest=F7 F8 03 00 0C\n' >> "$work/report"} compare() {
+    tools / compare_frame-- port "$1" --dump "$work/dump" --report "$work/report";
+}
+
+dump "$frame"
+report "F7 F8 03 00 0C" "$frame"
+expect 0 equal compare COM7
+expect 2 "nothing to compare" compare COM8
+expect 2 "nothing to compare" compare COM70
+report "$other" "$frame"
+expect 0 equal compare COM7
+report "$frame" "$other"
+expect 1 DIFFERENT compare COM7
+report "F7 F8 03 00 0C"
+expect 2 "received: None" compare COM7
+report "$frame"
+dump "{0xF7, 0xF8}"
+expect 2 "shown:    None" compare COM7
+dump "${frame% *}"
+expect 2 "shown:    None" compare COM7
+
+#-- -- scripts / install.sh, with package tools that only say what they were asked
+
+mkdir "$work/bin"
+cat >"$work/bin/dpkg-query" <<'END'
+#!/ bin / sh
+for package;
+do :; done
+case " $INSTALLED " in *" $package "*) echo installed ;
+; *) echo not-installed ;
+; esac
+END
+printf '#!/bin/sh\necho "apt-get $*"\n' >"$work/bin/apt-get"
+printf '#!/bin/sh\necho "${FAKE_ID:-0}"\n' >"$work/bin/id"
+for tool in sh env dirname awk;
+do
+    ln - s "$(command -v $tool)"
+           "$work/bin/$tool";
+done chmod + x "$work" / bin/*
+install() { env -i PATH="$work/bin" INSTALLED="$INSTALLED" FAKE_ID="${FAKE_ID:-0}" scripts/install.sh "$@"; }
+
+INSTALLED="xauth xvfb"
+expect 0 "" install display
+expect 0 "" install
+INSTALLED="xauth"
+expect 0 "apt-get -q install -y --no-install-recommends xvfb" install display
+INSTALLED=""
+expect 0 "no-install-recommends xauth xvfb" install display
+expect 2 "no section [nonsense]" install nonsense
+expect 2 "no section [display" install "display xvfb"
+FAKE_ID=1000
+expect 1 "neither root nor a user with sudo: xauth xvfb" install display
+printf '#!/bin/sh\necho "as root: $*"\n' >"$work/bin/sudo"
+chmod +x "$work/bin/sudo"
+expect 0 "as root: env DEBIAN_FRONTEND=noninteractive apt-get -q install -y" install display
+
+# ---- test.sh
+
+expect 2 "unknown option --nonsense" ./test.sh --nonsense
+expect 0 "--windows" ./test.sh --help
+. scripts/count.sh
+said() { printf '%s\n' "$@" >"$work/ctest" && count_ctest "$work/ctest"; }
+expect 0 "107 0" said "100% tests passed, 0 tests failed out of 107"
+expect 0 "6 1" said "86% tests passed, 1 tests failed out of 7"
+expect 0 "5 2" said " 3/7 Test #3: a ....***Skipped 0.01 sec" "86% tests passed, 1 tests failed out of 7" \
+    "The following tests did not run:" "	  3 - a (Skipped)"
+expect 0 "0 1" said "No tests were found!!!"
+expect 0 "0 1" said "ctest: not found"
+
+echo "$passed passed, $failed failed"
+[ "$failed" = 0 ]
