@@ -1,0 +1,9 @@
+#include "app/families.h"
+
+#include "config/pages/family_pages.h"
+#include "dev_a/pages/vkt510a_pages.h"
+
+void families_register() {
+    generic_family_register();
+    vkt510a_family_register();
+}

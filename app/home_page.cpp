@@ -1,0 +1,88 @@
+#include "app/home_page.h"
+
+#include "app/data_monitor.h"
+#include "app/err_display.h"
+#include "app/home_scroll.h"
+#include "app/model_switch.h"
+#include "app/navigator.h"
+#include "app/port_selector.h"
+#include "app/session_buttons.h"
+#include "app/start_objects.h"
+#include "app/ui_state.h"
+#include "serial/port_list.h"
+#include "toolkit/core/idle.h"
+#include "toolkit/core/log.h"
+
+namespace {
+
+constexpr const char* version_text = "版本号：V2.0.1";
+
+ret_t progress_forward(widget* /*home*/) { return navigator_switch_to("progress", false); }
+
+ret_t code_copy(widget* home) {
+    return clip_board_set_text(widget_get_text_utf8(widget_lookup(home, "mledit")).c_str());
+}
+
+struct binding {
+    const char* name;
+    event_type type;
+    ret_t (*handler)(widget* home);
+};
+
+constexpr binding bindings[] = {
+    {"combo_box_ex_dev", event_type::value_changed, model_switch},
+    {"button", event_type::click, session_connect_pressed},
+    {"button2", event_type::click, session_disconnect_pressed},
+    {"button_read", event_type::click, session_read_pressed},
+    {"button_write", event_type::click, session_write_pressed},
+    {"button_default", event_type::click, model_restore_defaults},
+    {"button_data", event_type::click, data_monitor_pressed},
+    {"progress_button", event_type::click, progress_forward},
+    {"code_mode", event_type::click, model_show_code},
+    {"code_mode_vkt510a", event_type::click, model_show_code},
+    {"code_mode_vkt610b", event_type::click, model_show_code},
+    {"button_copy", event_type::click, code_copy},
+};
+
+struct hidden_row {
+    const char* name;
+    bool disabled;
+};
+
+constexpr hidden_row hidden_at_start[] = {
+    {"code_mode_vkt510a", true}, {"code_mode_vkt610b", true}, {"vkt610b_view_1", true},
+    {"vkt510a_view_1", true},    {"progress_bar", false},     {"label2", false},
+    {"label3", false},           {"label4", false},           {"hscroll_label", false},
+};
+
+void bind(widget* home) {
+    for (const auto& row : bindings)
+        widget_on(widget_lookup(home, row.name), row.type,
+                  [home, handler = row.handler](const event&) { return handler(home); });
+    for (const auto& row : hidden_at_start) {
+        widget* w = widget_lookup(home, row.name);
+        widget_set_visible(w, false);
+        if (row.disabled) widget_set_enable(w, false);
+    }
+    for (const char* name : {"version_name", "version_foot"})
+        widget_set_text_utf8(widget_lookup(home, name), version_text);
+    port_selector_bind(home);
+    home_scroll_bind(home);
+}
+
+} // namespace
+
+ret_t home_page_init(widget* win, const void* /*context*/) {
+    RETURN_IF_NOT(win != nullptr, "win != NULL", __func__, RET_BAD_PARAMS);
+    start_objects_create();
+    model_window_changed();
+    bind(win);
+    model_selector_fill(win);
+    ui_state_apply(win, ui_state::idle);
+    // The page shown first is filled once more when the window is up.
+    idle_add([] { return model_page_refresh(navigator_find("home_page")); });
+    const ret_t ret = model_start(win);
+    if (ret != RET_OK) return ret;
+    if (authority_check() != 0) err_display_post(text_no_permission);
+    return RET_OK;
+}

@@ -1,0 +1,29 @@
+// Choosing a model: the family's device object, its pages, and what of the home page it shows. GUI thread only.
+#pragma once
+
+#include "config/pages/family_pages.h"
+#include "toolkit/ravel/widget.h"
+
+/// Fills the model selector with the models whose family is registered and chooses VKT531A.
+void model_selector_fill(widget* home);
+
+/// Value change of the model selector: the shown text becomes the current model, the family's device object is made
+/// when there is none, its pages are prepared, and only its widgets show. RET_FAIL when that did not work (the
+/// console says why, the page set before stays on screen); RET_OK and nothing done for a text that is no model.
+ret_t model_switch(widget* home);
+
+/// Makes the generic device object anew, prepares its pages and shows them: the home page's own start.
+/// RET_INIT_FAILED when that did not work.
+ret_t model_start(widget* home);
+
+/// Forgets which families' tabs were bound: the home page is a new window.
+void model_window_changed();
+
+/// The registered family of the model that the selector shows; null when there is none.
+const family_pages* model_selected(widget* home);
+/// Fills the page whose tab is on (the first of the family's tabs whose value is not 0) from the store.
+ret_t model_page_refresh(widget* home);
+/// Shows the selected family's image in the code view.
+ret_t model_show_code(widget* home);
+/// Writes the selected family's defaults and shows them.
+ret_t model_restore_defaults(widget* home);

@@ -1,0 +1,29 @@
+#include "app/paths.h"
+
+#include "toolkit/core/date_time.h"
+#include "toolkit/core/fs.h"
+#include "toolkit/core/text.h"
+
+std::string& resource_root() {
+    static std::string root = "../res";
+    return root;
+}
+
+bool layout_exists(const char* window) {
+    return fs_file_exist(os_fs(), tk_format("%s/default/ui/%s.ui", resource_root().c_str(), window).c_str());
+}
+
+std::string& error_log_path() {
+    static std::string path;
+    return path;
+}
+
+void error_log_name_from_now() {
+    date_time_t now;
+    date_time_init(&now);
+    error_log_path() = tk_format("%s/err-%d-%d-%d-%d.txt", log_folder, now.year, now.month, now.day, now.hour);
+}
+
+void log_folder_ensure() {
+    if (!fs_dir_exist(os_fs(), log_folder)) fs_create_dir(os_fs(), log_folder);
+}

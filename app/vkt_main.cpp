@@ -1,0 +1,86 @@
+#include "app/application.h"
+#include "app/assets.h"
+#include "app/command_line.h"
+#include "app/navigator.h"
+#include "app/paths.h"
+#include "platform/com_port.h"
+#include "platform/system.h"
+#include "toolkit/ravel/ravel.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+constexpr const char* program_name = "VKTCfgTools";
+constexpr const char* theme_name = "default";
+constexpr int status_no_window = 1;
+constexpr int status_script_failed = 3;
+
+// Said on both streams: a program started from a window has only the one, a redirected one only the other.
+void complain(const std::string& text) {
+    log_console(text + "\n");
+    std::fputs((text + "\n").c_str(), stderr);
+}
+
+bool toolkit_up(const command_line_options& options) {
+    if (options.console) platform_open_console();
+    if (tk_init(options.width, options.height, app_type::desktop, program_name, resource_root().c_str()) !=
+        RET_OK) {
+        complain(std::string(program_name) + ": no resources in " + resource_root());
+        return false;
+    }
+    if (system_info_get_app_type() != app_type::simulator) tk_set_lcd_orientation(0);
+    system_info_set_default_font("default");
+    assets_init(theme_name);
+    tk_ext_widgets_init();
+    log_set_log_level(LOG_LEVEL_DEBUG);
+    log_write(LOG_LEVEL_DEBUG, tk_format("Build at: %s %s\n", __DATE__, __TIME__));
+    window_manager_set_cursor(window_manager(), "cursor");
+    locale_info_change("zh", "CN");
+    return true;
+}
+
+// Faults of the port, for tests.
+void faults_apply() {
+    const char* faults = std::getenv("VKT_COM_FAULT");
+    if (faults != nullptr && !com::fault_parse(faults))
+        complain(std::string("VKT_COM_FAULT not understood: ") + faults);
+}
+
+// A script of user actions, for tests and demonstrations.
+bool script_apply() {
+    const char* script = std::getenv("VKT_DRIVE");
+    if (script == nullptr || *script == '\0' || tk_drive(script) == RET_OK) return true;
+    complain(std::string("VKT_DRIVE cannot be read: ") + script);
+    return false;
+}
+
+int run(const command_line_options& options) {
+    if (!toolkit_up(options)) return status_no_window;
+    faults_apply();
+    application_init();
+    if (navigator_find("home_page") == nullptr) {
+        complain(std::string(program_name) + ": " + window_open_error());
+        return status_no_window;
+    }
+    if (!script_apply()) return status_script_failed;
+    tk_run();
+    return tk_exit_status();
+}
+
+} // namespace
+
+int vkt_main(const std::wstring& command_line) {
+    const auto arguments = command_line_split(str_from_wstr(command_line));
+    platform_com_init();
+    tk_pre_init();
+    const int status = run(command_line_options_of(arguments));
+    application_exit();
+    tk_exit();
+    std::fflush(stdout);
+    // A worker that has not ended by now must not see the process being taken down around it.
+    if (tk_thread_alive_count() != 0) platform_exit_now(status);
+    return status;
+}

@@ -1,0 +1,268 @@
+#include "app/home_page.h"
+
+#include "app/start_objects.h"
+#include "config/pages/family_pages.h"
+#include "serial/port_list.h"
+#include "tests/app/app_fixture.h"
+#include "tests/app/user.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+// The default configuration as a write frame: header, 60 bytes, and 0x32 xor all of them.
+constexpr const char* default_frame =
+    "F7 F8 01 3C "
+    "01 08 01 00 08 00 00 00 00 08 "
+    "FF FF FF FF "
+    "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+    "02 00 02 00 00 08 00 00 00 00 04 00 40 1A 0F 05 01 01 "
+    "66";
+
+class home_page : public app_test {};
+
+struct start_state {
+    const char* name;
+    bool visible;
+    bool enabled;
+};
+
+class home_page_start : public app_test, public testing::WithParamInterface<start_state> {};
+
+TEST_P(home_page_start, widget_state) {
+    widget* w = at(GetParam().name);
+    ASSERT_NE(w, nullptr) << GetParam().name;
+    EXPECT_EQ(widget_get_visible(w), GetParam().visible);
+    EXPECT_EQ(widget_get_enable(w), GetParam().enabled);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    widgets, home_page_start,
+    testing::Values(start_state{"button", true, true}, start_state{"button2", true, false},
+                    start_state{"button_read", true, false}, start_state{"button_write", true, false},
+                    start_state{"button_default", true, true}, start_state{"progress_button", true, true},
+                    start_state{"combo_box_ex_dev", true, true}, start_state{"combo_box_ex_serial", true, true},
+                    start_state{"view10", true, true}, start_state{"code_mode", true, true},
+                    start_state{"code_mode_vkt510a", false, false}, start_state{"code_mode_vkt610b", false, false},
+                    start_state{"vkt510a_view_1", false, false}, start_state{"button_data_lock", false, false},
+                    start_state{"button_serial_assistant", false, false}, start_state{"progress_bar", false, true},
+                    start_state{"label2", false, true}, start_state{"label3", false, true},
+                    start_state{"label4", false, true}, start_state{"hscroll_label", false, true},
+                    start_state{"scroll_view_home", true, true}, start_state{"mledit", true, true},
+                    start_state{"scroll_bar_d_home", false, true}, start_state{"scroll_bar_d_home_c", false, true}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(home_page, the_selector_offers_the_registered_models_in_their_order) {
+    std::vector<std::pair<int, std::string>> expected = {{3, "VKT510A"}, {1, "VKT531A"}, {6, "VKT530A"}};
+    if (family_pages_of(family::b) != nullptr)
+        expected.insert(expected.end(), {{2, "VKT610B"}, {4, "VKT630B"}, {5, "VKT631B"}});
+    widget* selector = at("combo_box_ex_dev");
+    ASSERT_EQ(combo_box_count_options(selector), static_cast<int>(expected.size()));
+    for (const auto& [value, name] : expected) {
+        widget_set_value_int(selector, value);
+        EXPECT_EQ(widget_get_text_utf8(selector), name);
+    }
+    std::string all;
+    for (const auto& row : expected) all += (all.empty() ? "" : "|") + row.second;
+    EXPECT_EQ(user_does("expect home_page/combo_box_ex_dev options \"" + all + "\""), "");
+}
+
+TEST_F(home_page, starts_with_vkt531a) {
+    EXPECT_EQ(text(home(), "combo_box_ex_dev"), "VKT531A");
+    EXPECT_EQ(current_model(), "VKT531A");
+    EXPECT_EQ(text(home(), "version_name"), "版本号：V2.0.1");
+    EXPECT_EQ(text(home(), "state_word"), "未连接");
+    EXPECT_EQ(widget_get_value_int(at("scroll_bar_d_home")), 0);
+}
+
+TEST_F(home_page, the_code_view_shows_the_default_frame) { EXPECT_EQ(text(home(), "mledit"), default_frame); }
+
+TEST_F(home_page, the_first_page_is_filled) {
+    EXPECT_EQ(widget_get_value_int(at("table_button_change")), 1);
+    EXPECT_EQ(widget_get_value_int(widget_lookup(at("page_change"), "combo_box_ex")), 2);
+    EXPECT_EQ(text(at("page_change"), "edit"), "40");
+}
+
+TEST_F(home_page, a_missing_window_is_refused) {
+    EXPECT_EQ(home_page_init(nullptr, nullptr), RET_BAD_PARAMS);
+    EXPECT_THAT(said(), HasSubstr("home_page_init:"));
+    EXPECT_THAT(said(), HasSubstr("condition(win != NULL) failed!\n"));
+}
+
+TEST_F(home_page, the_log_folder_is_made_and_the_error_log_has_its_name) {
+    EXPECT_TRUE(std::filesystem::is_directory(tree() / "log"));
+    EXPECT_FALSE(std::filesystem::exists("authority"));
+}
+
+TEST_F(home_page, opened_again_it_makes_no_second_store_and_no_second_watcher) {
+    tk_object* store = config_store();
+    tk_object* names = com_name_map();
+    dev_obj* before = dev_get(family::generic);
+    const uint32_t threads = tk_thread_alive_count();
+    const unsigned opened = start_objects_opened();
+    ASSERT_EQ(navigator_to("home_page"), RET_OK);
+    EXPECT_EQ(start_objects_opened(), opened + 1);
+    EXPECT_EQ(config_store(), store);
+    EXPECT_EQ(com_name_map(), names);
+    EXPECT_EQ(tk_thread_alive_count(), threads);
+    EXPECT_NE(dev_get(family::generic), before);
+}
+
+TEST_F(home_page, opened_again_its_tabs_work) {
+    pick("combo_box_ex_dev", "VKT510A");
+    navigator_replace("home_page");
+    settle();
+    pick("combo_box_ex_dev", "VKT510A");
+    click(home(), "vkt510a_tab_button_can");
+    EXPECT_TRUE(visible("page_vkt510a_can"));
+}
+
+struct tab_case {
+    const char* model;
+    const char* button;
+    const char* page;
+};
+
+class home_page_tab : public app_test, public testing::WithParamInterface<tab_case> {};
+
+TEST_P(home_page_tab, shows_its_page_alone) {
+    pick("combo_box_ex_dev", GetParam().model);
+    const family_pages* pages = family_pages_of(model_find(GetParam().model)->of);
+    click(home(), pages->tabs[GetParam().button == std::string(pages->tabs[1].button) ? 0 : 1].button);
+    click(home(), GetParam().button);
+    for (const auto& tab : pages->tabs) {
+        EXPECT_EQ(visible(tab.page), tab.page == std::string(GetParam().page)) << tab.page;
+        EXPECT_EQ(widget_get_value_int(at(tab.button)) != 0, tab.button == std::string(GetParam().button));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(tabs, home_page_tab,
+                         testing::Values(tab_case{"VKT530A", "table_button_change", "page_change"},
+                                         tab_case{"VKT530A", "table_button_spi", "page_spi"},
+                                         tab_case{"VKT530A", "table_button_uart", "page_uart"},
+                                         tab_case{"VKT530A", "table_button_can", "page_can"},
+                                         tab_case{"VKT510A", "vkt510a_tab_button_change", "page_vkt510a_change"},
+                                         tab_case{"VKT510A", "vkt510a_tab_button_spi", "page_vkt510a_spi"},
+                                         tab_case{"VKT510A", "vkt510a_tab_button_uart", "page_vkt510a_uart"},
+                                         tab_case{"VKT510A", "vkt510a_tab_button_can", "page_vkt510a_can"}),
+                         [](const auto& test) { return std::string(test.param.button); });
+
+TEST_F(home_page, choosing_the_a_model_makes_its_object_once_and_shows_only_its_widgets) {
+    EXPECT_EQ(dev_get(family::a), nullptr);
+    pick("combo_box_ex_dev", "VKT510A");
+    dev_obj* made = dev_get(family::a);
+    ASSERT_NE(made, nullptr);
+    EXPECT_STREQ(made->model, "VKT510A");
+    EXPECT_EQ(current_model(), "VKT510A");
+    EXPECT_THAT(said(), HasSubstr("开始初始化\n设备名称: VKT510A\n"));
+    for (const char* name : {"vkt510a_view_1", "code_mode_vkt510a"})
+        EXPECT_TRUE(visible(name) && enabled(name)) << name;
+    for (const char* name : {"view10", "code_mode", "button_serial_assistant", "button_data_lock"})
+        EXPECT_FALSE(visible(name)) << name;
+    EXPECT_TRUE(visible("page_vkt510a_change"));
+
+    pick("combo_box_ex_dev", "VKT530A");
+    EXPECT_TRUE(visible("view10") && visible("code_mode"));
+    EXPECT_FALSE(visible("vkt510a_view_1") || visible("code_mode_vkt510a"));
+    said().clear();
+    pick("combo_box_ex_dev", "VKT510A");
+    EXPECT_EQ(dev_get(family::a), made);
+    EXPECT_EQ(said(), "开始初始化\n");
+}
+
+TEST_F(home_page, the_code_view_follows_the_model) {
+    pick("combo_box_ex_dev", "VKT510A");
+    // Both families' defaults make the same image.
+    EXPECT_EQ(text(home(), "mledit"), default_frame);
+    widget_set_text_utf8(at("mledit"), "");
+    pick("combo_box_ex_dev", "VKT531A");
+    EXPECT_EQ(text(home(), "mledit"), default_frame);
+}
+
+TEST_F(home_page, the_code_switch_changes_the_form_only) {
+    click(home(), "code_mode");
+    EXPECT_THAT(text(home(), "mledit"), testing::StartsWith("{0xF7, 0xF8, 0x01, 0x3C, 0x01, 0x08, "));
+    EXPECT_THAT(text(home(), "mledit"), testing::EndsWith("0x66}"));
+    click(home(), "code_mode");
+    EXPECT_EQ(text(home(), "mledit"), default_frame);
+}
+
+TEST_F(home_page, an_edit_shows_in_the_code_view) {
+    pick("combo_box_ex", "自定义协议转换");
+    // Byte 42 of the image, and the check byte with it.
+    EXPECT_THAT(text(home(), "mledit"), HasSubstr(" 00 00 03 00 02 "));
+    EXPECT_THAT(text(home(), "mledit"), testing::EndsWith(" 67"));
+}
+
+TEST_F(home_page, restore_defaults_shows_them_and_keeps_the_tab) {
+    pick("combo_box_ex", "自定义协议转换");
+    click(home(), "table_button_uart");
+    click(home(), "button_default");
+    EXPECT_TRUE(visible("page_uart"));
+    EXPECT_THAT(text(home(), "mledit"), testing::StartsWith("  F7 F8 01 3C   01 08 "));
+    click(home(), "table_button_change");
+    EXPECT_EQ(text(at("page_change"), "combo_box_ex"), "透明带标识转换");
+}
+
+TEST_F(home_page, a_text_that_is_no_model_changes_nothing_on_screen) {
+    widget_set_value_int(at("combo_box_ex_dev"), 99);
+    EXPECT_TRUE(visible("view10"));
+}
+
+TEST_F(home_page, progress_button_opens_a_window_that_can_be_left) {
+    click(home(), "progress_button");
+    ASSERT_NE(progress(), nullptr);
+    EXPECT_TRUE(widget_get_visible(widget_lookup(progress(), "ok")));
+    press_ok();
+    settle();
+    EXPECT_EQ(progress(), nullptr);
+}
+
+TEST_F(home_page, copy_button_is_there) { EXPECT_TRUE(enabled("button_copy")); }
+
+TEST_F(home_page, the_data_monitor_button_is_not_shown_without_a_data_page) {
+    EXPECT_FALSE(visible("button_data"));
+}
+
+TEST_F(home_page, the_port_list_reaches_the_selector) {
+    com::map_port("COM7", "/dev/null");
+    com::map_port("COM12", "/dev/null");
+    widget* ports = at("combo_box_ex_serial");
+    click(home(), "combo_box_ex_serial");
+    EXPECT_TRUE(wait(
+        [ports] { return combo_box_has_option_text(ports, "COM7") && combo_box_has_option_text(ports, "COM12"); }));
+    com::map_port("COM7", "");
+    com::map_port("COM12", "");
+}
+
+TEST_F(home_page, a_refreshed_port_list_keeps_what_was_typed) {
+    type("combo_box_ex_serial", "COM77");
+    com::map_port("COM12", "/dev/null");
+    port_watcher_start();
+    EXPECT_TRUE(wait([] { return combo_box_has_option_text(at("combo_box_ex_serial"), "COM12"); }));
+    EXPECT_EQ(text(home(), "combo_box_ex_serial"), "COM77");
+    com::map_port("COM12", "");
+}
+
+TEST_F(home_page, a_port_list_that_changes_does_not_disturb_typing) {
+    EXPECT_EQ(user_does("click home_page/combo_box_ex_serial\nkey C\nkey O\nkey M"), "");
+    com::map_port("COM12", "/dev/null");
+    port_watcher_start();
+    EXPECT_TRUE(wait([] { return combo_box_has_option_text(at("combo_box_ex_serial"), "COM12"); }));
+    EXPECT_EQ(user_does("key 7\nkey 7\nkey Tab"), "");
+    EXPECT_EQ(text(home(), "combo_box_ex_serial"), "COM77");
+    com::map_port("COM12", "");
+}
+
+TEST_F(home_page, a_port_that_was_pulled_out_leaves_the_list) {
+    com::map_port("COM12", "/dev/null");
+    port_watcher_start();
+    EXPECT_TRUE(wait([] { return combo_box_has_option_text(at("combo_box_ex_serial"), "COM12"); }));
+    com::map_port("COM12", "");
+    port_watcher_start();
+    EXPECT_TRUE(wait([] { return !combo_box_has_option_text(at("combo_box_ex_serial"), "COM12"); }));
+}
+
+} // namespace

@@ -1,0 +1,228 @@
+#include "app/session_buttons.h"
+
+#include "app/ui_state.h"
+#include "tests/app/app_fixture.h"
+#include "tests/app/user.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+class session_buttons : public app_test {};
+
+struct state_case {
+    const char* name;
+    ui_state state;
+    const char* buttons;
+    const char* word;
+};
+
+class button_states : public app_test, public testing::WithParamInterface<state_case> {};
+
+TEST_P(button_states, one_row_per_state) {
+    ui_state_apply(home(), GetParam().state);
+    EXPECT_EQ(buttons(), GetParam().buttons);
+    EXPECT_EQ(text(home(), "state_word"), GetParam().word);
+    EXPECT_EQ(ui_state_get(), GetParam().state);
+}
+
+INSTANTIATE_TEST_SUITE_P(states, button_states,
+                         testing::Values(state_case{"idle", ui_state::idle, "cfmp", "未连接"},
+                                         state_case{"connecting", ui_state::connecting, "", "连接中…"},
+                                         state_case{"connected", ui_state::connected, "drwf", "已连接"},
+                                         state_case{"busy", ui_state::busy, "", "读写中…"}),
+                         [](const auto& test) { return test.param.name; });
+
+TEST_F(session_buttons, connect_read_edit_write_and_read_back) {
+    plug("VKT531A");
+    std::vector<uint8_t> memory = module->memory();
+    memory[42] = 1; // conversion mode
+    memory[0] = 9;  // UART 1200
+    module->set_memory(memory);
+
+    EXPECT_EQ(run("button"), "连接成功");
+    EXPECT_EQ(buttons(), "drwf");
+    EXPECT_EQ(text(home(), "state_word"), "已连接");
+    press_ok();
+
+    EXPECT_EQ(run("button_read"), "读配置完成");
+    EXPECT_EQ(text(progress(), "label"), "   读取配置结束");
+    press_ok();
+    EXPECT_EQ(text(at("page_change"), "combo_box_ex"), "透明转换");
+    EXPECT_THAT(text(home(), "mledit"), testing::StartsWith("F7 F8 01 3C 09 "));
+
+    click(home(), "table_button_uart");
+    pick("page_uart/combo_box_ex_bps", "9600");
+    EXPECT_EQ(run("button_write"), "写配置完成");
+    press_ok();
+    EXPECT_EQ(module->memory()[0], 6);
+    EXPECT_EQ(module->memory()[42], 1);
+
+    EXPECT_EQ(run("button_read"), "读配置完成");
+    press_ok();
+    EXPECT_EQ(text(at("page_uart"), "combo_box_ex_bps"), "9600");
+    EXPECT_EQ(buttons(), "drwf");
+}
+
+TEST_F(session_buttons, while_connecting_nothing_can_be_pressed_and_the_window_stays) {
+    plug("VKT531A");
+    module->plan({.what = sim::fault::silent, .times = 0xFFFFFFFF});
+    click(home(), "button");
+    EXPECT_EQ(buttons(), "");
+    EXPECT_EQ(text(home(), "state_word"), "连接中…");
+    ASSERT_NE(progress(), nullptr);
+    EXPECT_FALSE(widget_get_visible(widget_lookup(progress(), "ok")));
+    EXPECT_EQ(user_does("key Esc"), "");
+    EXPECT_NE(progress(), nullptr);
+}
+
+struct failure_case {
+    const char* name;
+    const char* port;
+    sim::fault fault;
+    const char* shown;
+};
+
+class connect_failures : public session_buttons, public testing::WithParamInterface<failure_case> {};
+
+TEST_P(connect_failures, return_to_idle_with_the_port_closed) {
+    plug("VKT531A");
+    module->plan({.what = GetParam().fault, .times = 0xFFFFFFFF});
+    type("combo_box_ex_serial", GetParam().port);
+    EXPECT_EQ(run("button"), GetParam().shown);
+    EXPECT_EQ(text(progress(), "label"), "   连接失败");
+    EXPECT_EQ(buttons(), "cfmp");
+    EXPECT_FALSE(session_of(family::generic).port_open);
+    EXPECT_FALSE(session_of(family::generic).connected);
+    EXPECT_EQ(session_of(family::generic).connect_thread, nullptr);
+    press_ok();
+    // And the next try works.
+    module->plan({});
+    type("combo_box_ex_serial", port_name);
+    EXPECT_EQ(run("button"), "连接成功");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    rows, connect_failures,
+    testing::Values(failure_case{"no_port_chosen", "", sim::fault::none, "串口号有误"},
+                    failure_case{"number_out_of_range", "COM999", sim::fault::none, "串口号有误"},
+                    failure_case{"absent_port", "COM77", sim::fault::none, "串口打开失败"},
+                    failure_case{"silent_module", "COM7", sim::fault::silent, "等待读操作完成失败"},
+                    failure_case{"refused", "COM7", sim::fault::refuse, "获取读操作结果失败"}),
+    [](const auto& test) { return test.param.name; });
+
+TEST_F(session_buttons, a_failed_read_returns_to_connected_and_can_be_repeated) {
+    connect();
+    module->plan({.what = sim::fault::bad_check});
+    EXPECT_EQ(run("button_read"), "检测配置失败");
+    EXPECT_EQ(buttons(), "drwf");
+    press_ok();
+    EXPECT_EQ(run("button_read"), "读配置完成");
+}
+
+TEST_F(session_buttons, a_reply_with_a_foreign_header_fails_and_completes) {
+    connect();
+    const std::string before = text(home(), "mledit");
+    module->plan({.what = sim::fault::wrong_header});
+    click(home(), "button_read");
+    EXPECT_TRUE(wait([] { return text(progress(), "label3") == "读配置完成" && !session_any_running(); }));
+    EXPECT_EQ(text(home(), "mledit"), before);
+    EXPECT_EQ(buttons(), "drwf");
+}
+
+TEST_F(session_buttons, read_and_write_need_a_connection) {
+    for (const auto press : {session_read_pressed, session_write_pressed}) {
+        answer_message();
+        press(home());
+        EXPECT_EQ(message_seen, "请先连接设备");
+        EXPECT_EQ(progress(), nullptr);
+        EXPECT_EQ(buttons(), "cfmp");
+    }
+}
+
+TEST_F(session_buttons, the_data_monitor_needs_a_connection) {
+    answer_message();
+    widget_set_visible(at("button_data_lock"), true);
+    widget_set_enable(at("button_data_lock"), true);
+    settle();
+    click(home(), "button_data");
+    EXPECT_EQ(message_seen, "请先连接设备");
+}
+
+TEST_F(session_buttons, the_data_monitor_does_nothing_more_for_a_generic_module) {
+    connect();
+    widget_set_visible(at("button_data_lock"), true);
+    widget_set_enable(at("button_data_lock"), true);
+    settle();
+    click(home(), "button_data");
+    settle();
+    EXPECT_EQ(message(), nullptr);
+    EXPECT_EQ(progress(), nullptr);
+}
+
+TEST_F(session_buttons, disconnect_closes_the_port_and_returns_to_idle) {
+    connect();
+    click(home(), "button2");
+    EXPECT_TRUE(wait([] { return !session_any_running() && ui_state_get() == ui_state::idle; }));
+    EXPECT_EQ(buttons(), "cfmp");
+    EXPECT_FALSE(session_of(family::generic).port_open);
+    EXPECT_FALSE(session_of(family::generic).connected);
+    EXPECT_EQ(progress(), nullptr);
+    EXPECT_EQ(run("button"), "连接成功");
+}
+
+TEST_F(session_buttons, disconnect_without_any_open_port_still_returns_to_idle_and_scans) {
+    ui_state_apply(home(), ui_state::connected);
+    std::filesystem::remove("com_list.txt");
+    click(home(), "button2");
+    EXPECT_TRUE(wait([] { return ui_state_get() == ui_state::idle && std::filesystem::exists("com_list.txt"); }));
+    EXPECT_EQ(buttons(), "cfmp");
+}
+
+TEST_F(session_buttons, a_second_disconnect_starts_nothing) {
+    connect();
+    EXPECT_EQ(session_disconnect_pressed(home()), RET_OK);
+    EXPECT_EQ(session_disconnect_pressed(home()), RET_FAIL);
+    EXPECT_TRUE(wait([] { return ui_state_get() == ui_state::idle; }));
+}
+
+TEST_F(session_buttons, connect_with_a_text_outside_the_list_starts_nothing) {
+    plug("VKT531A");
+    widget_set_value_int(at("combo_box_ex_dev"), 99);
+    click(home(), "button");
+    settle();
+    EXPECT_FALSE(session_any_running());
+    EXPECT_FALSE(enabled("button"));
+    EXPECT_EQ(module->count().requests(), 0u);
+}
+
+TEST_F(session_buttons, the_read_handlers_first_report_is_not_seen) {
+    connect();
+    module->plan({.what = sim::fault::silent, .times = 0xFFFFFFFF});
+    click(home(), "button_read");
+    settle();
+    EXPECT_NE(text(progress(), "label3"), "");
+    EXPECT_THAT(text(progress(), "label"), testing::StrEq("   读取配置状态"));
+}
+
+TEST_F(session_buttons, the_a_family_connects_reads_and_writes) {
+    connect("VKT510A");
+    EXPECT_EQ(module->count().firmware_reads, 1u);
+    EXPECT_EQ(run("button_read"), "读配置完成");
+    press_ok();
+    pick("page_vkt510a_change/combo_box_ex_vkt510a", "自定义协议转换");
+    EXPECT_EQ(run("button_write"), "写配置完成");
+    press_ok();
+    EXPECT_EQ(module->memory()[42], 3);
+    EXPECT_EQ(buttons(), "drwf");
+}
+
+TEST_F(session_buttons, the_port_vanishing_in_a_read_gives_the_buttons_back) {
+    connect();
+    module->plan({.what = sim::fault::hang_up});
+    const std::string shown = run("button_read");
+    EXPECT_THAT(shown, testing::AnyOf("获取读操作结果失败", "等待读操作完成失败", "读取写命令应答失败"));
+    EXPECT_EQ(buttons(), "drwf");
+}
+
+} // namespace
