@@ -1,0 +1,23 @@
+#!/bin/bash
+# ./bench.sh: installs what is missing, builds the optimised programs and prints what bench/ measures, ratio first.
+set -eu
+cd "$(dirname "$0")"
+. scripts/common.sh
+
+scripts/install.sh build gui display bench
+configure release
+build release
+
+say "measurements (release build)"
+status=0
+found=0
+for program in build/release/bench/bench_*; do
+    [ -f "$program" ] && [ -x "$program" ] || continue
+    found=1
+    with_display "$program" "$@" || status=1
+done
+if [ "$found" = 0 ]; then
+    echo "bench.sh: no programs in build/release/bench" >&2
+    exit 1
+fi
+exit "$status"

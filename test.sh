@@ -1,0 +1,125 @@
+#!/bin/bash
+# ./test.sh [OPTION...]: installs what is missing, builds, and runs the tests. The last line is "N passed, N failed".
+#   (none)      debug build, all tests, and the checks of --lint
+#   --quick     as without an option, but without the tests labelled slow
+#   --asan      all tests under the address and undefined-behaviour sanitisers, built with Clang
+#   --tsan      all tests under the thread sanitiser, built with Clang
+#   --clang     the debug build with Clang without sanitisers, and all tests
+#   --windows   the Windows cross build, tested under Wine
+#   --lint      the checks of the source text and of the scripts only
+#   --all       everything above but --clang, which the sanitised builds stand for
+# Several options may be given. The exit status is 0 only when nothing failed.
+set -u
+cd "$(dirname "$0")" || exit 2
+. scripts/common.sh
+. scripts/count.sh
+
+usage() { sed -n '2,/^set /{/^# /s/^# //p}' test.sh; }
+
+runs=
+ctest_options=()
+for option in "$@"; do
+    case $option in
+        --quick) runs="$runs dev lint" ctest_options=(-LE slow) ;;
+        --asan | --tsan | --clang | --windows | --lint) runs="$runs ${option#--}" ;;
+        --all) runs="dev asan tsan windows lint" ;;
+        -h | --help) usage; exit 0 ;;
+        *) echo "test.sh: unknown option $option" >&2; usage >&2; exit 2 ;;
+    esac
+done
+runs=${runs:-dev lint}
+
+passed=0
+failed=0
+broken=()
+
+# result NAME PASSED FAILED
+result() {
+    passed=$((passed + $2))
+    failed=$((failed + $3))
+    [ "$3" -eq 0 ] || broken+=("$1: $3 failed")
+    echo "$1: $2 passed, $3 failed"
+}
+
+# Leaves out of ctest's output what went well.
+brief() { grep -vE '^ *[0-9]+/[0-9]+ Test .* Passed |^ +Start +[0-9]+:'; }
+
+# run_preset NAME PRESET SECTIONS [cmake option...]: builds a preset in build/NAME and runs its tests under a virtual
+# display.
+run_preset() {
+    local name=$1 preset=$2 sections=$3 log=build/$1-tests.log
+    shift 3
+    say "$name: build"
+    # shellcheck disable=SC2086 # a list of words
+    if ! scripts/install.sh $sections || ! configure "$preset" -B "build/$name" "$@" || ! build "$name"; then
+        result "$name (build)" 0 1
+        return
+    fi
+    say "$name: tests"
+    with_display ctest --test-dir "build/$name" --output-on-failure -j "$jobs" "${ctest_options[@]}" 2>&1 |
+        tee "$log" | brief
+    # shellcheck disable=SC2046 # two numbers
+    result "$name" $(count_ctest "$log")
+}
+
+# Known reports of libraries that are not ours, if there are any.
+suppressions() {
+    if [ -f "tests/$1.supp" ]; then echo ":suppressions=$PWD/tests/$1.supp"; fi
+}
+
+run_dev() { run_preset dev dev "build gui display"; }
+run_clang() { run_preset clang clang "build gui display clang"; }
+
+# Clang builds sanitised code in about half the time, and is the second compiler that has to be content.
+run_sanitised() {
+    run_preset "clang-$1" "$1" "build gui display clang" -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_CXX_FLAGS_DEBUG=-g1
+}
+
+run_asan() {
+    ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1 \
+        UBSAN_OPTIONS=print_stacktrace=1 \
+        LSAN_OPTIONS=print_suppressions=0$(suppressions lsan) \
+        run_sanitised asan
+}
+
+run_tsan() {
+    TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1$(suppressions tsan) \
+        run_sanitised tsan
+}
+
+run_windows() {
+    local log=build/windows-tests.log
+    say "windows: build"
+    # The pseudo-terminals that stand for COM ports are made by a program of this system.
+    if ! scripts/install.sh build windows || ! configure windows || ! build windows ||
+        ! configure dev -B build/host -DVKT_GUI=OFF -DVKT_TESTS=OFF || ! build host pty_host; then
+        result "windows (build)" 0 1
+        return
+    fi
+    say "windows: tests under Wine"
+    VKT_HOST_BUILD=$PWD/build/host packaging/windows/wine-tests.sh "${ctest_options[@]}" 2>&1 |
+        tee "$log" | brief
+    # shellcheck disable=SC2046
+    result windows $(count_ctest "$log")
+}
+
+run_lint() {
+    say "lint"
+    if ! scripts/install.sh build lint; then
+        result "lint (install)" 0 1
+        return
+    fi
+    local check ok=0 bad=0
+    for check in "tools/lint --self-test" tests/tools/scripts_test.sh tools/lint; do
+        if $check; then ok=$((ok + 1)); else bad=$((bad + 1)); fi
+    done
+    result lint "$ok" "$bad"
+}
+
+mkdir -p build
+for run in $runs; do "run_$run"; done
+
+say "result"
+for line in "${broken[@]}"; do echo "$line"; done
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
