@@ -1,7 +1,7 @@
 #!/bin/bash
 # ./test.sh [OPTION...]: installs what is missing, builds, and runs the tests. The last line is "N passed, N failed".
 #   (none)      debug build, all tests, and the checks of --lint
-#   --quick     as without an option, but without the tests labelled slow
+#   --quick     as without an option, but without those that drive the whole program
 #   --asan      all tests under the address and undefined-behaviour sanitisers, built with Clang
 #   --tsan      all tests under the thread sanitiser, built with Clang
 #   --clang     the debug build with Clang without sanitisers, and all tests
@@ -20,7 +20,7 @@ runs=
 ctest_options=()
 for option in "$@"; do
     case $option in
-        --quick) runs="$runs dev lint" ctest_options=(-LE slow) ;;
+        --quick) runs="$runs dev lint" ctest_options=(-LE program) ;;
         --asan | --tsan | --clang | --windows | --lint) runs="$runs ${option#--}" ;;
         --all) runs="dev asan tsan windows lint" ;;
         -h | --help) usage; exit 0 ;;

@@ -70,6 +70,8 @@ ret_t application_exit() {
     threads_destroy();
     config_objects_destroy();
     b_threads_join();
-    fs_file_close(fs_open_file(os_fs(), session_log_path().c_str(), "w+"));
+    session_log_empty();
     return RET_OK;
 }
+
+void session_log_empty() { fs_file_close(fs_open_file(os_fs(), session_log_path().c_str(), "w+")); }

@@ -44,6 +44,8 @@ ret_t data_monitor_pressed(widget* home) {
     return ret;
 }
 
+void data_monitor_forget() { requested = false; }
+
 monitor_answer data_monitor_finish() {
     if (current_family() != family::b || !requested) return monitor_answer::home;
     requested = false;

@@ -16,5 +16,7 @@ enum class monitor_answer : uint8_t {
 };
 /// What "ok" of the finished progress window leads to; takes the request back. GUI thread.
 monitor_answer data_monitor_finish();
+/// Takes the request back: another run begins, or its window was left otherwise. GUI thread.
+void data_monitor_forget();
 /// Opens the message of a refusal. GUI thread.
 ret_t data_monitor_show_refusal();

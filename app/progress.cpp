@@ -103,18 +103,26 @@ ret_t progress_init(widget* win, const void* /*context*/) {
     widget_set_prop_bool(win, "to_modal", false);
     widget_on(widget_lookup(win, "ok"), event_type::click, ok_clicked);
     window_open_flag = true;
+    if (!session_any_running()) data_monitor_forget();
     ok_show(win, !session_any_running());
     progress_esc_refresh();
     return RET_OK;
 }
 
 ret_t progress_open_for_run() {
+    data_monitor_forget();
     const ret_t ret = navigator_to(window_name);
     widget* win = navigator_find(window_name);
     if (win == nullptr) return RET_FAIL;
     ok_show(win, false);
     dialog_set_esc_closes(win, false);
     return ret;
+}
+
+void progress_settle() {
+    widget* win = navigator_find(window_name);
+    if (win != nullptr && !session_any_running()) ok_show(win, true);
+    progress_esc_refresh();
 }
 
 void progress_esc_refresh() {

@@ -8,6 +8,7 @@
 #include "app/ui_state.h"
 #include "serial/port_list.h"
 #include "serial/session.h"
+#include "toolkit/core/idle.h"
 #include "toolkit/core/text.h"
 
 namespace {
@@ -36,14 +37,19 @@ constexpr start_failure start_failures[] = {
     {session_kind::write, "写配置命令失败"},
 };
 
+ret_t settle() {
+    progress_settle();
+    return RET_OK;
+}
+
 ret_t start(widget* home, const family_pages* pages, session_kind kind) {
-    if (pages == nullptr) return RET_OK;
+    if (pages == nullptr) return idle_queue(settle); // after the report that is on its way
     session_news_started(pages->of);
     const ret_t ret = session_start(pages->of, kind, input_of(home, *pages));
     if (ret == RET_OK) return ret;
     const std::string line = tk_format("\n%s\nsession thread not started!\n\n", current_model().c_str());
     for (const auto& row : start_failures)
-        if (row.kind == kind) session_fail_post(pages->of, line, row.shown, static_cast<uint8_t>(kind));
+        if (row.kind == kind) session_news_not_started(pages->of, line, row.shown, static_cast<uint8_t>(kind));
     return ret;
 }
 
@@ -60,7 +66,11 @@ ret_t transfer(widget* home, session_kind kind) {
     return start(home, current_pages(), kind);
 }
 
+bool disconnecting = false;
+
 ret_t disconnected() {
+    disconnecting = false;
+    progress_settle();
     port_watcher_start();
     return ui_state_apply(navigator_find("home_page"), ui_state::idle);
 }
@@ -77,15 +87,17 @@ ret_t session_connect_pressed(widget* home) {
 }
 
 ret_t session_disconnect_pressed(widget* home) {
-    // Only a B module is told to leave its configuration mode; that is all there is to watch.
+    if (disconnecting) return RET_FAIL;
+    // Only a B module is told to leave its configuration mode; that is all there is to watch. The window opens
+    // before the first report can come.
     const bool told = session_of(family::b).port_open;
-    const ret_t ret = session_disconnect([] {
-        progress_esc_refresh();
-        disconnected();
-    });
-    if (ret != RET_OK) return ret;
+    if (told) progress_open_for_run();
     ui_state_apply(home, ui_state::busy);
-    return told ? progress_open_for_run() : RET_OK;
+    disconnecting = session_disconnect([] { disconnected(); }) == RET_OK;
+    if (disconnecting) return RET_OK;
+    // Without a worker to tell the module, the ports are closed all the same.
+    disconnected();
+    return told ? progress_post(home, 100, "写操作失败", operation::mode_change) : RET_FAIL;
 }
 
 ret_t session_read_pressed(widget* home) {

@@ -33,7 +33,7 @@ run_number& run_of(family of) { return runs[static_cast<std::size_t>(of)]; }
 ret_t clean_up(family of, uint32_t number) {
     if (run_of(of).started == number) session_join_threads(of);
     port_watcher_release();
-    progress_esc_refresh();
+    progress_settle();
     return RET_OK;
 }
 
@@ -58,6 +58,17 @@ bool log_append(const std::string& path, const std::string& text) {
     return true;
 }
 
+std::shared_ptr<tk_object> fail_report(family of, const std::string& log_line, const std::string& progress_text,
+                                       uint8_t state) {
+    tk_object_ptr made(object_default_create());
+    tk_object_set_prop_str(made.get(), "win", home_name);
+    tk_object_set_prop_str(made.get(), "char_log", log_line.c_str());
+    tk_object_set_prop_str(made.get(), "progress_text", progress_text.c_str());
+    tk_object_set_prop_uint8(made.get(), "flage_state", state);
+    tk_object_set_prop_uint8(made.get(), "family", static_cast<uint8_t>(of));
+    return made;
+}
+
 } // namespace
 
 void session_news_connect() {
@@ -76,15 +87,20 @@ void session_news_connect() {
 
 void session_news_started(family of) { ++run_of(of).started; }
 
+void session_news_not_started(family of, const std::string& log_line, const std::string& progress_text,
+                              uint8_t state) {
+    --run_of(of).started;
+    const std::shared_ptr<tk_object> report = fail_report(of, log_line, progress_text, state);
+    idle_queue([report] { return session_fail_display(report.get()); });
+    idle_queue([] {
+        progress_settle();
+        return RET_OK;
+    });
+}
+
 ret_t session_fail_post(family of, const std::string& log_line, const std::string& progress_text, uint8_t state) {
     const uint32_t number = run_of(of).started;
-    tk_object_ptr made(object_default_create());
-    tk_object_set_prop_str(made.get(), "win", home_name);
-    tk_object_set_prop_str(made.get(), "char_log", log_line.c_str());
-    tk_object_set_prop_str(made.get(), "progress_text", progress_text.c_str());
-    tk_object_set_prop_uint8(made.get(), "flage_state", state);
-    tk_object_set_prop_uint8(made.get(), "family", static_cast<uint8_t>(of));
-    const std::shared_ptr<tk_object> report = std::move(made);
+    const std::shared_ptr<tk_object> report = fail_report(of, log_line, progress_text, state);
     idle_queue([report] { return session_fail_display(report.get()); });
     idle_queue([of, number] { return clean_up(of, number); });
     return RET_INIT_FAILED;
@@ -98,6 +114,7 @@ ret_t session_fail_display(const tk_object* report) {
     const std::string char_log = tk_object_get_prop_str(report, "char_log", "");
     log_folder_ensure();
     if (!log_append(error_log_path(), char_log)) return RET_INIT_FAILED;
+    log_append(session_log_path(), char_log);
     const uint8_t state = tk_object_get_prop_uint8(report, "flage_state", no_state);
     if (state == static_cast<uint8_t>(session_kind::connect)) {
         const auto of = static_cast<family>(tk_object_get_prop_uint8(report, "family", 0));

@@ -7,9 +7,13 @@
 #include "platform/system.h"
 #include "toolkit/ravel/ravel.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -17,6 +21,7 @@ constexpr const char* program_name = "VKTCfgTools";
 constexpr const char* theme_name = "default";
 constexpr int status_no_window = 1;
 constexpr int status_script_failed = 3;
+constexpr std::chrono::milliseconds exit_patience{700};
 
 // Said on both streams: a program started from a window has only the one, a redirected one only the other.
 void complain(const std::string& text) {
@@ -70,6 +75,36 @@ int run(const command_line_options& options) {
     return tk_exit_status();
 }
 
+// A driver that hangs in a call of its own (closing a stuck adapter, say) must not keep the process: whatever is
+// left of an orderly end after a moment is given up, but for the session log, which is left empty. Not a toolkit
+// thread: those are counted as workers that still live.
+class exit_guard {
+  public:
+    explicit exit_guard(int status)
+        : thread_([this, status] {
+              std::unique_lock hold(mutex_);
+              if (ended_now_.wait_for(hold, exit_patience, [this] { return ended_; })) return;
+              session_log_empty();
+              platform_exit_now(status);
+          }) {}
+    ~exit_guard() {
+        {
+            const std::lock_guard hold(mutex_);
+            ended_ = true;
+        }
+        ended_now_.notify_one();
+        thread_.join();
+    }
+    exit_guard(const exit_guard&) = delete;
+    exit_guard& operator=(const exit_guard&) = delete;
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable ended_now_;
+    bool ended_ = false;
+    std::thread thread_; // last: it uses the others
+};
+
 } // namespace
 
 int vkt_main(const std::wstring& command_line) {
@@ -77,9 +112,12 @@ int vkt_main(const std::wstring& command_line) {
     platform_com_init();
     tk_pre_init();
     const int status = run(command_line_options_of(arguments));
-    application_exit();
-    tk_exit();
-    std::fflush(stdout);
+    {
+        const exit_guard guard(status);
+        application_exit();
+        tk_exit();
+        std::fflush(stdout);
+    }
     // A worker that has not ended by now must not see the process being taken down around it.
     if (tk_thread_alive_count() != 0) platform_exit_now(status);
     return status;

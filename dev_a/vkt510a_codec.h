@@ -16,6 +16,6 @@ ret_t vkt510a_encode(void* context);
 /// The opposite direction, under the same rules.
 ret_t vkt510a_decode(void* context);
 
-/// Registers encoder and decoder as the family's operations, leaving other slots as they are, and hands the image to
-/// its sessions. Before the first dev_open of the family.
+/// Registers encoder and decoder as the family's operations, leaving other slots as they are, and hands the image
+/// to its sessions. Before the first dev_open of the family.
 void vkt510a_codec_register();

@@ -46,17 +46,22 @@ void leave_b(const session_reports& reports) {
 }
 
 void leave(family of, const session_reports& reports) {
-    const tk_lock hold(session_lock(of));
+    tk_lock hold(session_lock(of));
     if (of == family::b && session_of(of).port_open) leave_b(reports);
-    session_close_port(of);
+    const owned_handle port(session_take_port(of));
+    hold.unlock(); // before the port is closed: the pages of a family wait for its lock
 }
 
-void disconnect_all(const session_reports& reports) {
-    for (family of : {family::generic, family::b, family::a}) leave(of, reports);
+void flags_clear() {
     for (family of : {family::generic, family::b, family::a}) {
         session_of(of).connected = false;
         session_of(of).operation = static_cast<uint8_t>(session_kind::none);
     }
+}
+
+void disconnect_all(const session_reports& reports) {
+    for (family of : {family::generic, family::b, family::a}) leave(of, reports);
+    flags_clear();
 }
 
 ret_t ended(const std::function<void()>& done) {
@@ -77,7 +82,10 @@ ret_t session_disconnect(std::function<void()> done) {
         return 0u;
     };
     worker = session_thread_start("mode_switch", session_place_disconnect, work);
-    return worker != nullptr ? RET_OK : RET_FAIL;
+    if (worker != nullptr) return RET_OK;
+    for (family of : {family::generic, family::b, family::a}) session_close_port(of);
+    flags_clear();
+    return RET_FAIL;
 }
 
 void session_disconnect_abandon() {

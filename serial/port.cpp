@@ -51,6 +51,9 @@ bool drain_round(HANDLE port, HANDLE event) {
         return false;
     case io_step::stopped:
         return false;
+    case io_step::wait:
+        if (read.error == 0) return true; // the time-out came before a byte did
+        [[fallthrough]];
     default:
         console_error("WaitForSingleObject", read.error);
         return false;

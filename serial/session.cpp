@@ -206,8 +206,10 @@ void session_release_thread(tk_thread** slot) {
     *slot = nullptr;
 }
 
-void session_close_port(family of) {
+HANDLE session_take_port(family of) {
     session_context& context = session_of(of);
     context.port_open = false;
-    owned_handle port(context.port.exchange(INVALID_HANDLE_VALUE));
+    return context.port.exchange(INVALID_HANDLE_VALUE);
 }
+
+void session_close_port(family of) { owned_handle port(session_take_port(of)); }

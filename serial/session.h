@@ -72,12 +72,15 @@ void session_release_thread(tk_thread** slot);
 
 /// Closes the family's port if one is open and clears the port flag. Any thread that may own the port.
 void session_close_port(family of);
+/// The same without closing: hands over the port, INVALID_HANDLE_VALUE when none is open. Closing may take a driver
+/// long, so it is done without the lock.
+HANDLE session_take_port(family of);
 
 /// Disconnect: closes the ports of all families and clears their connected and operation fields. A B module with an
 /// open port is sent "transfer" first, reported through session_reports::progress with operation 8. It all happens
 /// on a worker of its own, so that a blocked port never freezes the window; `done` runs on the GUI thread when it
 /// has ended, well or not. RET_FAIL when a disconnect is under way already (nothing happens then) or the worker
-/// cannot be started. GUI thread.
+/// cannot be started (the ports are closed on the spot then, and no module is told). GUI thread.
 ret_t session_disconnect(std::function<void()> done);
 /// Exit: asks a disconnect under way to stop and lets go of its worker (200 ms at most). GUI thread.
 void session_disconnect_abandon();

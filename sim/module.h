@@ -95,8 +95,8 @@ class module_t {
     virtual void set_paced(bool paced) = 0;
 };
 
-/// Called with each complete request, mode text or unknown frame, in order, on the module's thread; and as "unplugged"
-/// with no frame just before a fault takes the line away.
+/// Called with each complete request, mode text or unknown frame, in order, on the module's thread; and as
+/// "unplugged" with no frame just before a fault takes the line away.
 using request_watcher = std::function<void(const char* kind, const std::vector<uint8_t>& frame)>;
 
 /// Starts a module's thread on a new line named `com_name`. Null when the line cannot be made.

@@ -32,7 +32,7 @@ void cut_length_for_standard(widget* combo) {
 
 constexpr enable_rule with_id{"change_mode", options::mode_with_id};
 constexpr enable_rule transparent{"change_mode", options::mode_transparent};
-constexpr enable_rule custom{"change_mode", options::mode_custom};
+constexpr enable_rule custom_mode{"change_mode", options::mode_custom};
 constexpr enable_rule filtering{"can_check", switched_on};
 
 #define CANNOT_READ(variable) "widget_get_text_utf8(" variable ", data, sizeof(data)) == RET_OK"
@@ -55,8 +55,8 @@ constexpr page_row change_rows[] = {
      .enabled_when = with_id,
      .handler = "on_can_len_value_changed",
      .failed_condition = CANNOT_READ("can_len")},
-    {.name = "edit", .key = "change_fh", .kind = hex_pair, .enabled_when = custom},
-    {.name = "edit1", .key = "change_fe", .kind = hex_pair, .enabled_when = custom},
+    {.name = "edit", .key = "change_fh", .kind = hex_pair, .enabled_when = custom_mode},
+    {.name = "edit1", .key = "change_fe", .kind = hex_pair, .enabled_when = custom_mode},
 };
 
 constexpr page_row spi_rows[] = {

@@ -22,7 +22,9 @@ void apply_rule(const bound_row& at) {
         if (row.key != nullptr && std::string_view(row.key) == rule.key) decider = &row;
     if (decider == nullptr) return;
     const int32_t value = row_number({at.table, *decider, at.page, nullptr});
-    widget_set_enable(at.w, rule.value == switched_on ? value != 0 : value == rule.value);
+    const bool on = rule.value == switched_on ? value != 0 : value == rule.value || value == rule.or_value;
+    widget_set_enable(at.w, on);
+    if (at.row.hidden_when_disabled) widget_set_visible(at.w, on);
 }
 
 void apply_rules_of(const page_table& table, widget* page, std::string_view key) {
@@ -31,14 +33,33 @@ void apply_rules_of(const page_table& table, widget* page, std::string_view key)
             if (widget* w = widget_lookup(page, row.name)) apply_rule({table, row, page, w});
 }
 
+void fill(const bound_row& at) {
+    widget_set_refused(at.w, nullptr);
+    const kind_ops& ops = kind_ops_of(at.row);
+    if (ops.fill != nullptr) ops.fill(at);
+    apply_rule(at);
+}
+
+/// What shows on other rows after a change of this one.
+void follow(const page_table& table, const page_row& changed, widget* page) {
+    if (changed.key != nullptr) apply_rules_of(table, page, changed.key);
+    if (changed.refreshes == nullptr) return;
+    for (const auto& row : table.rows) {
+        if (std::string_view(row.name) != changed.refreshes) continue;
+        if (widget* w = widget_lookup(page, row.name)) fill({table, row, page, w});
+        if (row.key != nullptr) apply_rules_of(table, page, row.key);
+    }
+}
+
 void attach(const bound_row& at) {
     for (const auto& option : at.row.options) combo_box_append_option(at.w, option.value, option.text);
     if (is_hex_word(at.row.kind)) edit_set_text_limit(at.w, 0, hex_edit_chars);
-    const kind_ops& ops = kind_ops_of(at.row.kind);
+    const kind_ops& ops = kind_ops_of(at.row);
     const std::pair<event_type, bool> wanted[] = {{event_type::value_changed, ops.changed != nullptr},
                                                   {event_type::value_changing, ops.changing != nullptr},
                                                   {event_type::focus, ops.focus != nullptr},
-                                                  {event_type::blur, ops.blur != nullptr}};
+                                                  {event_type::blur, ops.blur != nullptr},
+                                                  {event_type::click, ops.click != nullptr}};
     for (const auto& [type, used] : wanted)
         if (used)
             widget_on(at.w, type, [table = &at.table, row = &at.row, page = at.page](const event& what) {
@@ -49,7 +70,7 @@ void attach(const bound_row& at) {
 /// An event without its widget: nothing can be read.
 ret_t report_lost(const page_row& row, event_type type) {
     if (row.failed_condition != nullptr) log_condition_failed(row.failed_condition, row.handler, __LINE__);
-    const kind_ops& ops = kind_ops_of(row.kind);
+    const kind_ops& ops = kind_ops_of(row);
     const char* said = type == event_type::value_changing ? ops.changing_lost
                        : type == event_type::focus        ? ops.focus_lost
                        : type == event_type::blur         ? ops.blur_lost
@@ -62,7 +83,7 @@ ret_t report_lost(const page_row& row, event_type type) {
 
 ret_t page_event(const page_table& table, const page_row& row, widget* page, const event& what) {
     if (what.target == nullptr) return report_lost(row, what.type);
-    const kind_ops& ops = kind_ops_of(row.kind);
+    const kind_ops& ops = kind_ops_of(row);
     const bound_row at{table, row, page, what.target};
     ret_t result = RET_OK;
     switch (what.type) {
@@ -78,12 +99,14 @@ ret_t page_event(const page_table& table, const page_row& row, widget* page, con
     case event_type::blur:
         result = ops.blur(at);
         break;
+    case event_type::click:
+        return ops.click(at);
     default:
         return RET_OK;
     }
     // With the lock released: greying the edit that has the focus makes it lose the focus, and its blur handler
     // locks.
-    if (row.key != nullptr) apply_rules_of(table, page, row.key);
+    follow(table, row, page);
     return result;
 }
 
@@ -96,9 +119,7 @@ ret_t page_init(const page_table& table, widget* page) {
         if (w == nullptr) continue;
         const bound_row at{table, row, page, w};
         if (!attached) attach(at);
-        if (row.kind != row_kind::caption) widget_set_refused(w, nullptr);
-        kind_ops_of(row.kind).fill(at);
-        apply_rule(at);
+        fill(at);
     }
     if (attached) return RET_OK;
     for (const auto& name : page_missing(table, page))

@@ -1,5 +1,5 @@
 // Pages as tables: one row per widget, one function that attaches and fills a page, one that handles what the user
-// does. The generic and the A family share it; what differs between them is a column or stands in page_scheme.
+// does. All families share it; what differs between them is a column or stands in page_scheme.
 // GUI thread only.
 #pragma once
 
@@ -30,17 +30,31 @@ enum class row_kind : uint8_t {
     hex_word,     ///< edit of four hex pairs, stored as a number and filtered while one types
     hex_number,   ///< edit of one hex pair, stored as a number and filtered while one types
     caption,      ///< label that shows the translation of `key`
+    custom,       ///< what `own` says
 };
-inline constexpr int row_kind_count = 10;
+inline constexpr int row_kind_count = 11;
 
-/// The widget is enabled while the property `key` has one value; without a key always.
+inline constexpr int32_t no_value = -2; ///< equals no property
+
+/// The widget is enabled while the property `key` has one of two values; without a key always.
 struct enable_rule {
     const char* key = nullptr;
     int32_t value = 0;
+    int32_t or_value = no_value;
 };
 inline constexpr int32_t switched_on = -1; ///< as a rule's value: anything but 0
 
 inline constexpr uint32_t never_refused = 256;
+inline constexpr int32_t own_default = -1; ///< as a row's fallback: the default of its key
+
+/// A property that is stored along when the row's own becomes `when`.
+struct companion {
+    const char* key = nullptr;
+    int32_t when = 0;
+    uint8_t value = 0;
+};
+
+struct kind_ops;
 
 struct page_row {
     const char* name; ///< of the widget
@@ -53,6 +67,14 @@ struct page_row {
     const char* handler = nullptr;          ///< name in the console line when the widget cannot be read
     const char* failed_condition = nullptr; ///< the condition in that line
     void (*before_store)(widget* combo) = nullptr;
+    int32_t fallback = own_default;    ///< shown while the property is missing
+    int32_t shown_above = 0;           ///< the widget shows the property's value plus this
+    bool raised_to_0 = false;          ///< a value below 0 is stored as 0 rather than refused
+    const char* failed_name = nullptr; ///< in the console line of a store that fails; null: the key
+    companion also{};
+    const char* refreshes = nullptr; ///< row that is filled again after this one was changed
+    bool hidden_when_disabled = false;
+    const kind_ops* own = nullptr; ///< of a custom row
 };
 
 /// How a family's handlers work.
@@ -64,6 +86,7 @@ struct page_scheme {
     ret_t (*stored)(const char* key);   ///< brings the image up to date after a change; null: show_code encodes
     ret_t (*show_code)(widget* window); ///< refreshes the code view; called with the lock held
     bool numbers_by_text;               ///< spin boxes are read by their text, else by their value
+    bool whole_values = false;          ///< bounds hold for a value as it stands, else for its low byte
 };
 
 struct page_table {

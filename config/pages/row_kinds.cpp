@@ -13,7 +13,7 @@ namespace {
 // ---- choices
 // -----------------------------------------------------------------------------------------------------
 
-void fill_number(const bound_row& at) { widget_set_value_int(at.w, row_number(at)); }
+void fill_number(const bound_row& at) { widget_set_value_int(at.w, row_number(at) + at.row.shown_above); }
 
 void fill_choice_text(const bound_row& at) {
     const std::string text = row_text(at);
@@ -37,7 +37,25 @@ void fill_caption(const bound_row& at) {
 
 void refuse(const bound_row& at) {
     log_console(at.row.refused_message);
-    widget_set_refused(at.w, tk_format("未采用：取值须小于 %u", at.row.refused_from).c_str());
+    const int64_t bound = int64_t{at.row.refused_from} + at.row.shown_above;
+    widget_set_refused(at.w, ("未采用：取值须小于 " + std::to_string(bound)).c_str());
+}
+
+/// What is stored for a value on show; nothing when it is refused.
+std::optional<uint8_t> accepted(const bound_row& at, int32_t shown) {
+    int64_t value = int64_t{shown} - at.row.shown_above;
+    if (at.row.raised_to_0 && value < 0) value = 0;
+    if (!at.scheme().whole_values) value &= 255;
+    if (value < 0 || value >= int64_t{at.row.refused_from}) return std::nullopt;
+    return static_cast<uint8_t>(value);
+}
+
+ret_t store_companion(const bound_row& at, uint8_t low) {
+    const companion& also = at.row.also;
+    if (also.key == nullptr || low != also.when) return RET_OK;
+    if (tk_object_set_prop_uint8(at.props(), also.key, also.value) == RET_OK) return RET_OK;
+    log_console(tk_format("set %s failed!\n", also.key));
+    return RET_FAIL;
 }
 
 ret_t store_low_byte(const bound_row& at, uint8_t low) {
@@ -48,18 +66,19 @@ ret_t store_low_byte(const bound_row& at, uint8_t low) {
         return flag ? tk_object_set_prop_bool(props, key, low != 0) : tk_object_set_prop_uint8(props, key, low);
     };
     const ret_t result = row_store(at, store, "\n");
-    if (result == RET_OK) widget_set_refused(at.w, nullptr);
-    return result;
+    if (result != RET_OK) return result;
+    widget_set_refused(at.w, nullptr);
+    return store_companion(at, low);
 }
 
 ret_t change_number(const bound_row& at) {
     const bool by_text = at.row.kind == row_kind::number && at.scheme().numbers_by_text;
     const int32_t value = by_text ? tk_atoi(widget_get_text_utf8(at.w).c_str()) : widget_get_value_int(at.w);
-    const auto low = static_cast<uint8_t>(value & 255);
+    const auto low = accepted(at, value);
     const scheme_lock hold(at.scheme());
-    if (low >= at.row.refused_from)
+    if (!low)
         refuse(at);
-    else if (store_low_byte(at, low) != RET_OK)
+    else if (store_low_byte(at, *low) != RET_OK)
         return RET_FAIL;
     return at.scheme().show_code(widget_get_window(at.page));
 }
@@ -74,8 +93,9 @@ scheme_lock::scheme_lock(const page_scheme& scheme) {
 }
 
 uint8_t row_number(const bound_row& at) {
-    const auto fallback = static_cast<uint8_t>(default_number(at.scheme().of, at.row.key));
-    return tk_object_get_prop_uint8(at.props(), at.row.key, fallback);
+    const uint32_t fallback = at.row.fallback == own_default ? default_number(at.scheme().of, at.row.key)
+                                                             : static_cast<uint32_t>(at.row.fallback);
+    return tk_object_get_prop_uint8(at.props(), at.row.key, static_cast<uint8_t>(fallback));
 }
 
 std::string row_text(const bound_row& at) {
@@ -92,7 +112,8 @@ std::vector<uint8_t> row_image_bytes(const bound_row& at) {
 ret_t row_store(const bound_row& at, const std::function<ret_t(tk_object*, const char* key)>& store,
                 const char* line_end) {
     if (store(at.props(), at.row.key) != RET_OK) {
-        log_console(tk_format("set %s failed!%s", at.row.key, line_end));
+        const char* name = at.row.failed_name == nullptr ? at.row.key : at.row.failed_name;
+        log_console(tk_format("set %s failed!%s", name, line_end));
         return RET_FAIL;
     }
     return at.scheme().stored == nullptr ? RET_OK : at.scheme().stored(at.row.key);
@@ -107,7 +128,8 @@ ret_t row_store_text(const bound_row& at, const std::string& text) {
     return result == RET_OK ? at.scheme().show_code(widget_get_window(at.page)) : result;
 }
 
-const kind_ops& kind_ops_of(row_kind kind) {
+const kind_ops& kind_ops_of(const page_row& row) {
+    if (row.own != nullptr) return *row.own;
     static const std::array<kind_ops, row_kind_count> kinds = {{
         {.fill = fill_number, .changed = change_number},           // choice
         {.fill = fill_choice_text, .changed = change_choice_text}, // choice_text
@@ -119,6 +141,7 @@ const kind_ops& kind_ops_of(row_kind kind) {
         hex_word_ops,
         hex_number_ops,
         {.fill = fill_caption}, // caption
+        {},                     // custom, of a row that brings nothing
     }};
-    return kinds[static_cast<std::size_t>(kind)];
+    return kinds[static_cast<std::size_t>(row.kind)];
 }

@@ -23,12 +23,13 @@ struct kind_ops {
     ret_t (*changing)(const bound_row& at) = nullptr;
     ret_t (*focus)(const bound_row& at) = nullptr;
     ret_t (*blur)(const bound_row& at) = nullptr;
+    ret_t (*click)(const bound_row& at) = nullptr;
     // What the console says when the widget of such an event cannot be read or set.
     const char* changing_lost = nullptr;
     const char* focus_lost = nullptr;
     const char* blur_lost = nullptr;
 };
-const kind_ops& kind_ops_of(row_kind kind);
+const kind_ops& kind_ops_of(const page_row& row);
 
 /// Holds the family's lock for a scope, if the family has one.
 class scheme_lock {

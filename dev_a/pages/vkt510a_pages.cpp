@@ -24,7 +24,7 @@ constexpr auto uart_rates = std::span(options::uart_rates).first<16>();
 
 constexpr enable_rule with_id{"change_mode_vkt510a", options::mode_with_id};
 constexpr enable_rule transparent{"change_mode_vkt510a", options::mode_transparent};
-constexpr enable_rule custom{"change_mode_vkt510a", options::mode_custom};
+constexpr enable_rule custom_mode{"change_mode_vkt510a", options::mode_custom};
 constexpr enable_rule filtering{"can_filtration_en_vkt510a", switched_on};
 
 // The bounds are intended as they stand, also where they are wider than the options: 17 for the UART rate keeps the
@@ -66,8 +66,8 @@ constexpr page_row change_rows[] = {
      .enabled_when = with_id,
      .refused_from = 5,
      .refused_message = "change_can_len_vkt510a is error\n"},
-    {.name = "edit_vkt510a", .key = "change_f_h_vkt510a", .kind = hex_number, .enabled_when = custom},
-    {.name = "edit1_vkt510a", .key = "change_f_e_vkt510a", .kind = hex_number, .enabled_when = custom},
+    {.name = "edit_vkt510a", .key = "change_f_h_vkt510a", .kind = hex_number, .enabled_when = custom_mode},
+    {.name = "edit1_vkt510a", .key = "change_f_e_vkt510a", .kind = hex_number, .enabled_when = custom_mode},
 };
 
 constexpr page_row spi_rows[] = {

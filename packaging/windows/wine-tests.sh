@@ -44,10 +44,11 @@ prepare_environment() {
     flock -w 1800 9 || die "another run holds $wine_dir/lock"
 }
 
-server_pid= pty_pid=
+work_pid='' server_pid='' pty_pid=''
 stop_all() {
     local status=$?
     trap - EXIT
+    if [ -n "$work_pid" ]; then kill "$work_pid" 2>/dev/null || true; fi
     if [ -n "$server_pid" ]; then
         "$wineserver" -k 9>&- || true
         wait "$server_pid" || true
@@ -116,9 +117,12 @@ trap 'exit 143' TERM HUP
 make_prefix
 start_pty_host
 start_server
+# In the background, so that a signal is heard at once. One test at a time: they share the ports.
 if [ "${1:-}" = --run ]; then
     shift
-    "$@" 9>&-
+    "$@" 9>&- &
 else
-    ctest --test-dir "$windows_build" --output-on-failure "$@" 9>&-
+    ctest --test-dir "$windows_build" --output-on-failure -j 1 "$@" 9>&- &
 fi
+work_pid=$!
+wait "$work_pid"

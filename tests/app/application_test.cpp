@@ -99,6 +99,18 @@ TEST_F(application, a_folder_that_cannot_be_written_is_told_and_the_page_opens) 
     EXPECT_NE(home(), nullptr);
 }
 
+TEST_F(application, a_press_of_the_port_selector_tells_it_too) {
+    const auto bin = tree() / "bin";
+    std::filesystem::create_directory("gone");
+    std::filesystem::current_path("gone");
+    std::filesystem::remove(bin / "gone");
+    answer_message();
+    click(home(), "combo_box_ex_serial");
+    EXPECT_TRUE(wait([this] { return !message_seen.empty() && message() == nullptr; }));
+    std::filesystem::current_path(bin);
+    EXPECT_EQ(message_seen, "无权限，请使用管理员权限运行程序");
+}
+
 TEST_F(application, the_message_window_is_single) {
     int shown = 0;
     idle_queue([&shown] {

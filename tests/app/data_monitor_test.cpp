@@ -1,37 +1,13 @@
 #include "app/data_monitor.h"
 
-#include "config/pages/family_pages.h"
-#include "dev_b/vkt610b_session_ops.h"
 #include "tests/app/app_fixture.h"
 
 namespace {
-
-// A B family as the home page sees it, on the generic family's pages.
-ret_t page_of_nothing(widget*) { return RET_OK; }
-ret_t show_nothing(widget*) { return RET_OK; }
-constexpr page_tab tabs[] = {{"table_button_change", "page_change", page_of_nothing}};
-constexpr family_pages b_pages = {
-    .of = family::b,
-    .device = "VKT610B",
-    .log_name = "dev_vkt610b",
-    .container = "view10",
-    .code_mode = "code_mode_vkt610b",
-    .page_set = "pages",
-    .tabs = tabs,
-    .data_monitor = true,
-    .show_code = show_nothing,
-    .restore_defaults = show_nothing,
-};
 
 class data_monitor : public app_test {
   protected:
     void SetUp() override {
         app_test::SetUp();
-        before_ = family_pages_of(family::b);
-        if (before_ == nullptr) {
-            vkt610b_session_ops_register();
-            family_pages_register(&b_pages);
-        }
         add_layout("data_page", "", false);
         navigator_replace("home_page");
         settle();
@@ -41,9 +17,6 @@ class data_monitor : public app_test {
     static void set(const char* key, uint8_t value) {
         tk_object_set_prop_uint8(dev_get(family::b)->props, key, value);
     }
-
-  private:
-    const family_pages* before_ = nullptr;
 };
 
 TEST_F(data_monitor, the_button_shows_for_this_family_only) {

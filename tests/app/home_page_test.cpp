@@ -46,7 +46,8 @@ INSTANTIATE_TEST_SUITE_P(
                     start_state{"combo_box_ex_dev", true, true}, start_state{"combo_box_ex_serial", true, true},
                     start_state{"view10", true, true}, start_state{"code_mode", true, true},
                     start_state{"code_mode_vkt510a", false, false}, start_state{"code_mode_vkt610b", false, false},
-                    start_state{"vkt510a_view_1", false, false}, start_state{"button_data_lock", false, false},
+                    start_state{"vkt510a_view_1", false, false}, start_state{"vkt610b_view_1", false, false},
+                    start_state{"button_data_lock", false, false},
                     start_state{"button_serial_assistant", false, false}, start_state{"progress_bar", false, true},
                     start_state{"label2", false, true}, start_state{"label3", false, true},
                     start_state{"label4", false, true}, start_state{"hscroll_label", false, true},
@@ -55,9 +56,8 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& test) { return std::string(test.param.name); });
 
 TEST_F(home_page, the_selector_offers_the_registered_models_in_their_order) {
-    std::vector<std::pair<int, std::string>> expected = {{3, "VKT510A"}, {1, "VKT531A"}, {6, "VKT530A"}};
-    if (family_pages_of(family::b) != nullptr)
-        expected.insert(expected.end(), {{2, "VKT610B"}, {4, "VKT630B"}, {5, "VKT631B"}});
+    const std::vector<std::pair<int, std::string>> expected = {{3, "VKT510A"}, {1, "VKT531A"}, {6, "VKT530A"},
+                                                               {2, "VKT610B"}, {4, "VKT630B"}, {5, "VKT631B"}};
     widget* selector = at("combo_box_ex_dev");
     ASSERT_EQ(combo_box_count_options(selector), static_cast<int>(expected.size()));
     for (const auto& [value, name] : expected) {
@@ -146,7 +146,11 @@ INSTANTIATE_TEST_SUITE_P(tabs, home_page_tab,
                                          tab_case{"VKT510A", "vkt510a_tab_button_change", "page_vkt510a_change"},
                                          tab_case{"VKT510A", "vkt510a_tab_button_spi", "page_vkt510a_spi"},
                                          tab_case{"VKT510A", "vkt510a_tab_button_uart", "page_vkt510a_uart"},
-                                         tab_case{"VKT510A", "vkt510a_tab_button_can", "page_vkt510a_can"}),
+                                         tab_case{"VKT510A", "vkt510a_tab_button_can", "page_vkt510a_can"},
+                                         tab_case{"VKT631B", "vkt610b_tab_button_change", "page_vkt610b_change"},
+                                         tab_case{"VKT631B", "vkt610b_tab_button_spi", "page_vkt610b_spi"},
+                                         tab_case{"VKT631B", "vkt610b_tab_button_uart", "page_vkt610b_uart"},
+                                         tab_case{"VKT631B", "vkt610b_tab_button_canfd", "page_vkt610b_canfd"}),
                          [](const auto& test) { return std::string(test.param.button); });
 
 TEST_F(home_page, choosing_the_a_model_makes_its_object_once_and_shows_only_its_widgets) {

@@ -169,7 +169,7 @@ TEST_F(progress_window, a_failed_read_or_write_returns_to_connected) {
     }
 }
 
-TEST_F(progress_window, a_failure_is_appended_to_the_error_log_as_it_stands) {
+TEST_F(progress_window, a_failure_is_appended_to_both_logs_as_it_stands) {
     session_fail_post(family::generic, "first\n\n", "一", 3);
     session_fail_post(family::generic, "second", "二", 3);
     settle();
@@ -180,6 +180,7 @@ TEST_F(progress_window, a_failure_is_appended_to_the_error_log_as_it_stands) {
             logged = file_text(entry.path());
         }
     EXPECT_THAT(logged, testing::EndsWith("first\n\nsecond"));
+    EXPECT_THAT(file_text(tree() / "log" / "p_v_info.txt"), testing::EndsWith("first\n\nsecond"));
 }
 
 TEST_F(progress_window, a_failure_report_without_its_parts_is_dropped) {

@@ -205,6 +205,82 @@ TEST_F(session_buttons, the_read_handlers_first_report_is_not_seen) {
     EXPECT_THAT(text(progress(), "label"), testing::StrEq("   读取配置状态"));
 }
 
+// Which old handles a handler lets go of before it starts its session.
+class old_handles : public session_buttons {
+  protected:
+    void SetUp() override {
+        app_test::SetUp();
+        for (session_context* of : {&session_of(family::generic), &session_of(family::a), &session_of(family::b)})
+            for (tk_thread** slot : {&of->connect_thread, &of->read_thread, &of->write_thread})
+                *slot = tk_thread_create([] { return 0u; });
+        session_of(family::generic).connected = true;
+    }
+    void TearDown() override {
+        for (session_context* of : {&session_of(family::generic), &session_of(family::a), &session_of(family::b)})
+            for (tk_thread** slot : {&of->connect_thread, &of->read_thread, &of->write_thread})
+                session_release_thread(slot);
+        app_test::TearDown();
+    }
+    static std::string kept() {
+        std::string names;
+        for (const auto& [name, of] : {std::pair{'g', family::generic}, {'a', family::a}, {'b', family::b}}) {
+            const session_context& c = session_of(of);
+            for (const auto& [kind, thread] :
+                 {std::pair{'c', c.connect_thread}, {'r', c.read_thread}, {'w', c.write_thread}})
+                if (thread != nullptr) names += std::string{name, kind, ' '};
+        }
+        return names;
+    }
+};
+
+// The model is one that starts nothing, so that what is left in the slots is what the handler left there.
+TEST_F(old_handles, connect_lets_go_of_every_connect_thread) {
+    widget_set_value_int(at("combo_box_ex_dev"), 99);
+    session_connect_pressed(home());
+    EXPECT_EQ(kept(), "gr gw ar aw br bw ");
+}
+
+TEST_F(old_handles, read_lets_go_of_the_generic_and_the_b_read_thread) {
+    set_current_model("VKT999");
+    session_read_pressed(home());
+    EXPECT_EQ(kept(), "gc gw ac ar aw bc bw ");
+}
+
+TEST_F(old_handles, write_lets_go_of_the_generic_write_and_the_b_connect_thread) {
+    set_current_model("VKT999");
+    session_write_pressed(home());
+    EXPECT_EQ(kept(), "gc gr ac ar aw br bw ");
+}
+
+struct first_step {
+    const char* name;
+    ret_t (*press)(widget*);
+    const char* step;
+    const char* status;
+};
+
+class first_steps : public session_buttons, public testing::WithParamInterface<first_step> {};
+
+TEST_P(first_steps, of_a_run) {
+    session_of(family::generic).connected = true;
+    set_current_model("VKT999"); // starts nothing: the first report is the last
+    widget_set_value_int(at("combo_box_ex_dev"), 99);
+    GetParam().press(home());
+    settle();
+    EXPECT_EQ(text(progress(), "label3"), GetParam().step);
+    EXPECT_EQ(text(progress(), "label"), GetParam().status);
+    EXPECT_EQ(widget_get_value_int(widget_lookup(progress(), "progress_bar")), 10);
+    EXPECT_FALSE(widget_get_visible(widget_lookup(progress(), "ok")));
+    EXPECT_EQ(buttons(), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    runs, first_steps,
+    testing::Values(first_step{"connect", session_connect_pressed, "开始连接.....", "   连接设备状态"},
+                    first_step{"read", session_read_pressed, "获取配置.....", "   读取配置状态"},
+                    first_step{"write", session_write_pressed, "获取配置.....", "   写配置状态"}),
+    [](const auto& test) { return std::string(test.param.name); });
+
 TEST_F(session_buttons, the_a_family_connects_reads_and_writes) {
     connect("VKT510A");
     EXPECT_EQ(module->count().firmware_reads, 1u);

@@ -2,6 +2,7 @@
 
 #include "toolkit/ravel/drive.h"
 #include "toolkit/ravel/ravel.h"
+#include "toolkit/ravel/window_manager.h"
 #include "toolkit/ravel/window_stack.h"
 
 #include <QCoreApplication>
@@ -45,6 +46,7 @@ std::string user_does(const std::string& script) {
     drive_play(script, {echo, [&](bool good) {
                             ended = true;
                             if (!good && failed.empty()) failed = "the script failed";
+                            if (!good) window_manager_back_to_home(window_manager()); // no dialog's loop stays
                             loop.quit();
                         }});
     if (!ended) loop.exec();

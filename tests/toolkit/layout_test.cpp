@@ -146,6 +146,116 @@ TEST_F(layouts, include_takes_content_and_keeps_the_outer_name) {
     EXPECT_NE(widget_child(win, "root"), nullptr) << "without a name of its own it takes the included one's";
 }
 
+class late_pages : public stage {
+  protected:
+    void SetUp() override {
+        stage::SetUp();
+        write_layout("page", ui_window(ui_widget("QLineEdit", "edit", "0 0 90 30") +
+                                       ui_widget("QSpinBox", "spin", "0 40 90 30")));
+        const std::string include = ui_dynamic("include", "page");
+        text_ =
+            ui_window(ui_widget("QLineEdit", "before", "0 0 90 30") +
+                      ui_widget("QStackedWidget", "pages", "0 40 300 200",
+                                ui_widget("QWidget", "p0", "", include) + ui_widget("QWidget", "p1", "", include)) +
+                      ui_widget("QLineEdit", "after", "0 250 90 30"));
+    }
+    /// Qt's own view of it, which builds nothing.
+    bool is_built(const char* page) const { return !qwidget_of(at(page))->children().isEmpty() && has_field(page); }
+    bool has_field(const char* page) const {
+        return qwidget_of(at(page))->findChild<QWidget*>(QStringLiteral("edit")) != nullptr;
+    }
+    std::string text_;
+};
+
+TEST_F(late_pages, only_the_shown_page_is_built_at_once) {
+    open(text_);
+    EXPECT_TRUE(is_built("p0"));
+    EXPECT_FALSE(is_built("p1"));
+    at("after");
+    EXPECT_EQ(widget_lookup(win, "before"), at("before"));
+    EXPECT_FALSE(is_built("p1")) << "found without it";
+}
+
+TEST_F(late_pages, showing_one_builds_and_shows_it) {
+    open(text_);
+    pages_set_active(at("pages"), 1);
+    settle();
+    ASSERT_TRUE(is_built("p1"));
+    widget* edit = widget_child(at("p1"), "edit");
+    EXPECT_TRUE(widget_get_visible(edit));
+    EXPECT_FALSE(covered_at(qwidget_of(edit), QPoint(5, 5)));
+    click(edit);
+    type("x");
+    EXPECT_EQ(widget_get_text_utf8(edit), "x");
+}
+
+TEST_F(late_pages, a_page_in_something_hidden_waits_until_that_is_shown) {
+    const std::string include = ui_dynamic("include", "page");
+    open(ui_window(ui_widget("QWidget", "box", "0 0 400 300",
+                             ui_flag("visible", false) + ui_widget("QStackedWidget", "pages", "0 40 300 200",
+                                                                   ui_widget("QWidget", "p0", "", include) +
+                                                                       ui_widget("QWidget", "p1", "", include)))));
+    EXPECT_FALSE(is_built("p0"));
+    pages_set_active(at("pages"), 1);
+    EXPECT_FALSE(is_built("p1"));
+    widget_set_visible(at("box"), true);
+    settle();
+    EXPECT_FALSE(is_built("p0"));
+    ASSERT_TRUE(is_built("p1"));
+    EXPECT_TRUE(widget_get_visible(widget_child(at("p1"), "edit")));
+    EXPECT_FALSE(covered_at(qwidget_of(widget_child(at("p1"), "edit")), QPoint(5, 5)));
+}
+
+TEST_F(late_pages, looking_into_one_builds_it) {
+    open(text_);
+    EXPECT_NE(widget_lookup(at("p1"), "spin"), nullptr);
+    EXPECT_TRUE(is_built("p1"));
+}
+
+TEST_F(late_pages, a_walk_visits_all_of_them) {
+    open(text_);
+    std::vector<std::string> names;
+    widget_foreach(win, [&names](widget* w) {
+        names.push_back(widget_name(w));
+        return RET_OK;
+    });
+    EXPECT_THAT(names, ElementsAre("before", "pages", "p0", "edit", "spin", "p1", "edit", "spin", "after"));
+}
+
+TEST_F(late_pages, the_tab_key_finds_their_fields_where_they_stand) {
+    open(text_);
+    pages_set_active(at("pages"), 1);
+    settle();
+    click(at("before"));
+    key("Tab");
+    EXPECT_TRUE(widget_get_focused(widget_lookup(at("p1"), "edit")));
+    key("Tab");
+    EXPECT_TRUE(widget_get_focused(widget_lookup(at("p1"), "spin")));
+    key("Tab");
+    EXPECT_TRUE(widget_get_focused(at("after")));
+    pages_set_active(at("pages"), 0);
+    click(at("before"));
+    key("Tab");
+    EXPECT_TRUE(widget_get_focused(widget_lookup(at("p0"), "edit")));
+}
+
+TEST_F(late_pages, a_missing_file_is_told_when_the_window_opens) {
+    write_layout("win", ui_window(ui_widget("QStackedWidget", "pages", "0 0 9 9",
+                                            ui_widget("QWidget", "p", "", ui_dynamic("include", "nowhere")))));
+    EXPECT_EQ(window_open("win"), nullptr);
+    EXPECT_THAT(window_open_error(), EndsWith("/ui/nowhere.ui:0: cannot be opened"));
+}
+
+TEST_F(late_pages, a_broken_one_is_told_in_the_log_and_stays_empty) {
+    std::string said;
+    open(text_);
+    write_layout("page", ui_window(ui_widget("QDial", "d", "")));
+    log_set_capture([](const std::string& line, void* to) { *static_cast<std::string*>(to) += line; }, &said);
+    EXPECT_EQ(widget_child(at("p1"), "edit"), nullptr);
+    log_set_capture(nullptr, nullptr);
+    EXPECT_THAT(said, EndsWith("/ui/page.ui:5: class \"QDial\" is not known here\n"));
+}
+
 TEST_F(layouts, include_renames_twins) {
     write_layout("channel",
                  ui_window(ui_widget("QLineEdit", "edit_ch1", "1 2 30 20") +

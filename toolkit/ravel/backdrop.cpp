@@ -10,12 +10,15 @@ namespace {
 constexpr int edge = 16; // pixels that stay free around a card
 }
 
-backdrop_widget::backdrop_widget(QWidget* parent, QWidget* card)
-    : QWidget(parent, Qt::SubWindow), card_(card), wanted_(card->property("layout_size").toSize()) {
+backdrop_widget::backdrop_widget(QWidget* parent) : QWidget(parent, Qt::SubWindow), card_(new QWidget(this)) {
     setAttribute(Qt::WA_StyledBackground);
+    card_->setAttribute(Qt::WA_StyledBackground);
     setProperty("class", "backdrop");
-    card->setParent(this);
-    for (QPushButton* button : card->findChildren<QPushButton*>()) {
+}
+
+void backdrop_widget::card_is_built() {
+    wanted_ = card_->property("layout_size").toSize();
+    for (QPushButton* button : card_->findChildren<QPushButton*>()) {
         if (button->isDefault()) default_ = button;
     }
 }

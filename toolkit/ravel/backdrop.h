@@ -9,7 +9,11 @@
 /// Fills its parent, takes all pointer input, keeps the card in its middle, and gives Enter and Esc their meaning.
 class backdrop_widget final : public QWidget {
   public:
-    backdrop_widget(QWidget* parent, QWidget* card);
+    /// Makes the card too, empty.
+    explicit backdrop_widget(QWidget* parent);
+    QWidget* card() const { return card_; }
+    /// To be called when the card has its content.
+    void card_is_built();
     /// Sizes the card by its layout and its content, and centres it.
     void place();
 

@@ -97,7 +97,7 @@ ret_t combo_box_append_option(widget* w, int32_t value, const char* text) {
         // Only the very first option of a list is shown by itself.
         if (!chosen && combo->count() > 1) combo->setCurrentIndex(-1);
     }
-    combo->refresh_popup();
+    combo->options_changed(true);
     forget_change(combo);
     return RET_OK;
 }
@@ -116,7 +116,7 @@ ret_t combo_box_set_options(widget* w, const std::vector<std::pair<int32_t, std:
         const bool first_list = rows_before == 0 && combo->count() > 0 && !combo->isEditable();
         combo->setCurrentIndex(first_list ? 0 : index_of_text(combo, shown));
     }
-    if (combo->count() != rows_before) combo->refresh_popup();
+    combo->options_changed(combo->count() != rows_before);
     forget_change(combo);
     return RET_OK;
 }

@@ -1,5 +1,6 @@
 // Page sets and scroll views.
 #include "toolkit/ravel/widget_class.h"
+#include "toolkit/ravel/window_stack.h"
 
 #include <QCoreApplication>
 #include <QLayout>
@@ -16,14 +17,21 @@ void settle(const scroll_widget* area) {
     if (content->layout() != nullptr) content->layout()->activate();
 }
 
+/// A page that is on screen once it is turned to is built before.
+ret_t turn_to(QStackedWidget* pages, int index) {
+    widget_state* page = state_of(pages->widget(index));
+    if (page != nullptr && pages->isVisibleTo(native_window())) page->complete_shown();
+    pages->setCurrentIndex(index);
+    return RET_OK;
+}
+
 } // namespace
 
 ret_t pages_set_active(widget* w, uint32_t index) {
     auto* pages = live_as<QStackedWidget>(w);
     if (pages == nullptr) return RET_BAD_PARAMS;
     if (index >= static_cast<uint32_t>(pages->count())) return RET_FAIL;
-    pages->setCurrentIndex(static_cast<int>(index));
-    return RET_OK;
+    return turn_to(pages, static_cast<int>(index));
 }
 
 ret_t pages_set_active_by_name(widget* w, const char* name) {
@@ -32,8 +40,7 @@ ret_t pages_set_active_by_name(widget* w, const char* name) {
     for (int i = 0; i < pages->count(); ++i) {
         const widget_state* page = state_of(pages->widget(i));
         if (page == nullptr || page->name != name) continue;
-        pages->setCurrentIndex(i);
-        return RET_OK;
+        return turn_to(pages, i);
     }
     return RET_FAIL;
 }

@@ -62,6 +62,11 @@ class widget_state final : public QObject {
     std::string type;
     widget_state* parent;
     std::vector<widget_state*> children; ///< in layout order
+    /// A page that nobody has seen or looked into yet: makes its content. Called through complete().
+    std::function<void()> build_later;
+    void complete();
+    /// Completes it and what will show below it; to be called before it is shown.
+    void complete_shown();
 
     // What the kinds remember between events.
     QString last_text;      ///< combo and spin box: text when handlers were last told; edit: text at focus
@@ -92,6 +97,7 @@ class widget_state final : public QObject {
     bool makes_own_clicks() const;
     const entry* find(uint32_t id) const;
 
+    const QMetaObject* const class_; ///< another one while the widget is being destroyed
     std::vector<entry> handlers_;
     QWidget* filtered_inner_ = nullptr;
 

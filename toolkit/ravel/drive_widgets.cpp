@@ -112,6 +112,8 @@ constexpr property_row property_rows[] = {
     {"enabled", [](const widget_state* s) { return flag(widget_get_enable(handle_of(s))); }},
     {"visible", [](const widget_state* s) { return flag(widget_get_visible(handle_of(s))); }},
     {"exists", [](const widget_state*) { return flag(true); }},
+    {"painted",
+     [](const widget_state* s) { return flag(native_window_painted() && widget_get_visible(handle_of(s))); }},
     {"options", options_text},
     {"option", options_text},
     {"count", count_text},

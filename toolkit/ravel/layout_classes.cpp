@@ -7,7 +7,6 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QStackedWidget>
 
 namespace {
 
@@ -45,7 +44,7 @@ constexpr layout_class basic_classes[] = {
     {"QLineEdit", nullptr, widget_kind::edit, nullptr, make<QLineEdit>},
     {"QCheckBox", "switch", widget_kind::check_switch, nullptr, make<switch_widget>},
     {"QCheckBox", nullptr, widget_kind::check_button, nullptr, make<check_widget>},
-    {"QStackedWidget", nullptr, widget_kind::pages, nullptr, make<QStackedWidget>},
+    {"QStackedWidget", nullptr, widget_kind::pages, nullptr, make<pages_widget>},
     {"QScrollArea", nullptr, widget_kind::scroll_view, nullptr, make<scroll_widget>},
     {"QScrollBar", nullptr, widget_kind::scroll_bar, nullptr, make<QScrollBar>},
     {"QProgressBar", nullptr, widget_kind::progress_bar, nullptr, make<QProgressBar>},

@@ -15,7 +15,7 @@ class layout_builder {
   public:
     layout_builder(QString file, int depth, const layout_builder* outer);
 
-    std::unique_ptr<QWidget> build_root(const QString& name);
+    widget_state* build_root(const QString& name);
     QWidget* build_widget(const ui_element& element, QWidget* parent, widget_state* parent_state);
 
     const QString& file() const { return file_; }
@@ -30,8 +30,9 @@ class layout_builder {
     const ui_element& root_widget(const ui_element& ui) const;
     void apply_properties(QWidget* w, const ui_element& element) const;
     void fill(QWidget* w, widget_state* state, const ui_element& element);
-    void add_child(QWidget* parent, widget_state* state, const ui_element& element);
+    void attach(QWidget* parent, QWidget* w) const;
     void include(QWidget* w, widget_state* state, const ui_element& element, const QString& name);
+    void fill_included(QWidget* w, widget_state* state, const std::vector<QString>& own_properties);
     void finish(const widget_state* root, const ui_element& ui) const;
     QWidget* named(const widget_state* root, const QString& name, int line) const;
     QString renamed(QString name) const;

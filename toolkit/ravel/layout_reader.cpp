@@ -1,15 +1,19 @@
 #include "toolkit/ravel/layout_reader.h"
 
+#include "toolkit/core/log.h"
 #include "toolkit/ravel/assets.h"
 #include "toolkit/ravel/layout_classes.h"
 #include "toolkit/ravel/layout_items.h"
 #include "toolkit/ravel/ui_value.h"
+#include "toolkit/ravel/window_stack.h"
 
 #include <QComboBox>
+#include <QFile>
 #include <QLabel>
 #include <QScrollArea>
 #include <QStackedWidget>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -24,6 +28,22 @@ QStringList style_words(const QString& file, const ui_element& element) {
 QString text_property(const QString& file, const ui_element& element, const char* name) {
     const ui_element* property = element.property(name);
     return property == nullptr ? QString() : ui_property_value(file, *property).toString();
+}
+/// Puts the fields of a page that was built late where the page stands in the order of the Tab key.
+void chain_focus_behind(QWidget* page) {
+    std::vector<QWidget*> fields;
+    for (QWidget* w = page->nextInFocusChain(); w != page; w = w->nextInFocusChain()) {
+        if (page->isAncestorOf(w) && w->focusPolicy() != Qt::NoFocus && w->focusProxy() == nullptr)
+            fields.push_back(w);
+    }
+    QWidget* before = page;
+    const Qt::FocusPolicy policy = page->focusPolicy();
+    page->setFocusPolicy(Qt::TabFocus); // setTabOrder knows only widgets that take the focus
+    for (QWidget* field : fields) {
+        QWidget::setTabOrder(before, field);
+        before = field;
+    }
+    page->setFocusPolicy(policy);
 }
 } // namespace
 
@@ -59,22 +79,25 @@ const ui_element& layout_builder::root_widget(const ui_element& ui) const {
     return *root;
 }
 
-std::unique_ptr<QWidget> layout_builder::build_root(const QString& name) {
+widget_state* layout_builder::build_root(const QString& name) {
     const ui_element ui = read_ui_file(file_);
     const ui_element& element = root_widget(ui);
     const QString class_name = element.attribute("class");
     if (class_name != u"QWidget" && class_name != u"QDialog")
         refuse(element.line, QStringLiteral("the root must be a QWidget or a QDialog, not a %1").arg(class_name));
     const bool dialog = class_name == u"QDialog";
-    std::unique_ptr<QWidget> root(find_layout_class(class_name, {})->make(nullptr));
-    apply_properties(root.get(), element);
+    QWidget* root = make_root(dialog);
+    std::unique_ptr<QWidget> shell(shell_of_root(root)); // goes when the layout is refused
+    apply_properties(root, element);
     if (!root->property("class").isValid()) root->setProperty("class", dialog ? "dialog" : "window");
-    widget_state* state = adopt_widget(root.get(), dialog ? widget_kind::dialog : widget_kind::window, name);
-    fill(root.get(), state, element);
+    widget_state* around = state_of(native_window());
+    widget_state* state = adopt_widget(root, dialog ? widget_kind::dialog : widget_kind::window, name, around);
+    fill(root, state, element);
     finish(state, ui);
     const QVariant esc = root->property("esc_closes");
     state->esc_closes = !esc.isValid() || esc.toBool();
-    return root;
+    shell.release();
+    return state;
 }
 
 void layout_builder::apply_properties(QWidget* w, const ui_element& element) const {
@@ -88,12 +111,15 @@ QWidget* layout_builder::build_widget(const ui_element& element, QWidget* parent
     const layout_class* row = find_layout_class(class_name, style_words(file_, element));
     if (row == nullptr || row->kind == widget_kind::dialog)
         refuse(element.line, QStringLiteral("class \"%1\" is not known here").arg(class_name));
-    std::unique_ptr<QWidget> made(row->make(parent));
+    auto* area = dynamic_cast<QScrollArea*>(parent);
+    if (area != nullptr && area->widget() != nullptr)
+        refuse(element.line, QStringLiteral("a scroll area holds one widget"));
+    std::unique_ptr<QWidget> made(row->make(area != nullptr ? area->viewport() : parent));
     QWidget* w = made.get();
     apply_properties(w, element);
-    const QString name = renamed(element.attribute("name"));
-    widget_state* state = adopt_widget(w, row->kind, name, parent_state, row->type);
+    widget_state* state = adopt_widget(w, row->kind, renamed(element.attribute("name")), parent_state, row->type);
     made.release(); // its parent owns it from here
+    attach(parent, w);
     fill(w, state, element);
     if (const ui_element* buddy = element.property("buddy"))
         buddies_.push_back({w, renamed(ui_property_value(file_, *buddy).toString()), buddy->line});
@@ -109,7 +135,7 @@ QWidget* layout_builder::build_widget(const ui_element& element, QWidget* parent
 void layout_builder::fill(QWidget* w, widget_state* state, const ui_element& element) {
     for (const ui_element& child : element.children) {
         if (child.tag == u"widget") {
-            add_child(w, state, child);
+            build_widget(child, w, state);
         } else if (child.tag == u"layout") {
             if (w->layout() != nullptr) refuse(child.line, QStringLiteral("a second layout"));
             layout_items(*this, w, state).build(child);
@@ -122,15 +148,10 @@ void layout_builder::fill(QWidget* w, widget_state* state, const ui_element& ele
     }
 }
 
-void layout_builder::add_child(QWidget* parent, widget_state* state, const ui_element& element) {
-    if (auto* pages = dynamic_cast<QStackedWidget*>(parent)) {
-        pages->addWidget(build_widget(element, parent, state));
-    } else if (auto* area = dynamic_cast<QScrollArea*>(parent)) {
-        if (area->widget() != nullptr) refuse(element.line, QStringLiteral("a scroll area holds one widget"));
-        area->setWidget(build_widget(element, parent, state));
-    } else {
-        build_widget(element, parent, state);
-    }
+/// Page sets and scroll areas take their children before these have any: moving a whole tree restyles all of it.
+void layout_builder::attach(QWidget* parent, QWidget* w) const {
+    if (auto* pages = dynamic_cast<QStackedWidget*>(parent)) pages->addWidget(w);
+    if (auto* area = dynamic_cast<QScrollArea*>(parent)) area->setWidget(w);
 }
 
 void layout_builder::include(QWidget* w, widget_state* state, const ui_element& element, const QString& name) {
@@ -142,21 +163,41 @@ void layout_builder::include(QWidget* w, widget_state* state, const ui_element& 
             refuse(element.line, QStringLiteral("rename wants \"from=to\", not \"%1\"").arg(pair));
         inner.renames_.emplace_back(sides[0].trimmed(), sides[1].trimmed());
     }
-    const ui_element ui = read_ui_file(inner.file_);
-    const ui_element& root = inner.root_widget(ui);
+    if (!QFile::exists(inner.file_)) refuse_layout(inner.file_, 0, QStringLiteral("cannot be opened"));
+    std::vector<QString> own;
+    for (const ui_element& property : element.children) own.push_back(property.attribute("name"));
+    const bool page = state->parent != nullptr && state->parent->kind == widget_kind::pages && !state->name.empty();
+    if (!page) return inner.fill_included(w, state, own);
+    state->build_later = [inner, w, state, own]() mutable {
+        const bool enabled_updates = w->updatesEnabled();
+        w->setUpdatesEnabled(false);
+        try {
+            inner.fill_included(w, state, own);
+            chain_focus_behind(w);
+        } catch (const layout_error& refused) {
+            log_write(LOG_LEVEL_ERROR, std::string(refused.what()) + "\n");
+        }
+        w->setUpdatesEnabled(enabled_updates);
+    };
+}
+
+/// What the including widget sets itself (`own`) the included root does not override.
+void layout_builder::fill_included(QWidget* w, widget_state* state, const std::vector<QString>& own) {
+    const ui_element ui = read_ui_file(file_);
+    const ui_element& root = root_widget(ui);
     if (root.attribute("class") != u"QWidget")
-        inner.refuse(root.line, QStringLiteral("the root of an included layout must be a QWidget"));
+        refuse(root.line, QStringLiteral("the root of an included layout must be a QWidget"));
     for (const ui_element& property : root.children) {
-        const bool own = property.tag == u"property" && property.attribute("name") != u"geometry" &&
-                         element.property(property.attribute("name").toLatin1().constData()) == nullptr;
-        if (own) apply_ui_property(inner.file_, w, property);
+        const QString name = property.attribute("name");
+        const bool taken = name == u"geometry" || std::find(own.begin(), own.end(), name) != own.end();
+        if (property.tag == u"property" && !taken) apply_ui_property(file_, w, property);
     }
     if (state->name.empty()) {
-        state->name = inner.renamed(root.attribute("name")).toStdString();
+        state->name = renamed(root.attribute("name")).toStdString();
         w->setObjectName(QString::fromStdString(state->name));
     }
-    inner.fill(w, state, root);
-    inner.finish(state, ui);
+    fill(w, state, root);
+    finish(state, ui);
 }
 
 QWidget* layout_builder::named(const widget_state* root, const QString& name, int line) const {
@@ -185,7 +226,7 @@ void layout_builder::finish(const widget_state* root, const ui_element& ui) cons
 widget_state* load_layout(const QString& name, std::string* error) {
     try {
         layout_builder builder(layout_path(name), 0, nullptr);
-        return state_of(builder.build_root(name).release());
+        return builder.build_root(name);
     } catch (const layout_error& refused) {
         if (error != nullptr) *error = refused.what();
         return nullptr;

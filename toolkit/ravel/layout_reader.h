@@ -4,8 +4,8 @@
 
 #include "toolkit/ravel/detail.h"
 
-/// Builds ui/NAME.ui of the theme: a window or dialog without a parent, named NAME, every widget of it known to the
-/// registry. Null when the file is missing or broken; `error` then tells "FILE:LINE: reason".
+/// Builds ui/NAME.ui of the theme: a window or dialog named NAME in a root of make_root, every widget of it known
+/// to the registry. Null when the file is missing or broken; `error` then tells "FILE:LINE: reason".
 widget_state* load_layout(const QString& name, std::string* error);
 
 /// Makes a widget class known to layouts (as a Designer custom widget of that class name). `make` gets the parent;

@@ -7,12 +7,12 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QStyleOptionComboBox>
 #include <QWheelEvent>
 
 combo_widget::combo_widget(QWidget* parent) : QComboBox(parent) {
     setFocusPolicy(Qt::StrongFocus);
     setInsertPolicy(QComboBox::NoInsert);
-    setSizeAdjustPolicy(QComboBox::AdjustToContents);
     setMaxVisibleItems(16);
 }
 
@@ -24,12 +24,36 @@ void combo_widget::wheelEvent(QWheelEvent* event) {
     }
 }
 
+QSize combo_widget::sizeHint() const {
+    if (hint_.isValid()) return hint_;
+    ensurePolished();
+    int width = fontMetrics().horizontalAdvance(QStringLiteral("00000"));
+    for (int row = 0; row < count(); ++row) width = std::max(width, fontMetrics().horizontalAdvance(itemText(row)));
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    const QSize content(width + 2, fontMetrics().height());
+    hint_ = style()->sizeFromContents(QStyle::CT_ComboBox, &option, content, this);
+    return hint_;
+}
+
+void combo_widget::options_changed(bool other_count) {
+    hint_ = QSize();
+    updateGeometry();
+    if (other_count) refresh_popup();
+}
+
+void combo_widget::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) hint_ = QSize();
+    QComboBox::changeEvent(event);
+}
+
 bool combo_widget::popup_is_open() const {
     // view() would create the list; before the first opening there is none.
     const QWidget* popup = QApplication::activePopupWidget();
     return popup != nullptr && popup->parentWidget() == this && popup->isVisible();
 }
 
+/// Shows an open list again, with the same row lit.
 void combo_widget::refresh_popup() {
     if (!popup_is_open() || count() == 0) return;
     const QModelIndex lit = view()->currentIndex();
@@ -49,6 +73,16 @@ void spin_widget::wheelEvent(QWheelEvent* event) {
 
 check_widget::check_widget(QWidget* parent) : QCheckBox(parent) {
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+}
+
+pages_widget::pages_widget(QWidget* parent) : QStackedWidget(parent) {
+    QObject::connect(this, &QStackedWidget::currentChanged, this, [this] { updateGeometry(); });
+}
+QSize pages_widget::sizeHint() const { return currentWidget() == nullptr ? QSize() : currentWidget()->sizeHint(); }
+QSize pages_widget::minimumSizeHint() const {
+    return currentWidget() == nullptr
+               ? QSize()
+               : currentWidget()->minimumSizeHint().expandedTo(currentWidget()->minimumSize());
 }
 
 scroll_widget::scroll_widget(QWidget* parent) : QScrollArea(parent) {

@@ -10,18 +10,28 @@
 #include <QPlainTextEdit>
 #include <QScrollArea>
 #include <QSpinBox>
+#include <QStackedWidget>
 #include <QTimer>
 
 /// A combo box that the wheel changes only while it has the focus, so that scrolling a page never edits a value.
 class combo_widget final : public QComboBox {
   public:
     explicit combo_widget(QWidget* parent);
-    /// Shows an open list again after its rows changed, with the same row lit.
-    void refresh_popup();
     bool popup_is_open() const;
+    /// As wide as the longest option. (Qt's own way of following the options builds the list of every combo box.)
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+    /// To be called after the options changed; with another number of rows an open list gets room for them.
+    void options_changed(bool other_count);
 
   protected:
     void wheelEvent(QWheelEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void refresh_popup();
+
+    mutable QSize hint_;
 };
 
 /// The same for a spin box.
@@ -45,6 +55,15 @@ class switch_widget final : public check_widget {
 
   protected:
     bool hitButton(const QPoint& at) const override { return rect().contains(at); }
+};
+
+/// Pages of which only the shown one counts for sizes, so that the others need no styling before they are shown.
+class pages_widget final : public QStackedWidget {
+  public:
+    explicit pages_widget(QWidget* parent);
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+    bool hasHeightForWidth() const override { return false; }
 };
 
 /// A scroll area without bars of its own: only scroll_view_set_offset (and the keyboard focus) moves it.

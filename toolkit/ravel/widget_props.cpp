@@ -64,8 +64,10 @@ ret_t write_property(widget* w, const char* name, const QVariant& value) {
 } // namespace
 
 ret_t widget_set_visible(widget* w, bool visible) {
-    const widget_state* state = live(w);
+    widget_state* state = live(w);
     if (state == nullptr) return RET_BAD_PARAMS;
+    const QWidget* around = state->w->parentWidget();
+    if (visible && around != nullptr && around->isVisibleTo(native_window())) state->complete_shown();
     state->w->setVisible(visible);
     return RET_OK;
 }

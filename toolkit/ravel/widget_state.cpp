@@ -82,7 +82,7 @@ widget_state* adopt_widget(QWidget* w, widget_kind kind, const QString& name, wi
 
 widget_state::widget_state(QWidget* own, widget_kind own_kind, const QString& own_name, widget_state* parent_state)
     : QObject(own), w(own), kind(own_kind), name(own_name.toStdString()), type(widget_kind_name(own_kind)),
-      parent(parent_state) {
+      parent(parent_state), class_(own->metaObject()) {
     w->setObjectName(own_name);
     registry()[w] = this;
     if (parent != nullptr) parent->children.push_back(this);
@@ -94,6 +94,17 @@ widget_state::~widget_state() {
     registry().erase(w);
     for (widget_state* child : children) child->parent = nullptr;
     if (parent != nullptr) std::erase(parent->children, this);
+}
+
+void widget_state::complete() {
+    if (build_later) std::exchange(build_later, nullptr)();
+}
+
+void widget_state::complete_shown() {
+    complete();
+    for (widget_state* child : std::vector<widget_state*>(children)) {
+        if (!child->w->isHidden()) child->complete_shown();
+    }
 }
 
 uint32_t widget_state::attach(event_type type_of, event_handler handler) {
@@ -187,6 +198,7 @@ void widget_state::on_focus_out(Qt::FocusReason reason) {
 }
 
 bool widget_state::eventFilter(QObject* watched, QEvent* what) {
+    if (w->metaObject() != class_) return false; // its destructor runs
     const QPointer<widget_state> self(this);
     switch (what->type()) {
     case QEvent::MouseButtonPress:

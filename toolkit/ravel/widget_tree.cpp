@@ -8,9 +8,32 @@
 
 namespace {
 
-/// Children as the tree walks see them; of the window manager its windows, topmost first.
-std::vector<widget_state*> children_of(const widget_state* state) {
+/// Children as they are built so far; of the window manager its windows, topmost first.
+std::vector<widget_state*> built_children(const widget_state* state) {
     return state->kind == widget_kind::window_manager ? stacked_windows_topmost_first() : state->children;
+}
+
+/// The same, all of them: a page that waited to be built is.
+std::vector<widget_state*> children_of(widget_state* state) {
+    state->complete();
+    return built_children(state);
+}
+
+widget_state* breadth_first(widget_state* top, const char* name, bool complete) {
+    const auto children = [complete](widget_state* state) {
+        return complete ? children_of(state) : built_children(state);
+    };
+    std::vector<widget_state*> level = children(top);
+    while (!level.empty()) {
+        std::vector<widget_state*> below;
+        for (widget_state* state : level) {
+            if (state->name == name) return state;
+            const std::vector<widget_state*> more = children(state);
+            below.insert(below.end(), more.begin(), more.end());
+        }
+        level = std::move(below);
+    }
+    return nullptr;
 }
 
 ret_t visit_below(widget_state* state, const std::function<ret_t(widget*)>& visit) {
@@ -31,8 +54,8 @@ ret_t visit_below(widget_state* state, const std::function<ret_t(widget*)>& visi
     return RET_OK;
 }
 
-void collect_named(const widget_state* state, std::vector<widget*>& found) {
-    for (const widget_state* child : children_of(state)) {
+void collect_named(widget_state* state, std::vector<widget*>& found) {
+    for (widget_state* child : children_of(state)) {
         if (child->name.empty()) {
             collect_named(child, found);
         } else {
@@ -45,23 +68,16 @@ void collect_named(const widget_state* state, std::vector<widget*>& found) {
 
 std::vector<widget*> named_children(const widget* parent) {
     std::vector<widget*> found;
-    if (const widget_state* state = live(parent)) collect_named(state, found);
+    if (widget_state* state = live(parent)) collect_named(state, found);
     return found;
 }
 
 widget* widget_lookup(widget* root, const char* name) {
-    const widget_state* top = live(root);
+    widget_state* top = live(root);
     if (top == nullptr || name == nullptr || *name == '\0') return nullptr;
-    std::vector<widget_state*> level = children_of(top);
-    while (!level.empty()) {
-        std::vector<widget_state*> below;
-        for (widget_state* state : level) {
-            if (state->name == name) return handle_of(state);
-            below.insert(below.end(), state->children.begin(), state->children.end());
-        }
-        level = std::move(below);
-    }
-    return nullptr;
+    // Pages that nobody has looked into yet are built only for a name that is nowhere else.
+    widget_state* found = breadth_first(top, name, false);
+    return handle_of(found != nullptr ? found : breadth_first(top, name, true));
 }
 
 widget* widget_child(widget* parent, const char* name) {

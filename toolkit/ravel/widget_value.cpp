@@ -78,10 +78,7 @@ ret_t set_progress_value(QWidget* w, int value) {
 }
 int value_of_pages(QWidget* w) { return static_cast<QStackedWidget*>(w)->currentIndex(); }
 ret_t set_pages_value(QWidget* w, int value) {
-    auto* pages = static_cast<QStackedWidget*>(w);
-    if (value < 0 || value >= pages->count()) return RET_FAIL;
-    pages->setCurrentIndex(value);
-    return RET_OK;
+    return value < 0 ? RET_FAIL : pages_set_active(handle_of(w), static_cast<uint32_t>(value));
 }
 int value_of_label(QWidget* w) { return tk_atoi(text_of_label(w).toUtf8().constData()); }
 ret_t set_label_value(QWidget* w, int value) { return set_label_text(w, QString::number(value)); }

@@ -17,10 +17,12 @@ namespace {
 class native_widget final : public QWidget {
   public:
     native_widget() : QWidget(nullptr) {}
+    bool painted = false;
 
   protected:
     void closeEvent(QCloseEvent* what) override;
     void resizeEvent(QResizeEvent* what) override;
+    void paintEvent(QPaintEvent*) override { painted = true; }
 };
 
 struct entry {
@@ -68,8 +70,9 @@ void focus_first(QWidget* win) {
 }
 
 void focus_into(entry& e) {
-    if (e.last_focus != nullptr && e.last_focus->isEnabled() && e.last_focus->isVisibleTo(stack.native)) {
-        e.last_focus->setFocus(Qt::OtherFocusReason);
+    QWidget* last = e.last_focus.data();
+    if (last != nullptr && last->isEnabled() && last->isVisibleTo(stack.native)) {
+        last->setFocus(Qt::OtherFocusReason);
         return;
     }
     QWidget* win = e.state->w;
@@ -121,6 +124,8 @@ void destroy_native_window() {
 
 QWidget* native_window() { return stack.native; }
 
+bool native_window_painted() { return stack.native != nullptr && stack.native->painted; }
+
 void show_native_window() {
     if (stack.native == nullptr || stack.native->isVisible() || stack.ended) return;
     stack.native->show();
@@ -141,17 +146,21 @@ QWidget* shell_of(const widget_state* state) {
 
 QWidget* top_input_window() { return stack.windows.empty() ? nullptr : stack.windows.back().state->w; }
 
+QWidget* make_root(bool dialog) {
+    // A subwindow to Qt: shortcuts and the Tab key stay inside the one that has the focus.
+    if (dialog) return (new backdrop_widget(stack.native))->card();
+    auto* root = new QWidget(stack.native, Qt::SubWindow);
+    root->setAttribute(Qt::WA_StyledBackground);
+    return root;
+}
+
+QWidget* shell_of_root(QWidget* root) { return root->parentWidget() == stack.native ? root : root->parentWidget(); }
+
 void push_window(widget_state* state) {
     if (!stack.windows.empty()) keep_focus(stack.windows.back());
-    state->parent = stack.root;
-    stack.root->children.push_back(state);
-    QWidget* shell = state->w;
-    if (state->kind == widget_kind::dialog) {
-        shell = new backdrop_widget(stack.native, state->w);
-        state->w->show();
-    } else {
-        shell->setParent(stack.native, Qt::SubWindow);
-    }
+    QWidget* shell = shell_of_root(state->w);
+    if (auto* backdrop = dynamic_cast<backdrop_widget*>(shell)) backdrop->card_is_built();
+    state->complete_shown(); // before the first layout
     stack.windows.push_back({state, shell, nullptr});
     shell->setGeometry(stack.native->rect());
     shell->show();

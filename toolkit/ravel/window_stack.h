@@ -16,9 +16,15 @@ void create_native_window(int width, int height, const QString& title);
 void destroy_native_window();
 /// The native window; null before tk_init and after tk_exit.
 QWidget* native_window();
+/// Whether the native window has been painted since it was made.
+bool native_window_painted();
 void show_native_window();
 
 std::vector<widget_state*> stacked_windows_topmost_first();
+/// Makes an empty, hidden root inside the native window for a layout to fill. Destroying its shell_of_root undoes
+/// it.
+QWidget* make_root(bool dialog);
+QWidget* shell_of_root(QWidget* root);
 /// Puts a window or dialog that was just built on top of the stack and shows it.
 void push_window(widget_state* state);
 /// Takes a window off the stack; a modal dialog's loop ends with `code`. It is destroyed once nothing can be using

@@ -1,0 +1,209 @@
+#include "dev_b/pages/bps_calculator.h"
+
+#include "dev_b/pages/bps_error.h"
+#include "dev_b/pages/bps_form.h"
+#include "dev_b/pages/vkt610b_code_view.h"
+#include "toolkit/core/text.h"
+#include "toolkit/ravel/window_manager.h"
+#include "toolkit/table_view/table_view.h"
+
+#include <memory>
+
+namespace {
+
+constexpr int clock_mhz = 200;
+
+struct calculator {
+    widget* dialog;
+    int channel;
+    std::array<bps_phase, 2> phases;
+    std::array<timing_list, 2> lists;
+
+    const bps_phase& of(timing_phase phase) const { return phases[timing_at(phase)]; }
+};
+using calculator_ptr = std::shared_ptr<calculator>;
+
+// ---- what shows
+
+/// Rate and sample point of what stands in the edits, marked when they are what was chosen and typed.
+void show_result(const calculator& c, timing_phase phase) {
+    const bps_phase& at = c.of(phase);
+    const timing_edits edits = bps_edits_read(at);
+    const timing_values values = timing_values_of(edits);
+    const int32_t code = widget_get_value_int(at.divider);
+    const uint64_t divider = code < 0 ? 0 : static_cast<uint64_t>(code) + 2;
+    if (divider == 0 || !values.all_set()) {
+        widget_set_style_state(at.result, "");
+        widget_set_text_utf8(at.result, "计算值：—");
+        return;
+    }
+    const bool good = timing_phase_valid(static_cast<uint32_t>(divider), values, widget_get_value_int(at.rate),
+                                         timing_number(edits.sample_point));
+    const std::string percent = timing_percent_text(timing_fraction(values) * 100);
+    widget_set_style_state(at.result, good ? "ok" : "warning");
+    widget_set_text_utf8(
+        at.result,
+        tk_format("计算值：%u kbit/s，采样点 %s %%", timing_rate_kbit(divider, values), percent.c_str()).c_str());
+}
+
+void show_clock(const calculator& c) {
+    const int32_t code = widget_get_value_int(c.of(timing_phase::nominal).divider);
+    const std::string text = code < 0 ? "时间份额时钟 —" : tk_format("时间份额时钟 %d MHz", clock_mhz / (code + 2));
+    const std::string name = tk_format("canfd%d_label1_clock_c_vkt610b", c.channel);
+    widget_set_text_utf8(widget_lookup(c.dialog, name.c_str()), text.c_str());
+}
+
+void rebuild(calculator& c, timing_phase phase) {
+    const bps_phase& at = c.of(phase);
+    timing_list& list = c.lists[timing_at(phase)];
+    const int64_t divider = int64_t{widget_get_value_int(at.divider)} + 2;
+    const std::string path =
+        timing_list_path(timing_list_folder(), c.channel, phase, divider, widget_get_value_int(at.rate));
+    timing_list_read(path, timing_filter_of(bps_edits_read(at)), &list);
+    table_client_set_rows(at.list, static_cast<uint32_t>(list.size()));
+    widget_set_text_utf8(at.count, tk_format("候选 %zu 条，单击一条填入左侧", list.size()).c_str());
+    show_result(c, phase);
+}
+
+// ---- the candidate list
+
+ret_t show_item(const calculator& c, timing_phase phase, uint32_t index, widget* row) {
+    const timing_list& list = c.lists[timing_at(phase)];
+    if (index >= list.size()) return RET_FAIL;
+    const std::string_view line = list.line(index);
+    widget* item = widget_lookup(row, "item");
+    widget_set_prop_str(item, "tips", std::string(line).c_str());
+    const auto candidate = timing_line_parse(line);
+    return widget_set_text_utf8(item, candidate ? timing_item_text(*candidate).c_str() : "");
+}
+
+/// Fills the edits and leaves the list as it is: one may choose on.
+ret_t choose_item(const calculator& c, timing_phase phase, int64_t index) {
+    const timing_list& list = c.lists[timing_at(phase)];
+    if (index < 0 || index >= static_cast<int64_t>(list.size())) return RET_FAIL;
+    const auto candidate = timing_line_parse(list.line(static_cast<std::size_t>(index)));
+    if (!candidate) return RET_FAIL;
+    const bps_phase& at = c.of(phase);
+    const std::pair<widget*, std::size_t> fields[] = {
+        {at.brp, 0}, {at.tseg1, 1}, {at.tseg2, 2}, {at.sample_point, 4}};
+    for (const auto& [edit, field] : fields)
+        widget_set_text_utf8(edit, std::string(candidate->fields[field]).c_str());
+    show_result(c, phase);
+    return RET_OK;
+}
+
+void attach_list(const calculator_ptr& c, timing_phase phase) {
+    widget* list = c->of(phase).list;
+    table_client_set_on_load_data(
+        list, [c, phase](uint32_t index, widget* row) { return show_item(*c, phase, index, row); });
+    table_client_set_on_create_row(list, [c, phase](uint32_t, widget* row) {
+        widget_on(widget_lookup(row, "item"), event_type::click,
+                  [c, phase, row](const event&) { return choose_item(*c, phase, table_row_index(row)); });
+        return RET_OK;
+    });
+}
+
+// ---- what the user does
+
+ret_t change_divider(calculator& c, timing_phase phase) {
+    if (phase == timing_phase::nominal) {
+        const int32_t code = widget_get_value_int(c.of(timing_phase::nominal).divider);
+        widget_set_value_int(c.of(timing_phase::data).divider, code);
+        show_clock(c);
+        rebuild(c, timing_phase::nominal);
+    }
+    rebuild(c, timing_phase::data);
+    return RET_OK;
+}
+
+ret_t change_rate(calculator& c, timing_phase phase) {
+    const int32_t rate = widget_get_value_int(c.of(phase).rate);
+    const ret_t result =
+        vkt610b_change_store([&](tk_object* props) { return timing_store_rate(props, c.channel, phase, rate); });
+    rebuild(c, phase);
+    return result;
+}
+
+uint8_t bus_mode(int channel) {
+    const tk_lock hold(vkt610b_mutex());
+    return timing_bus_mode(vkt610b_props(), channel);
+}
+
+ret_t press_ok(const calculator& c) {
+    const timing_form form = bps_form_read(c.dialog, c.channel);
+    const uint8_t mode = bus_mode(c.channel);
+    if (timing_valid(form, mode)) {
+        vkt610b_change_store([&](tk_object* props) { return timing_store(props, c.channel, form, mode); });
+        return dialog_quit(c.dialog, 0);
+    }
+    return bps_error_ask() == bps_error_stored ? dialog_quit(c.dialog, bps_error_stored) : RET_OK;
+}
+
+void attach_phase(const calculator_ptr& c, timing_phase phase) {
+    const bps_phase& at = c->of(phase);
+    for (const auto& option : timing_dividers) combo_box_append_option(at.divider, option.value, option.text);
+    for (const auto& option : timing_rates(phase)) combo_box_append_option(at.rate, option.value, option.text);
+    widget_on(at.divider, event_type::value_changed,
+              [c, phase](const event&) { return change_divider(*c, phase); });
+    widget_on(at.rate, event_type::value_changed, [c, phase](const event&) { return change_rate(*c, phase); });
+    for (widget* edit : at.edits())
+        widget_on(edit, event_type::value_changing, [c, phase](const event&) {
+            rebuild(*c, phase);
+            return RET_OK;
+        });
+    attach_list(c, phase);
+}
+
+void attach(const calculator_ptr& c) {
+    for (const auto phase : timing_phases) attach_phase(c, phase);
+    const auto button = [&](const char* name) {
+        return widget_lookup(c->dialog, tk_format("canfd%d_%s", c->channel, name).c_str());
+    };
+    widget_on(button("ok"), event_type::click, [c](const event&) { return press_ok(*c); });
+    widget_on(button("back"), event_type::click, [c](const event&) { return dialog_quit(c->dialog, 0); });
+}
+
+// ---- opening
+
+void load_phase(const bps_phase& at, const timing_loaded& loaded) {
+    widget_set_value_int(at.divider, loaded.divider_code);
+    widget_set_value_int(at.rate, loaded.rate);
+    widget_set_text_utf8(at.brp, std::to_string(loaded.values.brp).c_str());
+    widget_set_text_utf8(at.tseg1, std::to_string(loaded.values.tseg1).c_str());
+    widget_set_text_utf8(at.tseg2, std::to_string(loaded.values.tseg2).c_str());
+    widget_set_text_utf8(at.sample_point, loaded.sample_point.c_str());
+}
+
+void enable_data(const bps_phase& data, bool on) {
+    for (widget* w : {data.divider, data.rate, data.list}) widget_set_enable(w, on);
+    for (widget* w : data.edits()) widget_set_enable(w, on);
+}
+
+void load(const calculator& c) {
+    const timing_opening opening = [&] {
+        const tk_lock hold(vkt610b_mutex());
+        return timing_open(vkt610b_props(), c.channel);
+    }();
+    for (const auto phase : timing_phases) {
+        const auto i = timing_at(phase);
+        widget_set_value_int(c.phases[i].divider, opening.divider_word);
+        if (opening.rate[i]) widget_set_value_int(c.phases[i].rate, *opening.rate[i]);
+        if (opening.loaded[i]) load_phase(c.phases[i], *opening.loaded[i]);
+    }
+    enable_data(c.of(timing_phase::data), opening.data_enabled);
+}
+
+} // namespace
+
+uint32_t bps_calculator_open(int channel) {
+    if (vkt610b_mutex() == nullptr) return 0;
+    widget* dialog = window_open(bps_window_name(channel));
+    if (dialog == nullptr) return 0;
+    const auto c = std::make_shared<calculator>(calculator{dialog, channel, {}, {}});
+    for (const auto phase : timing_phases) c->phases[timing_at(phase)] = bps_phase_find(dialog, channel, phase);
+    attach(c);
+    load(*c);
+    show_clock(*c);
+    for (const auto phase : timing_phases) rebuild(*c, phase);
+    return dialog_modal(dialog);
+}

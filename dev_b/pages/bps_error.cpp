@@ -1,0 +1,34 @@
+#include "dev_b/pages/bps_error.h"
+
+#include "dev_b/pages/bps_form.h"
+#include "dev_b/pages/vkt610b_code_view.h"
+#include "toolkit/core/log.h"
+#include "toolkit/core/text.h"
+#include "toolkit/ravel/window_manager.h"
+
+namespace {
+
+void store_forced() {
+    const char* name = bps_window_name(1);
+    widget* calculator = widget_child(window_manager(), name);
+    if (calculator == nullptr) {
+        log_write(LOG_LEVEL_ERROR, tk_format("%s is not open, no bit timing stored\n", name));
+        return;
+    }
+    const timing_form form = bps_form_read(calculator, 1);
+    vkt610b_change_store([&form](tk_object* props) { return timing_store_forced(props, form); });
+}
+
+} // namespace
+
+uint32_t bps_error_ask() {
+    widget* dialog = window_open("bps_do_error");
+    if (dialog == nullptr) return bps_error_back;
+    widget_on(widget_lookup(dialog, "canfd1_no"), event_type::click,
+              [dialog](const event&) { return dialog_quit(dialog, bps_error_back); });
+    widget_on(widget_lookup(dialog, "canfd1_ok"), event_type::click, [dialog](const event&) {
+        store_forced();
+        return dialog_quit(dialog, bps_error_stored);
+    });
+    return dialog_modal(dialog);
+}

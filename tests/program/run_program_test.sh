@@ -1,0 +1,157 @@
+#!/bin/bash
+# run_program_test.sh SCRIPT STAGE [OUT]: plays a driver script in the real program, against simulated modules, in a
+# tree of its own and on a virtual display of its own (on the offscreen platform where there is none).
+#
+# STAGE is the build's stage folder (bin/, res/, tools/). What is left goes to OUT if it is given. Lines of the script
+# that start with #! say what the run needs and what must come out of it:
+#   #! sim ARGUMENTS       vkt_sim's arguments (COM7=VKT531A ...); without this line no module runs
+#   #! arguments TEXT      the program's arguments (1280 750); VKT_PROGRAM_ARGUMENTS overrides them
+#   #! env NAME=VALUE      for the program
+#   #! before COMMAND      shell command, run in the fresh tree's bin/ before the program starts; a process that it
+#                          leaves in the background ends with the test
+#   #! on "TEXT" COMMAND   vkt_sim command, given when the program first prints TEXT
+#   #! status N            the program's exit status (0)
+#   #! prints TEXT         the program must print TEXT
+#   #! module TEXT         a line of vkt_sim's report must be TEXT
+#   #! not-module TEXT     no line of vkt_sim's report may begin with TEXT
+#   #! ends-within MS      from the first "ok ... close" to the program's end (1500)
+#   #! allow-conditions    failed preconditions may be logged
+set -u
+script=$(readlink -f "$1")
+stage=$(readlink -f "$2")
+limit_s=${VKT_PROGRAM_TEST_LIMIT:-100}
+
+tree=$(mktemp -d /tmp/vkt_program.XXXXXX)
+out=${3:-}
+sim=''
+display=''
+children=()
+
+# shellcheck disable=SC2317 # called by the trap
+finish() {
+    exec 5>&-
+    for child in "${children[@]}" $sim $display; do kill "$child" 2>/dev/null; done
+    for child in "${children[@]}" $sim $display; do wait "$child" 2>/dev/null; done
+    if [ -n "$out" ]; then
+        mkdir -p "$out" && cp -r "$tree"/shots/. "$tree"/*.txt "$out" 2>/dev/null
+    fi
+    rm -rf "$tree"
+}
+trap finish EXIT
+problems=0
+problem() {
+    echo "PROBLEM: $*"
+    problems=$((problems + 1))
+}
+# directive NAME: the values of all lines of that name.
+directive() { sed -n "s/^#! $1\( \(.*\)\)\?\$/\2/p" "$script"; }
+now_ms() { echo $(($(date +%s%N) / 1000000)); }
+# wait_for SECONDS COMMAND...: until the command succeeds.
+wait_for() {
+    local end=$(($(now_ms) + $1 * 1000))
+    shift
+    until "$@"; do
+        [ "$(now_ms)" -lt $end ] || return 1
+        sleep 0.02
+    done
+}
+
+# ---- the tree ---------------------------------------------------------------------------------------------------------
+mkdir -p "$tree/stage/bin" "$tree/stage/log" "$tree/shots"
+cp -rL "$stage/res" "$tree/stage/res"
+[ -d "$stage/tools" ] && ln -s "$stage/tools" "$tree/stage/tools"
+cd "$tree/stage/bin" || exit 2
+export XDG_RUNTIME_DIR=$tree
+unset VKT_COM_PORTS VKT_COM_FAULT VKT_DEBUGGER_LOG
+
+# ---- display ----------------------------------------------------------------------------------------------------------
+if command -v Xvfb >/dev/null; then
+    Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$tree/display.txt" 2>/dev/null &
+    display=$!
+    wait_for 20 grep -q . "$tree/display.txt" || { echo "no virtual display" && exit 2; }
+    DISPLAY=:$(head -1 "$tree/display.txt")
+    export DISPLAY QT_QPA_PLATFORM=xcb
+else
+    export QT_QPA_PLATFORM=offscreen
+fi
+
+# ---- modules ----------------------------------------------------------------------------------------------------------
+arguments=$(directive sim)
+if [ -n "$arguments" ]; then
+    mkfifo "$tree/commands"
+    # shellcheck disable=SC2086 # a list of words
+    "$stage/bin/vkt_sim" $arguments --links "$tree/ports" --report "$tree/report.txt" \
+        <"$tree/commands" >"$tree/modules.txt" 2>&1 &
+    sim=$!
+    exec 5>"$tree/commands"
+    wait_for 20 grep -q '^VKT_COM_PORTS=' "$tree/modules.txt" || { cat "$tree/modules.txt" && exit 2; }
+    VKT_COM_PORTS=$(sed -n 's/^VKT_COM_PORTS=//p' "$tree/modules.txt")
+    export VKT_COM_PORTS
+fi
+
+# ---- the program ------------------------------------------------------------------------------------------------------
+export VKT_DRIVE=$script
+mapfile -t environment < <(directive env)
+for setting in "${environment[@]}"; do export "${setting?}"; done
+mapfile -t commands < <(directive before)
+for command in "${commands[@]}"; do eval "$command"; done
+for job in $(jobs -p); do
+    [ "$job" = "$sim" ] || [ "$job" = "$display" ] || children+=("$job")
+done
+
+mapfile -t reactions < <(directive on)
+# Prints what the program prints, and gives the modules their commands.
+follow() {
+    local line reaction text
+    while IFS= read -r line; do
+        printf '%s\n' "$line"
+        [ -s "$tree/close_ms" ] || case $line in "ok   "*" close") now_ms >"$tree/close_ms" ;; esac
+        for i in "${!reactions[@]}"; do
+            reaction=${reactions[$i]#\"}
+            text=${reaction%%\"*}
+            if [[ $line == *"$text"* ]]; then
+                printf '%s\n' "${reaction#*\" }" >&5
+                unset "reactions[$i]"
+            fi
+        done
+    done
+}
+arguments=${VKT_PROGRAM_ARGUMENTS:-$(directive arguments)}
+# shellcheck disable=SC2086 # a list of words
+timeout "$limit_s" "$stage/bin/VKTCfgTools" ${arguments:-1280 750} \
+    > >(follow >"$tree/output.txt") 2>"$tree/errors.txt"
+status=$?
+ended_ms=$(now_ms)
+wait $! # the follower: everything printed is in the file
+cat "$tree/output.txt" "$tree/errors.txt"
+
+if [ -n "$sim" ]; then
+    kill -TERM "$sim"
+    wait "$sim" || problem "vkt_sim ended with status $?"
+    sim=''
+fi
+
+# ---- what came out ------------------------------------------------------------------------------------------------------
+expected=$(directive status)
+[ "$status" = "${expected:-0}" ] || problem "the program ended with status $status, expected ${expected:-0}"
+while IFS= read -r text; do
+    cat "$tree/output.txt" "$tree/errors.txt" | grep -qF -- "$text" || problem "the program did not print: $text"
+done < <(directive prints)
+while IFS= read -r text; do
+    grep -qxF -- "$text" "$tree/report.txt" || problem "not in the modules' report: $text"
+done < <(directive module)
+while IFS= read -r text; do
+    grep -q "^$text" "$tree/report.txt" && problem "in the modules' report: $text"
+done < <(directive not-module)
+if [ -s "$tree/close_ms" ]; then
+    took=$((ended_ms - $(cat "$tree/close_ms")))
+    limit=$(directive ends-within)
+    [ "$took" -le $((${limit:-1500} * ${VKT_PROGRAM_TEST_SLOWNESS:-1})) ] ||
+        problem "the program needed $took ms to end"
+fi
+if ! grep -q '^#! allow-conditions' "$script" && grep -E 'condition\(.*\) failed|off the GUI thread' "$tree/output.txt"; then
+    problem "a precondition failed"
+fi
+if [ "$status" = 0 ] && [ -s "$tree/stage/log/p_v_info.txt" ]; then problem "the session log was not emptied"; fi
+if [ "$problems" -gt 0 ] && [ -s "$tree/report.txt" ]; then cat "$tree/modules.txt" "$tree/report.txt"; fi
+exit $((problems > 0))
