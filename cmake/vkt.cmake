@@ -55,6 +55,10 @@ function(vkt_test name)
     target_link_libraries(${name} PRIVATE ${A_LINK} vkt_flags vkt_gtest)
     target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <functional> <string> <vector>)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${A_DIR})
+    set(labels)
+    if(A_LABELS) # an empty value would be lost on the way and take the next property's name for itself
+        set(labels LABELS "${A_LABELS}")
+    endif()
     gtest_discover_tests(${name} TEST_PREFIX "${A_DIR}/" WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${A_DIR}
-        DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 120 LABELS "${A_LABELS}" ${A_PROPERTIES})
+        DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 120 ${labels} ${A_PROPERTIES})
 endfunction()

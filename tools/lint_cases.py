@@ -58,6 +58,8 @@ REFUSED = [
     ("machine-path", "docs/a.md", "in `/ho" "me/someone`"),
     ("registry", "packages.txt", "https://de" "b.debian.org/debian"),
     ("registry", "docs/a.md", "PyP" "I.org"),
+    ("script", "run.sh", "#!/ bin / bash"),
+    ("script", "tools/a", "#!/bin/bash\nif true; do"),
     ("machinery", "docs/a.md", "made by a sub" "agent"),
     ("machinery", "docs/a.md", "an LL" "M"),
 ]
@@ -79,6 +81,8 @@ PASSED = [
     ("tests/toolkit/a.cpp", "QTest::qWa" "itFor(done, 1000); asleep(1); wait_for(x);"),
     ("tests/program/a.sh", "mktemp -d out.XXXXXX # no sleep here"),
     ("tests/program/a.sh", "until test -s out; do sleep 0.02; done"),
+    ("tools/a", "#!/usr/bin/env python3\nif True: pass"),
+    ("tests/program/a.drive", "#! sim COM7=VKT531A"),
     ("app/a.cpp", "// the serial session; a part of the page; parts 1 and 2 of a frame; an issue with ports"),
     ("res/default/styles/a.qss", "color: #123456;"),
     ("docs/a.md", "ISO 11898-1 is the public standard; the helper program; /dev/ttyS0; ../work/x; network/"),

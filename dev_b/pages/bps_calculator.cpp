@@ -61,7 +61,10 @@ void rebuild(calculator& c, timing_phase phase) {
         timing_list_path(timing_list_folder(), c.channel, phase, divider, widget_get_value_int(at.rate));
     timing_list_read(path, timing_filter_of(bps_edits_read(at)), &list);
     table_client_set_rows(at.list, static_cast<uint32_t>(list.size()));
-    widget_set_text_utf8(at.count, tk_format("候选 %zu 条，单击一条填入左侧", list.size()).c_str());
+    table_client_show_row(at.list, 0); // the best candidates stand first
+    const std::string count =
+        list.size() == 0 ? "没有候选" : tk_format("候选 %zu 条，单击一条填入左侧", list.size());
+    widget_set_text_utf8(at.count, count.c_str());
     show_result(c, phase);
 }
 
@@ -203,6 +206,7 @@ uint32_t bps_calculator_open(int channel) {
     for (const auto phase : timing_phases) c->phases[timing_at(phase)] = bps_phase_find(dialog, channel, phase);
     attach(c);
     load(*c);
+    widget_set_text_utf8(widget_lookup(dialog, "bps_title"), tk_format("CANFD%d 位定时", channel).c_str());
     show_clock(*c);
     for (const auto phase : timing_phases) rebuild(*c, phase);
     return dialog_modal(dialog);

@@ -41,6 +41,10 @@ struct world {
             fs::create_symlink(fs::canonical(entry.path()),
                                tree / "res" / "default" / "ui" / entry.path().filename());
         fs::current_path(tree / "bin");
+        // Once, before any worker reads them.
+        session_timing& timing = session_timing_get();
+        timing.mode_step_ms = 2;
+        timing.port = {100, 0, 3000, 500, 1000};
         log_set_capture([](const std::string& text, void* context) { static_cast<world*>(context)->hear(text); },
                         this);
         log_set_log_level(LOG_LEVEL_DEBUG);
@@ -98,7 +102,14 @@ void sessions_reset() {
 } // namespace
 
 fs::path app_test::tree() { return the_world().tree; }
-std::string& app_test::said() { return the_world().said; }
+std::string app_test::said() {
+    const std::lock_guard hold(the_world().lock);
+    return the_world().said;
+}
+void app_test::said_clear() {
+    const std::lock_guard hold(the_world().lock);
+    the_world().said.clear();
+}
 
 bool app_test::wait(const std::function<bool()>& done) { return user_wait(done, patience_ms); }
 
@@ -116,14 +127,10 @@ void app_test::SetUp() {
     com::fault_clear();
     com::resume_all();
     date_time_set_test_clock(&fixed_time);
-    session_timing& timing = session_timing_get();
-    timing = {};
-    timing.mode_step_ms = 2;
-    timing.port = {100, 0, 400, 500, 1000};
     dev_set(family::a, nullptr);
     dev_set(family::b, nullptr);
     if (config_store() != nullptr) defaults_write(family::generic, config_store());
-    the_world().said.clear();
+    said_clear();
     open_home();
     settle();
 }

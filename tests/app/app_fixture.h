@@ -57,7 +57,8 @@ class app_test : public ::testing::Test {
     void connect(const std::string& model = "VKT531A");
 
     /// What was written to the log and the console since the test began.
-    static std::string& said();
+    static std::string said();
+    static void said_clear();
     /// From the next loop on: waits for the message window, keeps its text, presses its "ok".
     void answer_message();
     std::string message_seen;

@@ -170,7 +170,7 @@ TEST_F(home_page, choosing_the_a_model_makes_its_object_once_and_shows_only_its_
     pick("combo_box_ex_dev", "VKT530A");
     EXPECT_TRUE(visible("view10") && visible("code_mode"));
     EXPECT_FALSE(visible("vkt510a_view_1") || visible("code_mode_vkt510a"));
-    said().clear();
+    said_clear();
     pick("combo_box_ex_dev", "VKT510A");
     EXPECT_EQ(dev_get(family::a), made);
     EXPECT_EQ(said(), "开始初始化\n");

@@ -270,7 +270,8 @@ TEST_P(first_steps, of_a_run) {
     EXPECT_EQ(text(progress(), "label3"), GetParam().step);
     EXPECT_EQ(text(progress(), "label"), GetParam().status);
     EXPECT_EQ(widget_get_value_int(widget_lookup(progress(), "progress_bar")), 10);
-    EXPECT_FALSE(widget_get_visible(widget_lookup(progress(), "ok")));
+    // Nothing runs, so the window can be left.
+    EXPECT_TRUE(widget_get_visible(widget_lookup(progress(), "ok")));
     EXPECT_EQ(buttons(), "");
 }
 

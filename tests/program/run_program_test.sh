@@ -61,7 +61,8 @@ mkdir -p "$tree/stage/bin" "$tree/stage/log" "$tree/shots"
 cp -rL "$stage/res" "$tree/stage/res"
 [ -d "$stage/tools" ] && ln -s "$stage/tools" "$tree/stage/tools"
 cd "$tree/stage/bin" || exit 2
-export XDG_RUNTIME_DIR=$tree
+# No message bus: the run depends on nothing of the desktop it is started from.
+export XDG_RUNTIME_DIR=$tree DBUS_SESSION_BUS_ADDRESS=disabled: NO_AT_BRIDGE=1
 unset VKT_COM_PORTS VKT_COM_FAULT VKT_DEBUGGER_LOG
 
 # ---- display ----------------------------------------------------------------------------------------------------------

@@ -1,33 +1,39 @@
-#!/ bin / bash
-#Tests of the scripts : tools / compare_frame, scripts / install.sh, and what test.sh makes of ctest's words.
-#Prints every case that went wrong; the last line is "N passed, N failed".
-set - u cd "$(dirname " $0 ")/../.." || exit 2 work = $(mktemp - d) trap 'rm -rf "$work"' EXIT passed = 0 failed = 0
+#!/bin/bash
+# Tests of the scripts: tools/compare_frame, scripts/install.sh, and what test.sh makes of ctest's words.
+# Prints every case that went wrong; the last line is "N passed, N failed".
+set -u
+cd "$(dirname "$0")/../.." || exit 2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+passed=0 failed=0
 
-#expect STATUS TEXT COMMAND... : the exit status, and a text that stands in the output("" for an output of nothing).
-    expect() {
-    local status = $1 text = $2 output got = 0 shift 2 output = $("$@" 2 > &1) || got =
-                                                                    $ ? if["$got" = "$status"]&& {
-        [-n "$text"]&& [[$output == *"$text" * ]] || ["$text$output" = ""];
-    };
-    then passed = $((passed + 1)) else failed =
-        $((failed + 1)) echo "$*: status $got and \"$output\", wanted $status and \"$text\"" fi
+# expect STATUS TEXT COMMAND...: the exit status, and a text that stands in the output ("" for an output of nothing).
+expect() {
+    local status=$1 text=$2 output got=0
+    shift 2
+    output=$("$@" 2>&1) || got=$?
+    if [ "$got" = "$status" ] && { [ -n "$text" ] && [[ $output == *"$text"* ]] || [ "$text$output" = "" ]; }; then
+        passed=$((passed + 1))
+    else
+        failed=$((failed + 1))
+        echo "$*: status $got and \"$output\", wanted $status and \"$text\""
+    fi
 }
 
-#-- -- tools / compare_frame
+# ---- tools/compare_frame
 
 frame="F7 F8 01 3C"
-for i in {1..60};
-do frame += " $(printf %02X " $i ")";
-done frame += " 5A" other = ${frame / 20 / 21}
+for i in {1..60}; do frame+=" $(printf %02X "$i")"; done
+frame+=" 5A"
+other=${frame/ 20 / 21 }
 
-dump() {
-    printf 'home_page/button push "" value=0\nhome_page/view/mledit mledit "%s" value=0 enabled\n' "$1" >
-        "$work/dump";
+dump() { printf 'home_page/button push "" value=0\nhome_page/view/mledit mledit "%s" value=0 enabled\n' "$1" >"$work/dump"; }
+report() {
+    printf '[COM7 VKT531A]\nwrites=1\n' >"$work/report"
+    printf 'request=%s\n' "$@" >>"$work/report"
+    printf '[COM8 VKT510A]\nrequest=F7 F8 03 00 0C\n' >>"$work/report"
 }
-report(){printf '[COM7 VKT531A]\nwrites=1\n' > "$work/report" printf 'request=%s\n' "$@" >>
-         "$work/report" printf '[COM8 VKT510A]\nrequest=F7 F8 03 00 0C\n' >> "$work/report"} compare() {
-    tools / compare_frame-- port "$1" --dump "$work/dump" --report "$work/report";
-}
+compare() { tools/compare_frame --port "$1" --dump "$work/dump" --report "$work/report"; }
 
 dump "$frame"
 report "F7 F8 03 00 0C" "$frame"
@@ -46,24 +52,18 @@ expect 2 "shown:    None" compare COM7
 dump "${frame% *}"
 expect 2 "shown:    None" compare COM7
 
-#-- -- scripts / install.sh, with package tools that only say what they were asked
+# ---- scripts/install.sh, with package tools that only say what they were asked
 
 mkdir "$work/bin"
 cat >"$work/bin/dpkg-query" <<'END'
-#!/ bin / sh
-for package;
-do :; done
-case " $INSTALLED " in *" $package "*) echo installed ;
-; *) echo not-installed ;
-; esac
+#!/bin/sh
+for package; do :; done
+case " $INSTALLED " in *" $package "*) echo installed ;; *) echo not-installed ;; esac
 END
 printf '#!/bin/sh\necho "apt-get $*"\n' >"$work/bin/apt-get"
 printf '#!/bin/sh\necho "${FAKE_ID:-0}"\n' >"$work/bin/id"
-for tool in sh env dirname awk;
-do
-    ln - s "$(command -v $tool)"
-           "$work/bin/$tool";
-done chmod + x "$work" / bin/*
+for tool in sh env dirname awk; do ln -s "$(command -v $tool)" "$work/bin/$tool"; done
+chmod +x "$work"/bin/*
 install() { env -i PATH="$work/bin" INSTALLED="$INSTALLED" FAKE_ID="${FAKE_ID:-0}" scripts/install.sh "$@"; }
 
 INSTALLED="xauth xvfb"

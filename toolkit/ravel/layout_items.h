@@ -16,6 +16,7 @@ class layout_builder {
     layout_builder(QString file, int depth, const layout_builder* outer);
 
     widget_state* build_root(const QString& name);
+    widget_state* build_part(QWidget* parent, widget_state* parent_state);
     QWidget* build_widget(const ui_element& element, QWidget* parent, widget_state* parent_state);
 
     const QString& file() const { return file_; }

@@ -100,6 +100,14 @@ widget_state* layout_builder::build_root(const QString& name) {
     return state;
 }
 
+widget_state* layout_builder::build_part(QWidget* parent, widget_state* parent_state) {
+    std::unique_ptr<QWidget> part(find_layout_class(QStringLiteral("QWidget"), {})->make(parent));
+    widget_state* state = adopt_widget(part.get(), widget_kind::view, QString(), parent_state);
+    fill_included(part.get(), state, {});
+    part.release(); // its parent's
+    return state;
+}
+
 void layout_builder::apply_properties(QWidget* w, const ui_element& element) const {
     for (const ui_element& property : element.children) {
         if (property.tag == u"property") apply_ui_property(file_, w, property);
@@ -223,12 +231,24 @@ void layout_builder::finish(const widget_state* root, const ui_element& ui) cons
     }
 }
 
-widget_state* load_layout(const QString& name, std::string* error) {
+namespace {
+/// Runs a build; null and the reason when it is refused.
+template <class Build>
+widget_state* built(const QString& name, std::string* error, Build build) {
     try {
         layout_builder builder(layout_path(name), 0, nullptr);
-        return builder.build_root(name);
+        return build(builder);
     } catch (const layout_error& refused) {
         if (error != nullptr) *error = refused.what();
         return nullptr;
     }
+}
+} // namespace
+
+widget_state* load_layout(const QString& name, std::string* error) {
+    return built(name, error, [&name](layout_builder& builder) { return builder.build_root(name); });
+}
+
+widget_state* load_part(const QString& name, QWidget* parent, widget_state* parent_state, std::string* error) {
+    return built(name, error, [=](layout_builder& builder) { return builder.build_part(parent, parent_state); });
 }

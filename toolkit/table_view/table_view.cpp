@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -31,6 +32,10 @@ class table_widget final : public QAbstractScrollArea {
         refill_.start(0);
     }
     uint32_t rows() const { return count_; }
+    void show_row(uint32_t index) {
+        wanted_ = static_cast<int>(std::min(index, rows_max));
+        refill_.start(0);
+    }
 
     table_row_handler load;
     table_row_handler create;
@@ -38,14 +43,19 @@ class table_widget final : public QAbstractScrollArea {
   protected:
     void resizeEvent(QResizeEvent*) override { refill_.start(0); }
     void showEvent(QShowEvent*) override { refill_.start(0); }
-    void scrollContentsBy(int, int) override { refill_.start(0); }
+    void scrollContentsBy(int, int) override {
+        if (!filling_) refill_.start(0);
+    }
 
   private:
     void fill() {
         const int visible = viewport()->height() / row_height_ + 2;
         const int last = static_cast<int>(count_) - viewport()->height() / row_height_;
         verticalScrollBar()->setPageStep(std::max(1, visible - 2));
+        filling_ = true; // a bar that moves here is looked at below
         verticalScrollBar()->setRange(0, std::max(0, last));
+        if (wanted_ >= 0) verticalScrollBar()->setValue(std::exchange(wanted_, -1));
+        filling_ = false;
         const uint32_t first = static_cast<uint32_t>(verticalScrollBar()->value());
         const uint32_t shown = std::min(count_ - std::min(first, count_), static_cast<uint32_t>(visible));
         while (pool_.size() < shown && add_row(first + static_cast<uint32_t>(pool_.size()))) {
@@ -55,16 +65,11 @@ class table_widget final : public QAbstractScrollArea {
 
     bool add_row(uint32_t index) {
         std::string why;
-        widget_state* row = load_layout(property("row_layout").toString(), &why);
+        widget_state* row = load_part(property("row_layout").toString(), viewport(), state_of(this), &why);
         if (row == nullptr) {
             log_write(LOG_LEVEL_ERROR, "table row: " + why + "\n");
             return false;
         }
-        widget_state* table = state_of(this);
-        row->parent = table;
-
-        if (table != nullptr) table->children.push_back(row);
-        row->w->setParent(viewport());
         row_height_ = row->w->minimumHeight() > 0 ? row->w->minimumHeight() : fallback_row_height;
         pool_.push_back(row);
         if (create) create(index, handle_of(row));
@@ -83,6 +88,8 @@ class table_widget final : public QAbstractScrollArea {
     QTimer refill_;
     uint32_t count_ = 0;
     int row_height_ = fallback_row_height;
+    int wanted_ = -1; ///< row that goes to the top at the next filling; -1: none
+    bool filling_ = false;
 };
 
 QWidget* make_table(QWidget* parent) { return new table_widget(parent); }
@@ -104,6 +111,13 @@ ret_t table_client_set_rows(widget* table, uint32_t rows) {
 uint32_t table_client_get_rows(const widget* table) {
     const auto* t = live_as<table_widget>(table);
     return t == nullptr ? 0 : t->rows();
+}
+
+ret_t table_client_show_row(widget* table, uint32_t index) {
+    auto* t = live_as<table_widget>(table);
+    if (t == nullptr) return RET_BAD_PARAMS;
+    t->show_row(index);
+    return RET_OK;
 }
 
 ret_t table_client_set_on_load_data(widget* table, table_row_handler handler) {

@@ -19,6 +19,9 @@ ret_t table_view_register();
 /// RET_BAD_PARAMS when `table` is no table.
 ret_t table_client_set_rows(widget* table, uint32_t rows);
 uint32_t table_client_get_rows(const widget* table);
+/// Brings row `index` to the top with the next paint, as far as there are rows below it. RET_BAD_PARAMS when
+/// `table` is no table.
+ret_t table_client_show_row(widget* table, uint32_t index);
 
 /// What fills a row that comes into view. RET_BAD_PARAMS when `table` is no table.
 ret_t table_client_set_on_load_data(widget* table, table_row_handler handler);
