@@ -5,8 +5,8 @@ cd "$(dirname "$0")"
 . scripts/common.sh
 
 scripts/install.sh build gui display bench
-configure release
-build release
+configure release -DVKT_BENCH=ON -DVKT_TESTS=OFF
+build release VKTCfgTools empty_window bench_page_edit bench_session
 
 say "measurements (release build)"
 status=0

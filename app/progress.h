@@ -35,6 +35,6 @@ ret_t progress_init(widget* win, const void* context);
 ret_t progress_open_for_run();
 /// Lets Esc leave the window when no session thread lives any more, and forbids it otherwise. GUI thread.
 void progress_esc_refresh();
-/// A run has come to its end, however it went: when no session thread lives any more the window offers "ok", so that
-/// it can always be left. GUI thread.
+/// A run has come to its end, however it went: when no session thread lives any more the window offers "ok", so
+/// that it can always be left. GUI thread.
 void progress_settle();

@@ -6,7 +6,7 @@
 #include "config/dev_obj.h"
 #include "config/pages/family_pages.h"
 #include "config/pages/page_binder.h"
-#include "tests/pages/user.h"
+#include "tests/toolkit/user/user.h"
 #include "toolkit/core/log.h"
 #include "toolkit/ravel/window_manager.h"
 

@@ -8,8 +8,8 @@
 /// to the registry. Null when the file is missing or broken; `error` then tells "FILE:LINE: reason".
 widget_state* load_layout(const QString& name, std::string* error);
 
-/// Builds the content of ui/NAME.ui (root a QWidget) as a new view below `parent`, at the end of its children, named
-/// as the file's root is. Null as above.
+/// Builds the content of ui/NAME.ui (root a QWidget) as a new view below `parent`, at the end of its children,
+/// named as the file's root is. Null as above.
 widget_state* load_part(const QString& name, QWidget* parent, widget_state* parent_state, std::string* error);
 
 /// Makes a widget class known to layouts (as a Designer custom widget of that class name). `make` gets the parent;

@@ -16,9 +16,10 @@ enum class app_type : uint8_t { simulator = 1, desktop = 2 };
 
 /// First step of start-up: makes the calling thread the GUI thread. Before anything else of the toolkit.
 ret_t tk_pre_init();
-/// Makes the native window (hidden until tk_run, or until the first window opens) of `width` by `height` pixels, held
-/// to at least 320 by 240 and at most 16384 by 16384, with `name` as its title, and takes layouts, styles, strings and images from
-/// `res_root` (relative to the working directory). RET_FAIL when the resources cannot be found.
+/// Makes the native window (hidden until tk_run, or until the first window opens) of `width` by `height` pixels,
+/// held to at least 320 by 240 and at most 16384 by 16384, with `name` as its title, and takes layouts, styles,
+/// strings and images from `res_root` (relative to the working directory). RET_FAIL when the resources cannot be
+/// found.
 ret_t tk_init(int32_t width, int32_t height, app_type type, const char* name, const char* res_root);
 /// Registers the widget classes beyond the basic ones.
 ret_t tk_ext_widgets_init();
@@ -47,6 +48,6 @@ ret_t locale_info_change(const char* language, const char* country);
 /// The translation of a key in the current language; the key itself when there is none.
 std::string locale_info_tr(const char* key);
 
-/// Plays a script of user actions (docs/driving.md) once the main loop runs; its first failure ends the program with
-/// status 3. RET_FAIL when the file cannot be read. The program calls it with the variable VKT_DRIVE.
+/// Plays a script of user actions (docs/driving.md) once the main loop runs; its first failure ends the program
+/// with status 3. RET_FAIL when the file cannot be read. The program calls it with the variable VKT_DRIVE.
 ret_t tk_drive(const char* script_path);

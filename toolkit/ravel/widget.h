@@ -1,7 +1,8 @@
-// Widgets: found by name, read and set through handles. GUI thread only; a call from any other thread is logged as an
-// error and, in debug builds, aborts the program.
+// Widgets: found by name, read and set through handles. GUI thread only; a call from any other thread is logged as
+// an error and, in debug builds, aborts the program.
 //
-// Setting anything from code never fires a handler. What the user does (click, type, pick, step, scroll) always does.
+// Setting anything from code never fires a handler. What the user does (click, type, pick, step, scroll) always
+// does.
 #pragma once
 
 #include "toolkit/core/result.h"
@@ -16,17 +17,17 @@ struct widget;
 
 enum class event_type : uint8_t {
     click,          ///< pressed and released inside, or pressed by key
-    value_changed,  ///< the user changed the value: combo (picked or, if editable, typed and left), check, switch, tab
-                    ///< button (also the one going off), scroll bar, edit (left or Enter after a change)
+    value_changed,  ///< the user changed the value: combo (picked or, if editable, typed and left), check, switch,
+                    ///< tab button (also the one going off), scroll bar, edit (left or Enter after a change)
     value_changing, ///< every keystroke of an edit, every keystroke or step of a spin box
     focus,          ///< got the keyboard focus; runs before the text is selected
     blur,           ///< lost the keyboard focus to another widget of the program
     pointer_down,
     pointer_up,
     wheel,
-    move,   ///< moved inside its parent
-    resize, ///< width or height changed
-    request_close,  ///< to a window: somebody asks it to close
+    move,          ///< moved inside its parent
+    resize,        ///< width or height changed
+    request_close, ///< to a window: somebody asks it to close
 };
 
 struct event {
@@ -34,17 +35,20 @@ struct event {
     widget* target = nullptr;
     int32_t delta = 0; ///< wheel: positive when turned away from the user
 };
-/// Answers RET_OK to let the toolkit go on. A request_close handler that does not answer RET_OK keeps the window open.
+/// Answers RET_OK to let the toolkit go on. A request_close handler that does not answer RET_OK keeps the window
+/// open.
 using event_handler = std::function<ret_t(const event&)>;
 
-/// First widget named `name` below `root` (not root itself), breadth first; null when there is none or root is null.
+/// First widget named `name` below `root` (not root itself), breadth first; null when there is none or root is
+/// null.
 widget* widget_lookup(widget* root, const char* name);
 /// Direct child named `name`; null when there is none. On the window manager: the topmost window of that name.
 widget* widget_child(widget* parent, const char* name);
 /// Calls `visit` for every named widget below `root`, parents before children, in layout order, until it answers
 /// other than RET_OK; returns that answer.
 ret_t widget_foreach(widget* root, const std::function<ret_t(widget*)>& visit);
-/// The name from the layout, empty when it has none. Type: "combo_box", "check_button", "edit", ... (docs/driving.md).
+/// The name from the layout, empty when it has none. Type: "combo_box", "check_button", "edit", ...
+/// (docs/driving.md).
 std::string widget_name(const widget* w);
 std::string widget_type(const widget* w);
 /// The window (or dialog) that the widget stands in; itself for a window.
@@ -61,8 +65,8 @@ ret_t widget_dispatch_simple_event(widget* w, event_type type);
 ret_t widget_set_text_utf8(widget* w, const char* text);
 std::string widget_get_text_utf8(const widget* w);
 // Value. Combo box: value of the selected option (setting one that no option has selects nothing and shows nothing;
-// reading then gives -1). Check button, switch, tab button: 0 or 1 (setting a tab button to 1 takes its siblings off).
-// Spin box, scroll bar, progress bar, edit: the number. Pages: index of the shown page.
+// reading then gives -1). Check button, switch, tab button: 0 or 1 (setting a tab button to 1 takes its siblings
+// off). Spin box, scroll bar, progress bar, edit: the number. Pages: index of the shown page.
 ret_t widget_set_value_int(widget* w, int32_t value);
 int32_t widget_get_value_int(const widget* w);
 ret_t widget_set_visible(widget* w, bool visible);
@@ -82,8 +86,9 @@ bool widget_get_refused(const widget* w);
 ret_t widget_set_style_state(widget* w, const char* state);
 ret_t widget_set_tooltip(widget* w, const char* text);
 
-// Properties by name: "x", "y", "w", "h" (pixels in the parent), "value", "enable", "visible", and any dynamic property
-// of the layout ("single_instance", "to_modal", "clock", ...). Getters answer `fallback` when there is none.
+// Properties by name: "x", "y", "w", "h" (pixels in the parent), "value", "enable", "visible", and any dynamic
+// property of the layout ("single_instance", "to_modal", "clock", ...). Getters answer `fallback` when there is
+// none.
 int32_t widget_get_prop_int(const widget* w, const char* name, int32_t fallback);
 bool widget_get_prop_bool(const widget* w, const char* name, bool fallback);
 std::string widget_get_prop_str(const widget* w, const char* name, const char* fallback);

@@ -1,5 +1,5 @@
-// Windows and dialogs. There is one native window; a window covers it, a dialog is a card over a dimmed backdrop, and
-// only the top one gets input. GUI thread only.
+// Windows and dialogs. There is one native window; a window covers it, a dialog is a card over a dimmed backdrop,
+// and only the top one gets input. GUI thread only.
 #pragma once
 
 #include "toolkit/ravel/widget.h"
@@ -31,8 +31,8 @@ widget* window_manager_get_top_main_window(widget* wm);
 ret_t window_manager_set_cursor(widget* wm, const char* name);
 
 bool widget_is_dialog(const widget* w);
-/// Runs a dialog until it quits or is closed; returns its quit code (0 when it was closed otherwise). The only nested
-/// event loop there is.
+/// Runs a dialog until it quits or is closed; returns its quit code (0 when it was closed otherwise). The only
+/// nested event loop there is.
 uint32_t dialog_modal(widget* dialog);
 /// Ends a dialog with `code`: a modal one's dialog_modal returns it, and the card is closed and destroyed.
 ret_t dialog_quit(widget* dialog, uint32_t code);

@@ -5,7 +5,7 @@
     <name>VKTCfgTools</name>
     <message>
         <source>SPI_F</source>
-        <translation>收满帧字节数，或超过帧时间没有新数据时，已收到的数据组成一帧。</translation>
+        <translation>SPI 帧由字节数和时间两个参数划分。</translation>
     </message>
 </context>
 <context>

@@ -1,4 +1,4 @@
-#include "tests/pages/user.h"
+#include "tests/toolkit/user/user.h"
 
 #include "toolkit/ravel/drive.h"
 #include "toolkit/ravel/ravel.h"
