@@ -73,8 +73,12 @@ run_dev() { run_preset dev dev "build gui display"; }
 run_clang() { run_preset clang clang "build gui display clang"; }
 
 # Clang builds sanitised code in about half the time, and is the second compiler that has to be content.
+# run_sanitised PRESET SECTIONS [cmake option...]
 run_sanitised() {
-    run_preset "clang-$1" "$1" "build gui display clang" -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_CXX_FLAGS_DEBUG=-g1
+    local preset=$1 sections=$2
+    shift 2
+    run_preset "clang-$preset" "$preset" "$sections clang" -DCMAKE_CXX_COMPILER=clang++-14 \
+        -DCMAKE_CXX_FLAGS_DEBUG=-g1 "$@"
 }
 
 run_asan() {

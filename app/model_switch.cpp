@@ -6,6 +6,7 @@
 #include "toolkit/core/text.h"
 
 #include <array>
+#include <vector>
 
 namespace {
 
@@ -77,6 +78,12 @@ ret_t visibility_apply(widget* home, const family_pages& chosen) {
     return RET_OK;
 }
 
+// Objects that were replaced: a thread may still know one. Never destroyed.
+std::vector<dev_obj*>& retired() {
+    static auto& objects = *new std::vector<dev_obj*>;
+    return objects;
+}
+
 // Makes the device object if need be (always, when `renew`) and prepares the pages; the console says what failed.
 ret_t device_ready(widget* home, const family_pages& pages, bool renew) {
     const bool missing = dev_get(pages.of) == nullptr;
@@ -86,6 +93,7 @@ ret_t device_ready(widget* home, const family_pages& pages, bool renew) {
             log_console(tk_format("%s产品初始化失败\n", pages.log_name));
             return RET_FAIL;
         }
+        if (!missing) retired().push_back(dev_get(pages.of));
         dev_set(pages.of, dev);
     }
     if (!missing && !renew && prepared_of(pages)) return RET_OK;

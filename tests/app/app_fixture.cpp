@@ -90,6 +90,16 @@ void open_home() {
     }
 }
 
+// A family's object as if its model had never been chosen.
+void device_forget(family of) {
+    dev_obj* dev = dev_get(of);
+    dev_set(of, nullptr);
+    if (dev == nullptr) return;
+    tk_object_unref(dev->props);
+    tk_mutex_destroy(dev->mutex);
+    delete dev;
+}
+
 void sessions_reset() {
     for (const family of : {family::generic, family::a, family::b}) {
         session_join_threads(of);
@@ -127,8 +137,6 @@ void app_test::SetUp() {
     com::fault_clear();
     com::resume_all();
     date_time_set_test_clock(&fixed_time);
-    dev_set(family::a, nullptr);
-    dev_set(family::b, nullptr);
     if (config_store() != nullptr) defaults_write(family::generic, config_store());
     said_clear();
     open_home();
@@ -144,6 +152,7 @@ void app_test::TearDown() {
     com::resume_all();
     com::fault_clear();
     windows_close_all();
+    for (const family of : {family::a, family::b}) device_forget(of);
     module.reset();
     for (const auto& path : layouts_) fs::remove(path);
     layouts_.clear();

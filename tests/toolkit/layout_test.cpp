@@ -1,6 +1,7 @@
 #include "tests/toolkit/stage.h"
 
 #include "toolkit/ravel/window_stack.h"
+#include "toolkit/table_view/table_view.h"
 
 #include <QApplication>
 
@@ -254,6 +255,29 @@ TEST_F(late_pages, a_broken_one_is_told_in_the_log_and_stays_empty) {
     EXPECT_EQ(widget_child(at("p1"), "edit"), nullptr);
     log_set_capture(nullptr, nullptr);
     EXPECT_THAT(said, EndsWith("/ui/page.ui:5: class \"QDial\" is not known here\n"));
+}
+
+TEST_F(layouts, those_of_the_program_are_all_sound) {
+    table_view_register();
+    const auto source = std::filesystem::path(__FILE__).parent_path() / "../../res/default/ui";
+    std::vector<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator(source)) {
+        names.push_back(file.path().stem().string());
+        std::filesystem::copy(file.path(), layout_folder() + file.path().filename().string());
+    }
+    ASSERT_THAT(names, testing::Contains("home_page"));
+    std::string said;
+    log_set_capture([](const std::string& line, void* to) { *static_cast<std::string*>(to) += line; }, &said);
+    for (const std::string& name : names) {
+        widget* w = window_open(name.c_str());
+        EXPECT_NE(w, nullptr) << window_open_error();
+        if (w == nullptr) continue;
+        widget_foreach(w, [](widget*) { return RET_OK; }); // late pages too
+        window_manager_close_window_force(window_manager(), w);
+        settle();
+    }
+    log_set_capture(nullptr, nullptr);
+    EXPECT_EQ(said, "");
 }
 
 TEST_F(layouts, include_renames_twins) {

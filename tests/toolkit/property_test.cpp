@@ -114,6 +114,16 @@ TEST_F(properties, style_state_changes_the_look) {
     EXPECT_EQ(middle(), idle);
 }
 
+TEST_F(properties, the_sheet_finds_its_pictures_in_a_folder_with_blanks_and_brackets) {
+    ASSERT_THAT(layout_folder(), testing::HasSubstr(" ("));
+    open(ui_window(ui_widget("QCheckBox", "switch", "0 0 60 30", ui_dynamic("class", "switch"))));
+    const auto knob_side = [this](int x) { return qwidget_of(at("switch"))->grab().toImage().pixelColor(x, 15); };
+    const QColor left_off = knob_side(13);
+    EXPECT_EQ(left_off, QColor(Qt::white)) << "the knob";
+    widget_set_value_int(at("switch"), 1);
+    EXPECT_NE(knob_side(13), left_off);
+}
+
 TEST_F(properties, pages_turn_by_index_and_by_name_in_silence) {
     open(ui_window(ui_widget("QStackedWidget", "pages", "0 0 90 90",
                              ui_widget("QWidget", "p0", "") + ui_widget("QWidget", "p1", ""))));

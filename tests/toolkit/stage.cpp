@@ -33,7 +33,7 @@ const char* event_name(event_type type) {
 void start_stage() {
     if (native_window() != nullptr) return;
     std::random_device random;
-    root_folder() = fs::temp_directory_path() / tk_format("vkt_toolkit_%08x%08x", random(), random());
+    root_folder() = fs::temp_directory_path() / tk_format("vkt toolkit (%08x%08x)", random(), random());
     const fs::path source = fs::path(__FILE__).parent_path() / "../../res/default";
     const fs::path theme = root_folder() / "default";
     fs::create_directories(theme / "ui");

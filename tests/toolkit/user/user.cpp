@@ -25,7 +25,7 @@ void user_stage() {
     static bool started = false;
     if (started) return;
     started = true;
-    const auto resources = std::filesystem::path(__FILE__).parent_path() / "../../res";
+    const auto resources = std::filesystem::path(__FILE__).parent_path() / "../../../res";
     tk_pre_init();
     ASSERT_EQ(tk_init(1280, 750, app_type::desktop, "pages", resources.string().c_str()), RET_OK);
     assets_manager_set_theme("default");
