@@ -82,7 +82,7 @@ run_sanitised() {
 }
 
 run_asan() {
-    ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1 \
+    ASAN_OPTIONS=detect_stack_use_after_return=1 \
         UBSAN_OPTIONS=print_stacktrace=1 \
         LSAN_OPTIONS=print_suppressions=0$(suppressions lsan) \
         run_sanitised asan "build gui display"

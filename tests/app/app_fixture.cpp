@@ -10,10 +10,10 @@
 #include "config/defaults.h"
 #include "serial/port_list.h"
 #include "tests/app/user.h"
+#include "tests/support/scratch_folder.h"
 
 #include <fstream>
 #include <mutex>
-#include <random>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -28,8 +28,7 @@ struct world {
     std::string said;
 
     world() {
-        std::random_device random;
-        tree = fs::temp_directory_path() / tk_format("vkt_app_%08x%08x", random(), random());
+        tree = scratch_folder("vkt_app");
         const fs::path source = fs::path(__FILE__).parent_path() / ".." / ".." / "res" / "default";
         fs::create_directories(tree / "bin");
         fs::create_directories(tree / "res" / "default" / "ui");

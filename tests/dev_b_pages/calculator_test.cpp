@@ -2,6 +2,7 @@
 #include "dev_b/pages/bps_calculator.h"
 #include "dev_b/timing_list.h"
 #include "tests/dev_b_pages/b_stage.h"
+#include "tests/support/scratch_folder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -19,9 +20,7 @@ class calculator : public b_stage, public testing::WithParamInterface<char> {
   protected:
     void SetUp() override {
         b_stage::SetUp();
-        folder_ = fs::path(testing::TempDir()) /
-                  ("bps_lists_" + std::to_string(testing::UnitTest::GetInstance()->random_seed()) +
-                   std::to_string(reinterpret_cast<uintptr_t>(this)));
+        folder_ = scratch_folder("bps_lists");
         fs::create_directories(folder_);
         usual_ = timing_list_folder();
         timing_list_folder() = folder_.string();

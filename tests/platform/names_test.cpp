@@ -1,4 +1,5 @@
 #include "port_fixture.h"
+#include "tests/support/scratch_folder.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -64,8 +65,7 @@ class scratch {
     std::vector<std::string> names() const {
         return posix_com::port_names_by_rule((path / "sys").string(), (path / "dev").string());
     }
-    const std::filesystem::path path =
-        std::filesystem::path(::testing::TempDir()) / ("port_names_" + std::to_string(std::rand()));
+    const std::filesystem::path path = scratch_folder("port_names");
 };
 
 TEST(name_rule_test, each_kind_of_device_has_its_range) {

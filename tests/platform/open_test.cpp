@@ -1,4 +1,5 @@
 #include "port_fixture.h"
+#include "tests/support/scratch_folder.h"
 
 #ifndef _WIN32
 #include <cstdio>
@@ -116,7 +117,7 @@ TEST_F(open_test, vanished_port_does_not_open) {
 }
 
 TEST(open_path_test, things_that_are_no_terminal_are_access_denied) {
-    const std::string file = ::testing::TempDir() + "not_a_port";
+    const std::string file = scratch_folder("not_a_port").string();
     std::FILE* made = std::fopen(file.c_str(), "wb");
     ASSERT_NE(made, nullptr);
     std::fclose(made);

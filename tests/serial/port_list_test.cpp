@@ -4,6 +4,7 @@
 #include "config/dev_obj.h"
 #include "serial/session.h"
 #include "tests/serial/console_capture.h"
+#include "tests/support/scratch_folder.h"
 #include "toolkit/core/fs.h"
 #include "toolkit/core/idle.h"
 #include "toolkit/core/text.h"
@@ -14,7 +15,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <random>
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -36,9 +36,8 @@ class port_list : public testing::Test {
         idle_restart();
         idle_set_gui_thread();
         config_objects_create();
-        std::random_device random;
         before_ = std::filesystem::current_path();
-        folder_ = std::filesystem::temp_directory_path() / tk_format("vkt_ports_%08x%08x", random(), random());
+        folder_ = scratch_folder("vkt_ports");
         std::filesystem::create_directories(folder_);
         std::filesystem::current_path(folder_);
         port_list_set_view({.reset = [this] { shown.assign(1, "reset"); },

@@ -1,17 +1,10 @@
 #include "tests/support/session_fixture.h"
-
+#include "tests/support/scratch_folder.h"
 #include "toolkit/core/text.h"
-
-#include <random>
 
 namespace {
 
 const date_time_t fixed_time = {.hour = 13, .minute = 5, .second = 9, .year = 2025, .month = 9, .day = 29};
-
-std::filesystem::path fresh_folder() {
-    std::random_device random;
-    return std::filesystem::temp_directory_path() / tk_format("vkt_session_%08x%08x", random(), random());
-}
 
 } // namespace
 
@@ -22,7 +15,7 @@ void session_test::SetUp() {
     idle_set_gui_thread();
     config_objects_create();
     date_time_set_test_clock(&fixed_time);
-    folder = fresh_folder();
+    folder = scratch_folder("vkt_session");
     std::filesystem::create_directories(folder);
     session_log_path() = (folder / "log" / "p_v_info.txt").string();
     session_timing& timing = session_timing_get();

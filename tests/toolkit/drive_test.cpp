@@ -1,3 +1,4 @@
+#include "tests/support/scratch_folder.h"
 #include "toolkit/ravel/drive.h"
 #include "toolkit/ravel/drive_input.h"
 #include "toolkit/ravel/drive_widgets.h"
@@ -79,8 +80,7 @@ std::string dialog_layout() {
 class Drive : public testing::Test {
   protected:
     void SetUp() override {
-        dir_ = std::filesystem::temp_directory_path() /
-               tk_format("drive_test_%lld", static_cast<long long>(time_now_ms()));
+        dir_ = scratch_folder("drive_test");
         std::filesystem::create_directories(dir_ / "res/default/ui");
         std::filesystem::create_directories(dir_ / "res/default/styles");
         write("res/default/styles/default.qss", "@surface: #F5F7FA;\n");

@@ -1,5 +1,6 @@
 #include "tests/toolkit/stage.h"
 
+#include "tests/support/scratch_folder.h"
 #include "toolkit/ravel/drive_input.h"
 #include "toolkit/ravel/window_stack.h"
 
@@ -9,7 +10,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -32,8 +32,7 @@ const char* event_name(event_type type) {
 
 void start_stage() {
     if (native_window() != nullptr) return;
-    std::random_device random;
-    root_folder() = fs::temp_directory_path() / tk_format("vkt toolkit (%08x%08x)", random(), random());
+    root_folder() = scratch_folder("vkt toolkit ()");
     const fs::path source = fs::path(__FILE__).parent_path() / "../../res/default";
     const fs::path theme = root_folder() / "default";
     fs::create_directories(theme / "ui");
