@@ -36,7 +36,7 @@ void start_stage() {
     const fs::path source = fs::path(__FILE__).parent_path() / "../../res/default";
     const fs::path theme = root_folder() / "default";
     fs::create_directories(theme / "ui");
-    for (const char* part : {"styles", "strings", "images"})
+    for (const char* part : {"styles", "strings", "images", "fonts"})
         fs::copy(source / part, theme / part, fs::copy_options::recursive);
     tk_pre_init();
     idle_restart();

@@ -18,6 +18,16 @@ constexpr int body_pixels = 14;
 QString theme_dir;
 QHash<QString, QString> style_names; // "accent" -> "#1B6EC2"
 QString sheet;
+bool fonts_brought = false;
+
+/// Registers the fonts that the theme brings along; a theme without any uses the system's.
+void bring_fonts() {
+    if (fonts_brought) return;
+    fonts_brought = true;
+    const QDir dir(theme_dir + QStringLiteral("/fonts"));
+    for (const QString& name : dir.entryList({QStringLiteral("*.otf")}, QDir::Files, QDir::Name))
+        QFontDatabase::addApplicationFont(dir.filePath(name));
+}
 
 /// Splits "@name: value;" lines off the sheet's text into style_names.
 QString take_names(const QString& text) {
@@ -93,6 +103,7 @@ bool set_resource_root(const QString& root) {
     if (!QDir(dir).exists()) return false;
     theme_dir = dir;
     sheet.clear();
+    fonts_brought = false;
     return true;
 }
 
@@ -130,15 +141,13 @@ bool apply_style_sheet() {
 
 bool apply_font(const QString& family) {
     read_sheet();
-    QString chosen;
+    bring_fonts();
     const QStringList wanted = family == QLatin1String("default") ? style_families("fonts") : QStringList(family);
-    for (const QString& candidate : wanted) {
-        if (!QFontDatabase::hasFamily(candidate)) continue;
-        chosen = candidate;
-        break;
-    }
+    QStringList chosen; // the first draws, the others only what it has no picture for
+    for (const QString& candidate : wanted)
+        if (QFontDatabase::hasFamily(candidate)) chosen += candidate;
     QFont font = QApplication::font();
-    if (!chosen.isEmpty()) font.setFamilies({chosen});
+    if (!chosen.isEmpty()) font.setFamilies(chosen);
     font.setPixelSize(body_pixels);
     QApplication::setFont(font);
     return !chosen.isEmpty();

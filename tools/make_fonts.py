@@ -1,0 +1,79 @@
+#!/usr/bin/env python3
+"""Makes the two small fonts that the program brings along: every character of its own texts, and no other.
+
+The whole CJK font costs about 7 MB of memory and a third of the start; what the small ones lack still comes from it.
+Run it again when a text gains a new character (tests/toolkit/fonts_test.cpp tells). Needs python3-fonttools and
+fonts-noto-cjk.
+"""
+import pathlib
+import sys
+
+from fontTools import subset
+from fontTools.ttLib import TTFont
+
+SOURCE = pathlib.Path("/usr/share/fonts/opentype/noto/NotoSansCJK-Regular.ttc")
+FONTS = {  # family -> the name of the one it is cut from
+    "VKT Sans": "Noto Sans CJK SC",
+    "VKT Mono": "Noto Sans Mono CJK SC",
+}
+ROOMS = ["app", "assistant", "config", "dev_a", "dev_b", "monitor", "platform", "serial", "toolkit", "res/default"]
+KINDS = {".cpp", ".h", ".ui", ".ts", ".qss"}
+FAMILY_IDS, COPYRIGHT_ID, LICENCE_IDS = (1, 4, 6, 16), 0, (13, 14)
+
+top = pathlib.Path(__file__).resolve().parent.parent
+out = top / "res/default/fonts"
+
+
+def characters():
+    found = set(map(chr, range(0x20, 0x7F))) | set(map(chr, range(0xA0, 0x100)))
+    for room in ROOMS:
+        for file in (top / room).rglob("*"):
+            if file.suffix in KINDS:
+                found |= set(file.read_text(encoding="utf-8"))
+    return {ord(c) for c in found if c >= " "}
+
+
+def face(family):
+    for number in range(16):
+        font = TTFont(SOURCE, fontNumber=number, lazy=True)
+        if font["name"].getDebugName(1) == family:
+            return font
+    sys.exit(f"make_fonts: {SOURCE} has no {family}")
+
+
+def make(family, of, wanted):
+    font = face(of)
+    options = subset.Options()
+    options.layout_features = ["kern", "locl", "ccmp"]
+    options.name_IDs = ["*"]
+    options.desubroutinize = True
+    options.hinting = True
+    cutter = subset.Subsetter(options)
+    cutter.populate(unicodes=wanted)
+    cutter.subset(font)
+    names = font["name"]
+    names.names = [n for n in names.names
+                   if n.nameID in (COPYRIGHT_ID, 2, 5, *LICENCE_IDS) and n.platformID == 3 and n.langID == 0x409]
+    for number in FAMILY_IDS:
+        names.setName(family.replace(" ", "") if number == 6 else family, number, 3, 1, 0x409)
+    plain = family.replace(" ", "")
+    top_dict = font["CFF "].cff
+    top_dict.fontNames = [plain]
+    top_dict.topDictIndex[0].FullName = family
+    top_dict.topDictIndex[0].FamilyName = family
+    font["head"].modified = font["head"].created
+    font.recalcTimestamp = False
+    path = out / f"{family.lower().replace(' ', '_')}.otf"
+    font.save(path)
+    print(f"{path.relative_to(top)}: {len(wanted)} characters, {path.stat().st_size} bytes")
+
+
+def main():
+    out.mkdir(exist_ok=True)
+    wanted = characters()
+    for family, of in FONTS.items():
+        make(family, of, wanted)
+
+
+if __name__ == "__main__":
+    main()
