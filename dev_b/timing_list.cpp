@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t max_line_bytes = 100;
 constexpr std::size_t block_bytes = 64 * 1024;
+constexpr int blocks_at_once = 3; ///< ten thousand usual lines
 
 constexpr bool is_blank(char c) { return c == ' ' || c == '\t'; }
 
@@ -43,26 +44,27 @@ bool number_of(std::string_view text, double* out) {
 
 /// Hands over the lines of a stream of blocks, without their ends. A line that lies across blocks is put together;
 /// of one that is too long only as much as tells that it is.
-template <typename Sink>
 class line_splitter {
   public:
-    explicit line_splitter(Sink sink) : sink_(std::move(sink)) {}
-    void feed(std::string_view block) {
+    template <typename Sink>
+    void feed(std::string_view block, const Sink& sink) {
         for (std::size_t end = 0; (end = block.find('\n')) != std::string_view::npos; block.remove_prefix(end + 1))
-            finish_line(block.substr(0, end));
+            finish_line(block.substr(0, end), sink);
         hold(block);
     }
-    void finish() {
-        if (!held_.empty()) finish_line({});
+    template <typename Sink>
+    void finish(const Sink& sink) {
+        if (!held_.empty()) finish_line({}, sink);
     }
 
   private:
-    void finish_line(std::string_view rest) {
+    template <typename Sink>
+    void finish_line(std::string_view rest, const Sink& sink) {
         if (held_.empty()) {
-            hand_over(rest);
+            sink(without_return(rest));
         } else {
             hold(rest);
-            hand_over(held_);
+            sink(without_return(held_));
             held_.clear();
         }
     }
@@ -70,11 +72,10 @@ class line_splitter {
         const std::size_t room = max_line_bytes + 2 - held_.size(); // a carriage return may follow
         held_.append(part.substr(0, room));
     }
-    void hand_over(std::string_view line) {
+    static std::string_view without_return(std::string_view line) {
         if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
-        sink_(line);
+        return line;
     }
-    Sink sink_;
     std::string held_;
 };
 
@@ -158,29 +159,61 @@ void timing_list::clear() {
     ends_.clear();
 }
 
-ret_t timing_list_read(const std::string& path, const timing_filter& filter, timing_list* list,
-                       std::size_t* bad_lines) {
+struct timing_list_reader::state {
+    std::string path;
+    timing_filter filter;
+    fs_file_ptr file;
+    line_splitter lines;
     std::size_t bad = 0;
-    list->clear();
-    if (bad_lines != nullptr) *bad_lines = 0;
-    const fs_file_ptr file(fs_open_file(os_fs(), path.c_str(), "rb"));
-    if (file == nullptr) return RET_FAIL;
+    std::array<char, block_bytes> block{};
+};
 
-    line_splitter lines([&](std::string_view line) {
+timing_list_reader::timing_list_reader(const std::string& path, const timing_filter& filter)
+    : state_(std::make_unique<state>()) {
+    state_->path = path;
+    state_->filter = filter;
+    state_->file.reset(fs_open_file(os_fs(), path.c_str(), "rb"));
+}
+
+timing_list_reader::~timing_list_reader() = default;
+
+bool timing_list_reader::exists() const { return state_->file != nullptr; }
+
+std::size_t timing_list_reader::bad_lines() const { return state_->bad; }
+
+bool timing_list_reader::read_on(timing_list* list) {
+    state& s = *state_;
+    if (s.file == nullptr) return false;
+    const auto take = [&](std::string_view line) {
         const auto candidate = timing_line_parse(line);
         if (!candidate) {
-            ++bad;
-        } else if (timing_matches(filter, *candidate)) {
+            ++s.bad;
+        } else if (timing_matches(s.filter, *candidate)) {
             list->add(line);
         }
-    });
-    const auto block = std::make_unique<std::array<char, block_bytes>>();
-    int64_t got = 0;
-    while ((got = fs_file_read(file.get(), block->data(), block->size())) > 0)
-        lines.feed({block->data(), static_cast<std::size_t>(got)});
-    lines.finish();
+    };
+    for (int i = 0; i < blocks_at_once; ++i) {
+        const int64_t got = fs_file_read(s.file.get(), s.block.data(), s.block.size());
+        if (got > 0) {
+            s.lines.feed({s.block.data(), static_cast<std::size_t>(got)}, take);
+            continue;
+        }
+        s.lines.finish(take);
+        s.file.reset();
+        if (s.bad != 0)
+            log_write(LOG_LEVEL_WARN, s.path + ": " + std::to_string(s.bad) + " lines are no candidates\n");
+        return false;
+    }
+    return true;
+}
 
-    if (bad != 0) log_write(LOG_LEVEL_WARN, path + ": " + std::to_string(bad) + " lines are no candidates\n");
-    if (bad_lines != nullptr) *bad_lines = bad;
-    return RET_OK;
+ret_t timing_list_read(const std::string& path, const timing_filter& filter, timing_list* list,
+                       std::size_t* bad_lines) {
+    list->clear();
+    timing_list_reader reader(path, filter);
+    const bool exists = reader.exists();
+    while (reader.read_on(list)) {
+    }
+    if (bad_lines != nullptr) *bad_lines = reader.bad_lines();
+    return exists ? RET_OK : RET_FAIL;
 }

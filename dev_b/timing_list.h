@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,6 +40,7 @@ struct timing_edits {
     std::string tseg1;
     std::string tseg2;
     std::string sample_point;
+    bool operator==(const timing_edits&) const = default;
 };
 /// Their numbers: what is no number is 0, what is negative counts as out of reach of every register.
 timing_values timing_values_of(const timing_edits& edits);
@@ -69,8 +71,27 @@ class timing_list {
     std::vector<std::size_t> ends_;
 };
 
-/// Reads a file line by line and keeps what passes. Lines that are no candidates are skipped and counted; if there
-/// are any, one line in the log says how many. RET_FAIL, with an empty list and no message, when there is no such
-/// file. `bad_lines` may be null. Any thread.
+/// Reads a file piece by piece, so that a long one holds nobody up. Lines that are no candidates are skipped and
+/// counted; if there are any, one line in the log says how many when the end is reached. One thread at a time.
+class timing_list_reader {
+  public:
+    timing_list_reader(const std::string& path, const timing_filter& filter);
+    ~timing_list_reader();
+    timing_list_reader(const timing_list_reader&) = delete;
+    timing_list_reader& operator=(const timing_list_reader&) = delete;
+
+    /// Whether there is such a file. Without one there is nothing to read, and no message.
+    bool exists() const;
+    /// Adds what passes of the next piece (about ten thousand lines). True while there may be more.
+    bool read_on(timing_list* list);
+    std::size_t bad_lines() const;
+
+  private:
+    struct state;
+    std::unique_ptr<state> state_;
+};
+
+/// The same in one go, into an empty list. RET_FAIL when there is no such file. `bad_lines` may be null. Any
+/// thread.
 ret_t timing_list_read(const std::string& path, const timing_filter& filter, timing_list* list,
                        std::size_t* bad_lines = nullptr);

@@ -87,6 +87,8 @@ class session_run {
     /// The one way to fail: a connect gives its port back, the lock is let go, the failure and the session's end
     /// are reported.
     step_end fail(const char* message, const std::string& log);
+    /// Judges what stands in `reply`: reports its faults, accepts it when it has none.
+    step_end check_reply(const exchange& with);
     void unlock();
     /// Calls `work` with the family's lock held, taking it again where a reported failure let it go.
     void locked(void (*work)(session_run&));
@@ -97,7 +99,6 @@ class session_run {
     step_end run_step(const session_step& step);
     step_end run_exchange(const exchange& with);
     step_end exchange_once(const exchange& with);
-    step_end check_reply(const exchange& with);
     step_end io_failed(const exchange& with, bool writing, const io_result& result);
 
     const session_script& script_;

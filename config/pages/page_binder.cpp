@@ -104,9 +104,10 @@ ret_t page_event(const page_table& table, const page_row& row, widget* page, con
     default:
         return RET_OK;
     }
+    // A value that was refused has followed the rules all the same; after a store that failed nothing more happens.
     // With the lock released: greying the edit that has the focus makes it lose the focus, and its blur handler
     // locks.
-    follow(table, row, page);
+    if (result == RET_OK) follow(table, row, page);
     return result;
 }
 

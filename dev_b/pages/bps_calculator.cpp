@@ -3,6 +3,7 @@
 #include "dev_b/pages/bps_error.h"
 #include "dev_b/pages/bps_form.h"
 #include "dev_b/pages/vkt610b_code_view.h"
+#include "toolkit/core/idle.h"
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/window_manager.h"
 #include "toolkit/table_view/table_view.h"
@@ -13,13 +14,22 @@ namespace {
 
 constexpr int clock_mhz = 200;
 
+/// A phase's candidates.
+struct candidates {
+    timing_list list;
+    timing_edits edits;                         ///< what the list was made for, or what a row of it filled in
+    std::shared_ptr<timing_list_reader> reader; ///< while a long file is being read
+};
+
 struct calculator {
     widget* dialog;
     int channel;
     std::array<bps_phase, 2> phases;
-    std::array<timing_list, 2> lists;
+    std::array<candidates, 2> found;
 
     const bps_phase& of(timing_phase phase) const { return phases[timing_at(phase)]; }
+    candidates& found_of(timing_phase phase) { return found[timing_at(phase)]; }
+    const candidates& found_of(timing_phase phase) const { return found[timing_at(phase)]; }
 };
 using calculator_ptr = std::shared_ptr<calculator>;
 
@@ -53,25 +63,44 @@ void show_clock(const calculator& c) {
     widget_set_text_utf8(widget_lookup(c.dialog, name.c_str()), text.c_str());
 }
 
-void rebuild(calculator& c, timing_phase phase) {
-    const bps_phase& at = c.of(phase);
-    timing_list& list = c.lists[timing_at(phase)];
+std::string count_text(std::size_t count, bool more) {
+    if (count == 0) return more ? "读取中…" : "没有候选";
+    return tk_format("候选 %zu 条，单击一条填入左侧", count);
+}
+
+/// One piece of the file; the rest of a long one when nothing else is to be done.
+void read_on(const calculator_ptr& c, timing_phase phase) {
+    const bps_phase& at = c->of(phase);
+    candidates& found = c->found_of(phase);
+    const bool more = found.reader->read_on(&found.list);
+    table_client_set_rows(at.list, static_cast<uint32_t>(found.list.size()));
+    widget_set_text_utf8(at.count, count_text(found.list.size(), more).c_str());
+    if (!more) return;
+    idle_queue([weak = std::weak_ptr(c), reader = std::weak_ptr(found.reader), phase] {
+        const calculator_ptr still = weak.lock();
+        if (still != nullptr && !reader.expired()) read_on(still, phase); // no newer list has taken its place
+        return RET_OK;
+    });
+}
+
+void rebuild(const calculator_ptr& c, timing_phase phase) {
+    const bps_phase& at = c->of(phase);
+    candidates& found = c->found_of(phase);
     const int64_t divider = int64_t{widget_get_value_int(at.divider)} + 2;
     const std::string path =
-        timing_list_path(timing_list_folder(), c.channel, phase, divider, widget_get_value_int(at.rate));
-    timing_list_read(path, timing_filter_of(bps_edits_read(at)), &list);
-    table_client_set_rows(at.list, static_cast<uint32_t>(list.size()));
+        timing_list_path(timing_list_folder(), c->channel, phase, divider, widget_get_value_int(at.rate));
+    found.edits = bps_edits_read(at);
+    found.list.clear();
+    found.reader = std::make_shared<timing_list_reader>(path, timing_filter_of(found.edits));
+    read_on(c, phase);
     table_client_show_row(at.list, 0); // the best candidates stand first
-    const std::string count =
-        list.size() == 0 ? "没有候选" : tk_format("候选 %zu 条，单击一条填入左侧", list.size());
-    widget_set_text_utf8(at.count, count.c_str());
-    show_result(c, phase);
+    show_result(*c, phase);
 }
 
 // ---- the candidate list
 
 ret_t show_item(const calculator& c, timing_phase phase, uint32_t index, widget* row) {
-    const timing_list& list = c.lists[timing_at(phase)];
+    const timing_list& list = c.found_of(phase).list;
     if (index >= list.size()) return RET_FAIL;
     const std::string_view line = list.line(index);
     widget* item = widget_lookup(row, "item");
@@ -81,8 +110,8 @@ ret_t show_item(const calculator& c, timing_phase phase, uint32_t index, widget*
 }
 
 /// Fills the edits and leaves the list as it is: one may choose on.
-ret_t choose_item(const calculator& c, timing_phase phase, int64_t index) {
-    const timing_list& list = c.lists[timing_at(phase)];
+ret_t choose_item(calculator& c, timing_phase phase, int64_t index) {
+    const timing_list& list = c.found_of(phase).list;
     if (index < 0 || index >= static_cast<int64_t>(list.size())) return RET_FAIL;
     const auto candidate = timing_line_parse(list.line(static_cast<std::size_t>(index)));
     if (!candidate) return RET_FAIL;
@@ -91,6 +120,7 @@ ret_t choose_item(const calculator& c, timing_phase phase, int64_t index) {
         {at.brp, 0}, {at.tseg1, 1}, {at.tseg2, 2}, {at.sample_point, 4}};
     for (const auto& [edit, field] : fields)
         widget_set_text_utf8(edit, std::string(candidate->fields[field]).c_str());
+    c.found_of(phase).edits = bps_edits_read(at);
     show_result(c, phase);
     return RET_OK;
 }
@@ -108,23 +138,35 @@ void attach_list(const calculator_ptr& c, timing_phase phase) {
 
 // ---- what the user does
 
-ret_t change_divider(calculator& c, timing_phase phase) {
+ret_t change_divider(const calculator_ptr& c, timing_phase phase) {
     if (phase == timing_phase::nominal) {
-        const int32_t code = widget_get_value_int(c.of(timing_phase::nominal).divider);
-        widget_set_value_int(c.of(timing_phase::data).divider, code);
-        show_clock(c);
+        const int32_t code = widget_get_value_int(c->of(timing_phase::nominal).divider);
+        widget_set_value_int(c->of(timing_phase::data).divider, code);
+        show_clock(*c);
         rebuild(c, timing_phase::nominal);
     }
     rebuild(c, timing_phase::data);
     return RET_OK;
 }
 
-ret_t change_rate(calculator& c, timing_phase phase) {
-    const int32_t rate = widget_get_value_int(c.of(phase).rate);
+ret_t change_rate(const calculator_ptr& c, timing_phase phase) {
+    const int32_t rate = widget_get_value_int(c->of(phase).rate);
     const ret_t result =
-        vkt610b_change_store([&](tk_object* props) { return timing_store_rate(props, c.channel, phase, rate); });
+        vkt610b_change_store([&](tk_object* props) { return timing_store_rate(props, c->channel, phase, rate); });
     rebuild(c, phase);
     return result;
+}
+
+/// The result follows every key, the list only what is done with.
+void attach_edit(const calculator_ptr& c, timing_phase phase, widget* edit) {
+    widget_on(edit, event_type::value_changing, [c, phase](const event&) {
+        show_result(*c, phase);
+        return RET_OK;
+    });
+    widget_on(edit, event_type::value_changed, [c, phase](const event&) {
+        if (bps_edits_read(c->of(phase)) != c->found_of(phase).edits) rebuild(c, phase);
+        return RET_OK;
+    });
 }
 
 uint8_t bus_mode(int channel) {
@@ -146,14 +188,9 @@ void attach_phase(const calculator_ptr& c, timing_phase phase) {
     const bps_phase& at = c->of(phase);
     for (const auto& option : timing_dividers) combo_box_append_option(at.divider, option.value, option.text);
     for (const auto& option : timing_rates(phase)) combo_box_append_option(at.rate, option.value, option.text);
-    widget_on(at.divider, event_type::value_changed,
-              [c, phase](const event&) { return change_divider(*c, phase); });
-    widget_on(at.rate, event_type::value_changed, [c, phase](const event&) { return change_rate(*c, phase); });
-    for (widget* edit : at.edits())
-        widget_on(edit, event_type::value_changing, [c, phase](const event&) {
-            rebuild(*c, phase);
-            return RET_OK;
-        });
+    widget_on(at.divider, event_type::value_changed, [c, phase](const event&) { return change_divider(c, phase); });
+    widget_on(at.rate, event_type::value_changed, [c, phase](const event&) { return change_rate(c, phase); });
+    for (widget* edit : at.edits()) attach_edit(c, phase, edit);
     attach_list(c, phase);
 }
 
@@ -208,6 +245,8 @@ uint32_t bps_calculator_open(int channel) {
     load(*c);
     widget_set_text_utf8(widget_lookup(dialog, "bps_title"), tk_format("CANFD%d 位定时", channel).c_str());
     show_clock(*c);
-    for (const auto phase : timing_phases) rebuild(*c, phase);
-    return dialog_modal(dialog);
+    for (const auto phase : timing_phases) rebuild(c, phase);
+    const uint32_t code = dialog_modal(dialog);
+    for (candidates& found : c->found) found.reader.reset();
+    return code;
 }

@@ -3,6 +3,7 @@
 #include "app/ui_state.h"
 #include "tests/app/app_fixture.h"
 #include "tests/app/user.h"
+#include "tests/support/pattern.h"
 
 namespace {
 
@@ -301,5 +302,26 @@ TEST_F(session_buttons, the_port_vanishing_in_a_read_gives_the_buttons_back) {
     EXPECT_THAT(shown, testing::AnyOf("获取读操作结果失败", "等待读操作完成失败", "读取写命令应答失败"));
     EXPECT_EQ(buttons(), "drwf");
 }
+
+class b_port_lost : public session_buttons, public testing::WithParamInterface<uint32_t> {};
+
+TEST_P(b_port_lost, at_a_register_gives_the_buttons_back) {
+    connect("VKT610B");
+    module->plan({.what = sim::fault::hang_up, .after = GetParam()});
+    EXPECT_THAT(run("button_write"), testing::AnyOf("读取写命令应答失败", "写配置命令失败"));
+    EXPECT_EQ(text(progress(), "label"), "   连接失败");
+    EXPECT_EQ(module->count().writes, GetParam() + 1);
+    EXPECT_EQ(buttons(), "drwf");
+    EXPECT_THAT(file_text(session_log_path()),
+                HoldsPattern("\n VKT610B \nsend:[^!]*failed!\n\nport lost, error [0-9]+\n$"));
+    press_ok();
+    EXPECT_THAT(run("button2"), testing::AnyOf("写操作失败", "获取写操作结果失败"));
+    EXPECT_EQ(text(progress(), "label"), "   模式转换结束");
+    press_ok();
+    EXPECT_EQ(buttons(), "cfmp");
+    EXPECT_FALSE(session_of(family::b).port_open);
+}
+INSTANTIATE_TEST_SUITE_P(registers, b_port_lost, testing::Values(0u, 12u, 33u),
+                         [](const auto& one) { return std::to_string(one.param); });
 
 } // namespace

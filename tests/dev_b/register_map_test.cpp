@@ -109,6 +109,21 @@ TEST_P(RegisterMapRow, TheWidestValueComesBack) {
     vkt610b_regs_to_props(packed(props), back.get());
     EXPECT_EQ(b_value(back, p.key), widest);
 }
+TEST_P(RegisterMapRow, EveryValueOfItsWidthComesBackAmongFullNeighbours) {
+    const place p = GetParam();
+    const uint32_t count = p.width == 32 ? 1 : 1u << p.width;
+    for (uint32_t i = 0; i < count; ++i) {
+        const uint32_t value = p.width == 32 ? 0x9ABCDEF1 : i;
+        const tk_object_ptr props(object_default_create());
+        for (const auto& q : places)
+            tk_object_set_prop_uint32(props.get(), q.key, q.width == 32 ? 0xFFFFFFFF : (1u << q.width) - 1);
+        tk_object_set_prop_uint32(props.get(), p.key, value);
+        const tk_object_ptr back(object_default_create());
+        vkt610b_regs_to_props(packed(props), back.get());
+        for (const auto& q : places)
+            ASSERT_EQ(b_value(back, q.key), b_value(props, q.key)) << q.key << " beside " << value;
+    }
+}
 INSTANTIATE_TEST_SUITE_P(AllKeys, RegisterMapRow, testing::ValuesIn(places),
                          [](const auto& row) { return std::string(row.param.key); });
 

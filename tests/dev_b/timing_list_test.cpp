@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 namespace {
@@ -182,6 +183,58 @@ TEST(TimingListRead, FilterKeepsWhatMatches) {
         read_back("1-16-4-4-80.00\n2-8-2-2-80.00\n1-15-5-5-75.00\n", timing_filter_of({"1", "", "", ""}));
     EXPECT_EQ(r.lines, (std::vector<std::string>{"1-16-4-4-80.00", "1-15-5-5-75.00"}));
 }
+/// `count` lines of 15 bytes, alternately of BRP 1 and 2.
+std::string many_lines(int count) {
+    std::string content;
+    for (int i = 0; i < count / 2; ++i) content += "1-20-5-5-80.00\n2-12-3-3-80.00\n";
+    return content;
+}
+
+TEST(TimingListReader, TenThousandLinesAreOnePiece) {
+    const list_file file(many_lines(10000));
+    timing_list_reader reader(file.path(), {});
+    timing_list list;
+    reader.read_on(&list);
+    EXPECT_EQ(list.size(), 10000u);
+    EXPECT_FALSE(reader.read_on(&list));
+    EXPECT_EQ(list.size(), 10000u);
+    EXPECT_FALSE(reader.read_on(&list)) << "the end stays the end";
+}
+TEST(TimingListReader, AMillionLinesComeInManyPieces) {
+    const list_file file(many_lines(1000000));
+    timing_list_reader reader(file.path(), {});
+    timing_list list;
+    std::size_t before = 0, most = 0;
+    int pieces = 1;
+    while (reader.read_on(&list)) {
+        most = std::max(most, list.size() - before);
+        before = list.size();
+        ++pieces;
+    }
+    EXPECT_EQ(list.size(), 1000000u);
+    EXPECT_EQ(list.line(999999), "2-12-3-3-80.00");
+    EXPECT_GE(pieces, 50);
+    EXPECT_LE(most, 20000u);
+}
+TEST(TimingListReader, BadLinesAreToldAtTheEnd) {
+    const list_file file(many_lines(40000) + "junk");
+    const log_catcher log;
+    timing_list_reader reader(file.path(), {});
+    timing_list list;
+    ASSERT_TRUE(reader.read_on(&list));
+    EXPECT_EQ(log.text(), "");
+    while (reader.read_on(&list)) {
+    }
+    EXPECT_EQ(reader.bad_lines(), 1u);
+    EXPECT_EQ(log.text(), file.path() + ": 1 lines are no candidates\n");
+}
+TEST(TimingListReader, ThereMayBeNoFile) {
+    timing_list_reader reader("no_such_list.txt", {});
+    timing_list list;
+    EXPECT_FALSE(reader.exists());
+    EXPECT_FALSE(reader.read_on(&list));
+}
+
 TEST(TimingListRead, AMillionLines) {
     std::string content = "1-20-5-5-80.00\n2-12-3-3-80.00\n";
     for (int i = 0; i < 19; ++i) content += std::string(content);

@@ -47,3 +47,8 @@ class b_stage : public testing::Test {
     std::string console_;
     std::string page_path_;
 };
+
+/// Name of a test whose parameter is a channel's digit.
+inline std::string channel_name(const testing::TestParamInfo<char>& one) {
+    return std::string("channel_") + one.param;
+}

@@ -3,6 +3,8 @@
 #include "dev_b/timing_list.h"
 #include "tests/dev_b_pages/b_stage.h"
 #include "tests/support/scratch_folder.h"
+#include "toolkit/core/idle.h"
+#include "toolkit/table_view/table_view.h"
 
 #include <filesystem>
 #include <fstream>
@@ -70,7 +72,7 @@ class calculator : public b_stage, public testing::WithParamInterface<char> {
     fs::path folder_;
     std::string usual_;
 };
-INSTANTIATE_TEST_SUITE_P(both, calculator, testing::Values('1', '2'));
+INSTANTIATE_TEST_SUITE_P(both, calculator, testing::Values('1', '2'), channel_name);
 
 const std::string fill_80_percent = // 200 MHz / 4 / 25 = 2000 kbit/s, / 5 = 400 kbit/s; 80 %
     "pick ~/canfd#_div_z 4\npick ~/combo_box_ex_bps_z_vkt610b_canfd# 400K\n"
@@ -136,18 +138,92 @@ TEST_P(calculator, every_edit_filters_its_own_list) {
     put_list("vkt610b_bps_canfd#_c_4_2000.txt", "1-20-5-5-80.00\n1-19-6-6-76.00\n");
     in_calculator("pick ~/canfd#_div_z 4\npick ~/combo_box_ex_bps_c_vkt610b_canfd# 2M\n"
                   "wait ~/list_view_c/item[1] visible 1\n"
-                  "type ~/canfd#_tseg1_c 19\nwait ~/list_view_c/item[1] visible 0\n"
+                  "type ~/canfd#_tseg1_c 19\nkey Tab\nwait ~/list_view_c/item[1] visible 0\n"
                   "expect ~/list_view_c/item[0] text \"BRP: 1, TSEGE1: 19, TSEGE2: 6, SMP: 76.00%\"\n"
-                  "type ~/canfd#_tseg1_c \"\"\nwait ~/list_view_c/item[1] visible 1\n"
-                  "type ~/canfd#_edit_smp_c_vkt610b 80.009\nwait ~/list_view_c/item[1] visible 0\n" // cut to 80.00
-                  "expect ~/list_view_c/item[0] text \"BRP: 1, TSEGE1: 20, TSEGE2: 5, SMP: 80.00%\"\n"
-                  "type ~/canfd#_brp_c 2\nwait ~/list_view_c/item[0] visible 0\n"
+                  "type ~/canfd#_tseg1_c \"\"\nkey Enter\nwait ~/list_view_c/item[1] visible 1\n"
+                  "type ~/canfd#_edit_smp_c_vkt610b 80.009\nkey Tab\nwait ~/list_view_c/item[1] visible 0\n"
+                  "expect ~/list_view_c/item[0] text \"BRP: 1, TSEGE1: 20, TSEGE2: 5, SMP: 80.00%\"\n" // cut
+                  "type ~/canfd#_brp_c 2\nkey Enter\nwait ~/list_view_c/item[0] visible 0\n"
                   "expect ~/canfd#_count_c text 没有候选\n"
                   // A divider without a list, then the one with it again: both lists follow the one selector.
-                  "type ~/canfd#_brp_c \"\"\nwait ~/list_view_c/item[0] visible 1\n"
+                  "type ~/canfd#_brp_c \"\"\nkey Tab\nwait ~/list_view_c/item[0] visible 1\n"
                   "pick ~/canfd#_div_z 8\nwait ~/list_view_c/item[0] visible 0\n"
                   "pick ~/canfd#_div_z 4\nwait ~/list_view_c/item[0] visible 1\n");
     EXPECT_EQ(console(), "");
+}
+
+TEST_P(calculator, an_edit_filters_when_it_is_left_or_at_enter_and_not_at_every_key) {
+    put_list("vkt610b_bps_canfd#_z_4_400.txt", "5-20-5-5-80.00\n1-100-25-25-80.00\n5-19-6-6-76.00\n");
+    in_calculator("pick ~/canfd#_div_z 4\npick ~/combo_box_ex_bps_z_vkt610b_canfd# 400K\n"
+                  "wait ~/canfd#_count_z text \"候选 3 条，单击一条填入左侧\"\n"
+                  "type ~/canfd#_brp_z 1\nexpect ~/canfd#_count_z text \"候选 3 条，单击一条填入左侧\"\n"
+                  // Enter is for the edit as long as there is something typed in it; the dialog stays.
+                  "key Enter\nexpect ~/canfd#_count_z text \"候选 1 条，单击一条填入左侧\"\n"
+                  "expect bps_do_error exists 0\nexpect ~/canfd#_brp_z focused 1\n"
+                  "type ~/canfd#_brp_z 5\nkey Tab\nexpect ~/canfd#_count_z text \"候选 2 条，单击一条填入左侧\"\n"
+                  // What the edits give is told at every key.
+                  "type ~/canfd#_tseg1_z 20\ntype ~/canfd#_tseg2_z 5\n"
+                  "expect ~/canfd#_result_z text \"计算值：400 kbit/s，采样点 80.00 %\"\n");
+}
+
+TEST_P(calculator, a_row_is_the_one_that_was_seen_whatever_was_typed_before) {
+    put_list("vkt610b_bps_canfd#_z_4_400.txt", "5-20-5-5-80.00\n1-100-25-25-80.00\n5-19-6-6-76.00\n");
+    in_calculator("pick ~/canfd#_div_z 4\npick ~/combo_box_ex_bps_z_vkt610b_canfd# 400K\n"
+                  "wait ~/list_view_z/item[2] visible 1\n"
+                  "type ~/canfd#_tseg1_z 100\nclick ~/list_view_z/item[2]\n"
+                  "expect ~/canfd#_tseg1_z text 19\nexpect ~/canfd#_edit_smp_z_vkt610b text 76.00\n"
+                  // Leaving the edit that was typed in brings no new list: the row filled it.
+                  "key Tab\nexpect ~/canfd#_count_z text \"候选 3 条，单击一条填入左侧\"\n");
+}
+
+TEST_P(calculator, anything_may_be_typed) {
+    put_list("vkt610b_bps_canfd#_z_4_400.txt", "5-20-5-5-80.00\n");
+    const char* typed[] = {"型",   "-1",   "+5",   "0x10", "1e9", "99999", "５",
+                           "%s%n", "\\\"", "．８", " 7",   "nan", "-inf"};
+    std::string script = "click @/canfd#_button_bp_calculate\npick ~/canfd#_div_z 4\n"
+                         "pick ~/combo_box_ex_bps_z_vkt610b_canfd# 400K\n";
+    for (const char* text : typed) {
+        for (const char* edit :
+             {"canfd#_brp_z", "canfd#_tseg1_z", "canfd#_tseg2_z", "canfd#_edit_smp_z_vkt610b", "canfd#_tseg1_c"})
+            script += std::string("type ~/") + edit + " \"" + text + "\"\nkey Tab\n";
+        script += "click ~/canfd#_ok\nexpect bps_do_error visible 1\nclick bps_do_error/canfd1_no\n";
+    }
+    play(script + "click ~/canfd#_back\n");
+    EXPECT_EQ(value(divider_key), 0x40004U);
+    for (const char* key : timing_keys) EXPECT_NE(half(key), 0U);
+}
+
+TEST_P(calculator, a_list_of_a_million_lines_comes_in_pieces) {
+    std::string text;
+    for (int i = 0; i < 500000; ++i) text += "1-100-25-25-80.00\n5-20-5-5-80.00\n";
+    put_list("vkt610b_bps_canfd#_z_4_400.txt", text);
+    const std::string all = "wait ~/canfd#_count_z text \"候选 1000000 条，单击一条填入左侧\" 60000\n";
+    in_calculator("pick ~/canfd#_div_z 4\npick ~/combo_box_ex_bps_z_vkt610b_canfd# 400K\n" + all +
+                  // A filter while the list is read begins it anew; nothing of the old one comes in between.
+                  "pick ~/combo_box_ex_bps_z_vkt610b_canfd# 500K\npick ~/combo_box_ex_bps_z_vkt610b_canfd# 400K\n"
+                  "type ~/canfd#_brp_z 5\nkey Enter\n"
+                  "wait ~/canfd#_count_z text \"候选 500000 条，单击一条填入左侧\" 60000\n"
+                  "expect ~/list_view_z/item[0] text \"BRP: 5, TSEGE1: 20, TSEGE2: 5, SMP: 80.00%\"\n"
+                  // Left in the middle.
+                  "type ~/canfd#_brp_z 1\nkey Enter\n");
+    EXPECT_EQ(console(), "");
+}
+
+TEST_P(calculator, the_first_rows_of_a_long_list_are_there_before_it_is_read) {
+    std::string text;
+    for (int i = 0; i < 1000000; ++i) text += "5-20-5-5-80.00\n";
+    put_list("vkt610b_bps_canfd#_z_4_400.txt", text);
+    store(2, {5, 20, 5, 1, 20, 5});
+    uint32_t at_opening = 0;
+    idle_queue([&at_opening] { // runs in the dialog's loop, before the second piece
+        widget* dialog = widget_child(window_manager(), mine("page_vkt610b_bps_canfd#").c_str());
+        at_opening = table_client_get_rows(widget_lookup(dialog, "list_view_z"));
+        dialog_quit(dialog, 0);
+        return RET_OK;
+    });
+    EXPECT_EQ(bps_calculator_open(GetParam() - '0'), 0U);
+    EXPECT_GE(at_opening, 10000U);
+    EXPECT_LT(at_opening, 100000U);
 }
 
 TEST_P(calculator, lines_that_are_no_candidates_are_counted_once) {
@@ -170,7 +246,7 @@ TEST_P(calculator, a_long_list_scrolls) {
                   "click ~/list_view_z/item[1]\nexpect ~/canfd#_brp_z text 8\n"
                   "expect ~/list_view_z/item[1] text \"BRP: 8, TSEGE1: 20, TSEGE2: 5, SMP: 80.00%\"\n"
                   // Another list begins at its top.
-                  "type ~/canfd#_brp_z \"\"\nwheel ~/list_view_z -120\n"
+                  "type ~/canfd#_brp_z \"\"\nkey Tab\nwheel ~/list_view_z -120\n"
                   "wait ~/list_view_z/item[0] text \"BRP: 4, TSEGE1: 20, TSEGE2: 5, SMP: 80.00%\"\n"
                   "pick ~/combo_box_ex_bps_z_vkt610b_canfd# 500K\n"
                   "wait ~/list_view_z/item[0] text \"BRP: 1, TSEGE1: 20, TSEGE2: 5, SMP: 80.00%\"\n");
@@ -242,9 +318,9 @@ TEST_P(calculator, a_store_that_refuses_is_named) {
 }
 
 class first_calculator : public calculator {};
-INSTANTIATE_TEST_SUITE_P(one, first_calculator, testing::Values('1'));
+INSTANTIATE_TEST_SUITE_P(one, first_calculator, testing::Values('1'), channel_name);
 class second_calculator : public calculator {};
-INSTANTIATE_TEST_SUITE_P(two, second_calculator, testing::Values('2'));
+INSTANTIATE_TEST_SUITE_P(two, second_calculator, testing::Values('2'), channel_name);
 
 TEST_P(first_calculator, forcing_stores_what_is_on_the_page_and_closes_both) {
     // (old OR 0xFF) AND new: 0x10001 | 0xFF = 0x100FF, so of 0x305 only 0x05 stays.

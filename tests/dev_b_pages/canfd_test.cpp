@@ -16,7 +16,7 @@ class canfd_page : public b_stage, public testing::WithParamInterface<char> {
     std::string text(const char* name) const { return shown(mine(name).c_str()); }
     void act(const std::string& script) { does(mine(script)); }
 };
-INSTANTIATE_TEST_SUITE_P(both, canfd_page, testing::Values('1', '2'));
+INSTANTIATE_TEST_SUITE_P(both, canfd_page, testing::Values('1', '2'), channel_name);
 
 const char* standard_edits[] = {"edit_scherm0_vkt610b_canfd#", "edit_check0_vkt610b_canfd#",
                                 "edit_check1_vkt610b_canfd#", "edit_check2_vkt610b_canfd#",
@@ -59,6 +59,26 @@ TEST_P(canfd_page, a_brs_that_cannot_be_stored_along_is_named) {
     act("pick @/combo_box_ex_mode_vkt610b_canfd# CAN模式\n");
     EXPECT_EQ(console(), mine("set canfd#_brs_vkt610b failed!\n"));
     EXPECT_TRUE(unlocked());
+}
+
+TEST_P(canfd_page, a_mode_that_cannot_be_stored_changes_nothing_else) {
+    open();
+    set8(mine("canfd#_mode_vkt610b"), 0); // behind the page's back: an enabling rule that ran would show it
+    tk_object_refuse(b->props, mine("canfd#_mode_vkt610b").c_str());
+    act("pick @/combo_box_ex_mode_vkt610b_canfd# \"CAN FD模式\"\n");
+    EXPECT_EQ(console(), mine("set canfd#_mode_vkt610b failed!\n"));
+    EXPECT_TRUE(reacts("check_button_vkt610b_canfd#"));
+    EXPECT_TRUE(unlocked());
+}
+
+TEST_P(canfd_page, a_refused_mode_still_runs_the_enabling_rule) {
+    open();
+    set8(mine("canfd#_mode_vkt610b"), 0); // behind the page's back
+    const std::string combo = mine("combo_box_ex_mode_vkt610b_canfd#");
+    combo_box_append_option(on_page(combo.c_str()), 3, "too far");
+    act("pick @/" + combo + " \"too far\"\n");
+    EXPECT_EQ(console(), mine("canfd#_mode_work_value is error\n"));
+    EXPECT_FALSE(reacts("check_button_vkt610b_canfd#"));
 }
 
 TEST_P(canfd_page, the_stored_mode_decides_at_filling) {

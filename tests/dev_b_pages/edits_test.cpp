@@ -1,5 +1,6 @@
 // What is accepted, refused and shown on the pages.
 #include "tests/dev_b_pages/b_stage.h"
+#include "tests/support/pattern.h"
 
 namespace {
 
@@ -66,12 +67,14 @@ TEST_P(b_edits, end_there_when_the_store_refuses) {
     std::string name = edit.key; // the two SPI boxes are told by their own names
     if (name == "spi_picture_vkt610b") name = "spin_box_number_vkt610b";
     if (name == "spi_time_vkt610b") name = "spin_box_time_vkt610b";
-    EXPECT_THAT(console(), testing::MatchesRegex("(set " + name + " failed!\n)+")); // a line for every digit
+    EXPECT_THAT(console(), FitsPattern("(set " + name + " failed!\n)+")); // a line for every digit
     EXPECT_EQ(value(edit.key), kept);
     EXPECT_EQ(code(), before);
     EXPECT_TRUE(unlocked());
 }
-INSTANTIATE_TEST_SUITE_P(all, b_edits, testing::ValuesIn(edit_cases));
+INSTANTIATE_TEST_SUITE_P(all, b_edits, testing::ValuesIn(edit_cases), [](const auto& one) {
+    return std::string(one.param.key) + "_" + std::to_string(one.param.value);
+});
 
 // ---- what is refused
 
@@ -138,7 +141,8 @@ TEST_P(b_refusals, keep_the_store_say_so_and_mark_the_field) {
     EXPECT_FALSE(widget_get_refused(field));
     EXPECT_EQ(console(), "");
 }
-INSTANTIATE_TEST_SUITE_P(all, b_refusals, testing::ValuesIn(refused_cases));
+INSTANTIATE_TEST_SUITE_P(all, b_refusals, testing::ValuesIn(refused_cases),
+                         [](const auto& one) { return std::string(one.param.key); });
 
 TEST_F(b_pages, setting_the_channel_spin_box_to_3_stores_nothing) {
     show("page_vkt610b_change");

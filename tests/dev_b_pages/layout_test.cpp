@@ -1,5 +1,6 @@
 #include "config/defaults.h"
 #include "tests/dev_b_pages/b_stage.h"
+#include "tests/support/pattern.h"
 
 #include <map>
 #include <set>
@@ -120,8 +121,7 @@ TEST_F(b_layouts, init_without_a_page_says_so) {
     };
     for (const auto& [init, name] : inits) {
         EXPECT_EQ(init(nullptr), RET_BAD_PARAMS);
-        EXPECT_THAT(console(),
-                    testing::MatchesRegex(std::string(name) + ":[0-9]+ condition\\(win != NULL\\) failed!\n"));
+        EXPECT_THAT(console(), FitsPattern(std::string(name) + ":[0-9]+ condition\\(win != NULL\\) failed!\n"));
     }
 }
 

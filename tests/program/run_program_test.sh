@@ -1,6 +1,7 @@
 #!/bin/bash
 # run_program_test.sh SCRIPT STAGE [OUT]: plays a driver script in the real program, against simulated modules, in a
-# tree of its own and on a virtual display of its own (on the offscreen platform where there is none).
+# tree of its own and on a virtual display of its own (on the offscreen platform where there is none). A Windows program
+# is played under Wine, with the ports and the display of packaging/windows/wine-tests.sh.
 #
 # STAGE is the build's stage folder (bin/, res/, tools/). What is left goes to OUT if it is given. Lines of the script
 # that start with #! say what the run needs and what must come out of it:
@@ -19,6 +20,14 @@
 set -u
 script=$(readlink -f "$1")
 stage=$(readlink -f "$2")
+program=("$stage/bin/VKTCfgTools")
+simulator=$stage/bin/vkt_sim
+under_wine=''
+if [ -f "$stage/bin/VKTCfgTools.exe" ]; then
+    under_wine=1
+    program=("${VKT_WINE:?run this by packaging/windows/wine-tests.sh}" "$stage/bin/VKTCfgTools.exe")
+    simulator=$VKT_HOST_STAGE/bin/vkt_sim # it makes pseudo-terminals, so it is this system's
+fi
 limit_s=${VKT_PROGRAM_TEST_LIMIT:-100}
 
 tree=$(mktemp -d /tmp/vkt_program.XXXXXX)
@@ -26,12 +35,14 @@ out=${3:-}
 sim=''
 display=''
 children=()
+wine_links=()
 
 # shellcheck disable=SC2317 # called by the trap
 finish() {
     exec 5>&-
     for child in "${children[@]}" $sim $display; do kill "$child" 2>/dev/null; done
     for child in "${children[@]}" $sim $display; do wait "$child" 2>/dev/null; done
+    [ "${#wine_links[@]}" = 0 ] || rm -f "${wine_links[@]}"
     if [ -n "$out" ]; then
         mkdir -p "$out" && cp -r "$tree"/shots/. "$tree"/*.txt "$out" 2>/dev/null
     fi
@@ -66,7 +77,9 @@ export XDG_RUNTIME_DIR=$tree DBUS_SESSION_BUS_ADDRESS=disabled: NO_AT_BRIDGE=1
 unset VKT_COM_PORTS VKT_COM_FAULT VKT_DEBUGGER_LOG
 
 # ---- display ----------------------------------------------------------------------------------------------------------
-if command -v Xvfb >/dev/null; then
+if [ -n "$under_wine" ]; then
+    : # Wine's desktop is on its own display
+elif command -v Xvfb >/dev/null; then
     Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$tree/display.txt" 2>/dev/null &
     display=$!
     wait_for 20 grep -q . "$tree/display.txt" || { echo "no virtual display" && exit 2; }
@@ -81,13 +94,21 @@ arguments=$(directive sim)
 if [ -n "$arguments" ]; then
     mkfifo "$tree/commands"
     # shellcheck disable=SC2086 # a list of words
-    "$stage/bin/vkt_sim" $arguments --links "$tree/ports" --report "$tree/report.txt" \
+    "$simulator" $arguments --links "$tree/ports" --report "$tree/report.txt" \
         <"$tree/commands" >"$tree/modules.txt" 2>&1 &
     sim=$!
     exec 5>"$tree/commands"
     wait_for 20 grep -q '^VKT_COM_PORTS=' "$tree/modules.txt" || { cat "$tree/modules.txt" && exit 2; }
     VKT_COM_PORTS=$(sed -n 's/^VKT_COM_PORTS=//p' "$tree/modules.txt")
     export VKT_COM_PORTS
+    # Wine takes a port's device from its registry, where it is a link that stays the same.
+    if [ -n "$under_wine" ]; then
+        for port in $(echo "$VKT_COM_PORTS" | tr ';' ' '); do
+            name=${port%%=*}
+            wine_links+=("$VKT_WINE_PORTS/${name,,}")
+            ln -sfn "${port#*=}" "$VKT_WINE_PORTS/${name,,}"
+        done
+    fi
 fi
 
 # ---- the program ------------------------------------------------------------------------------------------------------
@@ -101,11 +122,11 @@ for job in $(jobs -p); do
 done
 
 mapfile -t reactions < <(directive on)
-# Prints what the program prints, and gives the modules their commands.
+# Reads what the program prints, and gives the modules their commands.
 follow() {
     local line reaction text
     while IFS= read -r line; do
-        printf '%s\n' "$line"
+        line=${line%$'\r'}
         [ -s "$tree/close_ms" ] || case $line in "ok   "*" close") now_ms >"$tree/close_ms" ;; esac
         for i in "${!reactions[@]}"; do
             reaction=${reactions[$i]#\"}
@@ -118,12 +139,18 @@ follow() {
     done
 }
 arguments=${VKT_PROGRAM_ARGUMENTS:-$(directive arguments)}
+# Into a file and not a pipe: Wine's own processes, which live on, keep hold of it.
 # shellcheck disable=SC2086 # a list of words
-timeout "$limit_s" "$stage/bin/VKTCfgTools" ${arguments:-1280 750} \
-    > >(follow >"$tree/output.txt") 2>"$tree/errors.txt"
+timeout "$limit_s" "${program[@]}" ${arguments:-1280 750} >"$tree/output.txt" 2>"$tree/errors.txt" &
+running=$!
+children+=("$running")
+tail -n +1 -s 0.02 --pid="$running" -f "$tree/output.txt" 2>/dev/null | follow &
+follower=$!
+wait "$running"
 status=$?
 ended_ms=$(now_ms)
-wait $! # the follower: everything printed is in the file
+wait "$follower"
+unset "children[-1]"
 cat "$tree/output.txt" "$tree/errors.txt"
 
 if [ -n "$sim" ]; then

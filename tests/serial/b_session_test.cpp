@@ -114,20 +114,43 @@ TEST_F(b_session, a_bad_acknowledgement_ends_the_write_and_shows_both_frames) {
     EXPECT_TRUE(context().connected);
 }
 
-TEST_F(b_session, each_byte_of_an_acknowledgement_but_the_first_counts) {
+/// An acknowledgement with a right CRC and one byte that is not what it has to be.
+struct odd_ack {
+    int byte;
+    const char* shown; ///< the reply in the log; null: it is as good as another
+};
+const odd_ack odd_acks[] = {
+    {0, nullptr}, // the first byte may be any
+    {1, "AA 44 02 FF 80 30 C3"},
+    {2, "AA 03 44 FF 80 09 52"},
+    {3, "AA 03 02 44 80 60 5C"},
+    {4, "AA 03 02 FF 44 8E 02"},
+};
+
+class b_acknowledgement : public b_session, public testing::WithParamInterface<odd_ack> {};
+
+TEST_P(b_acknowledgement, each_byte_but_the_first_counts) {
+    constexpr uint32_t at_register = 5;
     connect();
-    for (int byte = 1; byte <= 4; ++byte) {
-        heard = {};
-        module->plan({.what = fault::patch, .argument = byte * 256 + 0x44});
-        ASSERT_TRUE(run(session_kind::write));
-        EXPECT_EQ(heard.events.back(), "failed 2 应答帧校验失败") << byte;
-    }
-    heard = {};
-    module->plan({.what = fault::patch, .argument = 0x44});
+    module->plan({.what = fault::patch, .after = at_register, .argument = GetParam().byte * 256 + 0x44});
     ASSERT_TRUE(run(session_kind::write));
-    EXPECT_EQ(heard.events.back(), "finished");
-    EXPECT_EQ(module->count().writes, 4u + 34u);
+    if (GetParam().shown == nullptr) {
+        EXPECT_EQ(heard.events.back(), "finished");
+        EXPECT_EQ(module->count().writes, 34u);
+        return;
+    }
+    std::vector<std::string> events = write_events(at_register + 1);
+    events.emplace_back("failed 2 应答帧校验失败");
+    EXPECT_EQ(heard.events, events);
+    EXPECT_THAT(heard.logs,
+                ElementsAre("\n VKT610B \nsend:  write product info\n [13-5-9]read: read check failed!\n "
+                            "send:AA 07 02 FF 05 00 00 00 00 F2 16\n read:" +
+                            std::string(GetParam().shown) + "\n\n"));
+    EXPECT_EQ(module->count().writes, at_register + 1);
+    EXPECT_TRUE(lock_is_free());
 }
+INSTANTIATE_TEST_SUITE_P(bytes, b_acknowledgement, testing::ValuesIn(odd_acks),
+                         [](const auto& one) { return "byte_" + std::to_string(one.param.byte); });
 
 TEST_F(b_session, an_acknowledgement_with_a_wrong_crc_ends_the_write) {
     connect();
@@ -149,13 +172,20 @@ TEST_F(b_session, a_reply_with_a_wrong_crc_fails) {
 
 TEST_F(b_session, a_reply_with_a_foreign_header_fails_and_shows_it) {
     connect();
-    module->plan({.what = fault::patch, .argument = 2 * 256 + 0x06});
-    ASSERT_TRUE(run(session_kind::read));
-    EXPECT_EQ(heard.events.back(), "failed 3 应答帧校验失败");
-    EXPECT_THAT(
-        heard.logs,
-        ElementsAre("\n VKT610B \nsend:  read product info\n [13-5-9]read: read check failed!:aa8e06ff\n\n"));
+    const std::pair<int, const char*> headers[] = {{1, "aa4405ff"}, {2, "aa8e44ff"}, {3, "aa8e0544"}};
+    for (const auto& [byte, shown] : headers) {
+        heard = {};
+        module->plan({.what = fault::patch, .argument = byte * 256 + 0x44});
+        ASSERT_TRUE(run(session_kind::read));
+        EXPECT_THAT(heard.events, ElementsAre("30/3 读配置.....", "50/3 读配置.....", "failed 3 应答帧校验失败"));
+        EXPECT_THAT(heard.logs,
+                    ElementsAre(std::string("\n VKT610B \nsend:  read product info\n [13-5-9]read: read check "
+                                            "failed!:") +
+                                shown + "\n\n"));
+    }
     EXPECT_TRUE(fakes().calls.empty());
+    EXPECT_EQ(context().operation, 3) << "a failed session stays busy";
+    EXPECT_TRUE(context().connected);
 }
 
 TEST_F(b_session, any_first_byte_of_a_reply_will_do) {
@@ -165,40 +195,85 @@ TEST_F(b_session, any_first_byte_of_a_reply_will_do) {
     EXPECT_EQ(heard.events, good_read);
 }
 
-TEST_F(b_session, replies_of_another_length) {
+const char* const check_failed_line =
+    "\n VKT610B \nsend:  read product info\n [13-5-9]read: read check failed!\n\n";
+
+TEST_F(b_session, a_reply_of_145_bytes_fails_its_check) {
     connect();
     module->plan({.what = fault::cut_short, .argument = 145});
     ASSERT_TRUE(run(session_kind::read));
     EXPECT_EQ(heard.events.back(), "failed 3 应答帧校验失败");
-    heard = {};
+    EXPECT_THAT(heard.logs, ElementsAre(check_failed_line));
+    EXPECT_TRUE(fakes().calls.empty());
+}
+
+TEST_F(b_session, of_147_bytes_146_are_read_and_the_next_session_drains_the_rest) {
+    connect();
     module->plan({.what = fault::extra, .argument = 1});
-    ASSERT_TRUE(run(session_kind::read));
-    EXPECT_EQ(heard.events, good_read) << "146 bytes are read, the next session drains the rest";
-    heard = {};
     ASSERT_TRUE(run(session_kind::read));
     EXPECT_EQ(heard.events, good_read);
     heard = {};
+    ASSERT_TRUE(run(session_kind::read));
+    EXPECT_EQ(heard.events, good_read);
+    EXPECT_EQ(module->count().reads, 2u);
+}
+
+TEST_F(b_session, noise_before_a_reply_fails_its_check) {
+    connect();
     module->plan({.what = fault::junk_first, .argument = 3});
     ASSERT_TRUE(run(session_kind::read));
     EXPECT_EQ(heard.events.back(), "failed 3 应答帧校验失败");
+    EXPECT_THAT(heard.logs, ElementsAre(check_failed_line));
+    EXPECT_TRUE(fakes().calls.empty());
 }
 
-TEST_F(b_session, the_port_vanishes_at_a_register) {
-    for (uint32_t r : {0u, 7u, 33u}) {
-        heard = {};
-        ASSERT_TRUE(module->plug_in());
-        module->plan({});
-        connect();
-        const uint32_t before = module->count().writes;
-        module->plan({.what = fault::hang_up, .after = r});
-        ASSERT_TRUE(run(session_kind::write));
-        // Nobody can tell whether the write's end or the read meets it first.
-        EXPECT_THAT(heard.events.back(), testing::AnyOf("failed 2 读取写命令应答失败", "failed 2 写配置命令失败"));
-        ASSERT_EQ(heard.logs.size(), 1u);
-        EXPECT_THAT(heard.logs[0], testing::HasSubstr("port lost, error "));
-        EXPECT_EQ(module->count().writes - before, r + 1);
-        EXPECT_TRUE(lock_is_free());
-    }
+TEST_F(b_session, noise_before_an_acknowledgement_fails_its_check) {
+    connect();
+    module->plan({.what = fault::junk_first, .after = 3, .argument = 1});
+    ASSERT_TRUE(run(session_kind::write));
+    EXPECT_EQ(heard.events.back(), "failed 2 应答帧校验失败");
+    EXPECT_EQ(module->count().writes, 4u);
+}
+
+class b_port_lost : public b_session, public testing::WithParamInterface<uint32_t> {};
+
+TEST_P(b_port_lost, at_a_register_of_a_write) {
+    const uint32_t r = GetParam();
+    connect();
+    module->plan({.what = fault::hang_up, .after = r});
+    ASSERT_TRUE(run(session_kind::write));
+    std::vector<std::string> events = write_events(r + 1);
+    // Nobody can tell whether the write's end or the read meets it first.
+    const bool in_read = heard.events.back() == "failed 2 读取写命令应答失败";
+    events.emplace_back(in_read ? "failed 2 读取写命令应答失败" : "failed 2 写配置命令失败");
+    EXPECT_EQ(heard.events, events);
+    const char* head = in_read ? "\n VKT610B \nsend:  write product info\n [13-5-9]read: "
+                               : "\n VKT610B \nsend: write product info\n[13-5-9]write: ";
+    EXPECT_THAT(heard.logs, ElementsAre(testing::AllOf(testing::StartsWith(head),
+                                                       testing::HasSubstr("failed!\n\nport lost, error "),
+                                                       testing::EndsWith("\n"))));
+    EXPECT_EQ(module->count().writes, r + 1);
+    EXPECT_TRUE(lock_is_free());
+    EXPECT_EQ(context().operation, 2);
+    EXPECT_TRUE(context().connected);
+}
+INSTANTIATE_TEST_SUITE_P(registers, b_port_lost, testing::Values(0u, 1u, 7u, 20u, 33u),
+                         [](const auto& one) { return std::to_string(one.param); });
+
+TEST_F(b_session, the_port_vanishes_in_a_read_reply) {
+    connect();
+    module->plan({.what = fault::hang_up_mid_reply});
+    ASSERT_TRUE(run(session_kind::read));
+    EXPECT_THAT(heard.events.back(), testing::AnyOf("failed 3 读取写命令应答失败", "failed 3 应答帧校验失败"));
+    EXPECT_TRUE(fakes().calls.empty());
+    EXPECT_EQ(module->count().reads, 1u);
+}
+
+TEST_F(b_session, a_path_without_a_leading_c_is_never_opened) {
+    ASSERT_TRUE(run(session_kind::connect, "/dev/ttyS0"));
+    EXPECT_THAT(heard.events, ElementsAre("failed 1 串口打开失败"));
+    EXPECT_THAT(heard.logs, ElementsAre("\n VKT610B \n\n[13-5-9]open: open serial failed!\n\n"));
+    EXPECT_FALSE(context().port_open);
 }
 
 TEST_F(b_session, log_lines_carry_the_chosen_model) {

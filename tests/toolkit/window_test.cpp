@@ -216,6 +216,19 @@ TEST_F(windows, enter_presses_the_default_button_and_esc_closes_what_may_be_clos
     EXPECT_EQ(dialog_set_esc_closes(widget_child(window_manager(), "home"), true), RET_BAD_PARAMS);
 }
 
+TEST_F(windows, enter_takes_what_was_typed_before_it_presses_the_default_button) {
+    open(ui_window(""), "home");
+    open(ui_dialog(ui_widget("QLineEdit", "edit", "10 10 90 30") + ok_button), "card");
+    told.hear(at("ok"), event_type::click);
+    told.hear(at("edit"), event_type::value_changed);
+    click(at("edit"));
+    type("7");
+    key("Enter");
+    EXPECT_THAT(told.take(), ElementsAre("edit:value_changed"));
+    key("Enter");
+    EXPECT_THAT(told.take(), ElementsAre("ok:click"));
+}
+
 TEST_F(windows, hidden_default_button_is_not_pressed) {
     open(ui_window(""), "home");
     open(ui_dialog(ok_button), "card");

@@ -135,6 +135,8 @@ widget_state* adopt_widget(QWidget* w, widget_kind kind, const QString& name, wi
 void wire_widget(widget_state* state);
 /// An edit or an editable combo box was left or got Enter: tells the handlers when the user changed the text.
 void commit_widget(widget_state* state);
+/// Enter in an edit: true when there was something typed that a handler has taken.
+bool commit_edit_by_enter(widget_state* state);
 
 /// While one lives, changes are the program's and fire no handler.
 class from_code {

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QFocusEvent>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QWheelEvent>
@@ -27,6 +28,8 @@ uint32_t next_handler_id() {
 }
 
 widget_state* focus_owner = nullptr;
+
+bool is_enter(const QKeyEvent& key) { return key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter; }
 
 constexpr const char* kind_names[] = {
     "window_manager", "window",     "dialog",       "view",   "card",          "label",     "button",
@@ -218,6 +221,10 @@ bool widget_state::eventFilter(QObject* watched, QEvent* what) {
             const QPoint turned = static_cast<QWheelEvent*>(what)->angleDelta();
             fire(event_type::wheel, turned.y() != 0 ? turned.y() : turned.x());
         }
+        break;
+    case QEvent::KeyPress:
+        // Enter takes what was typed; only the next one is for the dialog's default button.
+        if (watched == w && is_enter(*static_cast<QKeyEvent*>(what)) && commit_edit_by_enter(this)) return true;
         break;
     case QEvent::FocusIn:
         if (watched == w) on_focus_in();

@@ -76,12 +76,13 @@ void wire_spin(widget_state* s) {
     widget_filter_inner(s, spin->inner_edit());
 }
 
-void edit_commit(widget_state* s) {
+bool edit_commit(widget_state* s) {
     const QString text = static_cast<QLineEdit*>(s->w)->text();
-    if (!s->edited || text == s->last_text) return;
+    if (!s->edited || text == s->last_text) return false;
     s->last_text = text;
     s->edited = false;
     s->fire(event_type::value_changed);
+    return true;
 }
 
 void wire_edit(widget_state* s) {
@@ -90,7 +91,6 @@ void wire_edit(widget_state* s) {
         s->edited = true;
         s->fire(event_type::value_changing);
     });
-    QObject::connect(edit, &QLineEdit::returnPressed, s, [s] { edit_commit(s); });
 }
 
 void wire_scroll_bar(widget_state* s) {
@@ -124,4 +124,8 @@ void wire_widget(widget_state* state) {
 void commit_widget(widget_state* state) {
     if (state->kind == widget_kind::edit) edit_commit(state);
     if (state->kind == widget_kind::combo_box) combo_maybe_changed(state);
+}
+
+bool commit_edit_by_enter(widget_state* state) {
+    return state->kind == widget_kind::edit && state->has_handlers(event_type::value_changed) && edit_commit(state);
 }
