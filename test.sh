@@ -5,9 +5,12 @@
 #   --asan      all tests under the address and undefined-behaviour sanitisers, built with Clang
 #   --tsan      all tests but those of windows under the thread sanitiser, built with Clang
 #   --clang     the debug build with Clang without sanitisers, and all tests
-#   --windows   the Windows cross build, tested under Wine
+#   --windows   the Windows cross build, tested under Wine; with the window program if there is a Qt for it:
+#               QTWIN_PREFIX names one, or packaging/windows/build-qt-prefix.sh has made one
 #   --lint      the checks of the source text and of the scripts only
-#   --all       everything above but --clang, which the sanitised builds stand for
+#   --fuzz [N]  the fuzz targets, each for N seconds (30), under the address and undefined-behaviour sanitisers
+#   --all       everything above but --clang, which the sanitised builds stand for, and --fuzz, which has no end:
+#               the targets' corpus is played with all tests
 # Several options may be given. The exit status is 0 only when nothing failed.
 set -u
 cd "$(dirname "$0")" || exit 2
@@ -20,10 +23,20 @@ usage() { sed -n '2,/^set /{/^# /s/^# //p}' test.sh; }
 
 runs=
 ctest_options=()
-for option in "$@"; do
+fuzz_seconds=30
+while [ $# -gt 0 ]; do
+    option=$1
+    shift
     case $option in
         --quick) runs="$runs dev lint" ctest_options=(-LE program) ;;
         --asan | --tsan | --clang | --windows | --lint) runs="$runs ${option#--}" ;;
+        --fuzz)
+            runs="$runs fuzz"
+            if [[ ${1:-} =~ ^[0-9]+$ ]]; then
+                fuzz_seconds=$1
+                shift
+            fi
+            ;;
         --all) runs="dev asan tsan windows lint" ;;
         -h | --help) usage; exit 0 ;;
         *) echo "test.sh: unknown option $option" >&2; usage >&2; exit 2 ;;
@@ -34,6 +47,7 @@ runs=${runs:-dev lint}
 passed=0
 failed=0
 broken=()
+notes=()
 
 # result NAME PASSED FAILED
 result() {
@@ -96,19 +110,41 @@ run_tsan() {
 }
 
 run_windows() {
-    local log=build/windows-tests.log
+    local log=build/windows-tests.log sections="build windows" options=(-DVKT_GUI=OFF) display=() prefix
+    if prefix=$(packaging/windows/build-qt-prefix.sh --ready); then
+        sections="$sections gui display" options=(-DVKT_GUI=ON "-DQTWIN_PREFIX=$prefix") display=(with_display)
+    elif [ -n "${QTWIN_PREFIX:-}" ]; then
+        result "windows (QTWIN_PREFIX)" 0 1
+        return
+    else
+        notes+=("windows: the window program was NOT built: no Qt for it (packaging/windows/build-qt-prefix.sh makes one)")
+    fi
     say "windows: build"
-    # The pseudo-terminals that stand for COM ports are made by a program of this system.
-    if ! scripts/install.sh build windows || ! configure windows || ! build windows ||
-        ! configure dev -B build/host -DVKT_GUI=OFF -DVKT_TESTS=OFF || ! build host pty_host; then
+    # The pseudo-terminals that stand for COM ports are made by programs of this system.
+    # shellcheck disable=SC2086 # a list of words
+    if ! scripts/install.sh $sections || ! configure windows "${options[@]}" || ! build windows ||
+        ! configure dev -B build/host -DVKT_GUI=OFF -DVKT_TESTS=OFF || ! build host pty_host vkt_sim; then
         result "windows (build)" 0 1
         return
     fi
     say "windows: tests under Wine"
-    VKT_HOST_BUILD=$PWD/build/host packaging/windows/wine-tests.sh "${ctest_options[@]}" 2>&1 |
+    VKT_HOST_BUILD=$PWD/build/host "${display[@]}" packaging/windows/wine-tests.sh "${ctest_options[@]}" 2>&1 |
         tee "$log" | brief
     # shellcheck disable=SC2046
     result windows $(count_ctest "$log")
+}
+
+run_fuzz() {
+    local log=build/fuzz-tests.log
+    say "fuzz: build"
+    if ! scripts/install.sh build clang || ! configure fuzz || ! build fuzz; then
+        result "fuzz (build)" 0 1
+        return
+    fi
+    say "fuzz: $fuzz_seconds seconds a target"
+    scripts/fuzz.sh build/fuzz "$fuzz_seconds" 2>&1 | tee "$log"
+    # shellcheck disable=SC2046 # two numbers
+    result fuzz $(tail -n 1 "$log" | sed -nE 's/^([0-9]+) passed, ([0-9]+) failed$/\1 \2/p;t;s/.*/0 1/p')
 }
 
 run_lint() {
@@ -128,6 +164,6 @@ mkdir -p build
 for run in $runs; do "run_$run"; done
 
 say "result"
-for line in "${broken[@]}"; do echo "$line"; done
+for line in "${notes[@]}" "${broken[@]}"; do echo "$line"; done
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]

@@ -18,6 +18,9 @@ if(VKT_SANITIZE)
     target_compile_options(vkt_flags INTERFACE -fsanitize=${VKT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(vkt_flags INTERFACE -fsanitize=${VKT_SANITIZE})
 endif()
+if(VKT_FUZZ)
+    target_compile_options(vkt_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 target_link_libraries(vkt_flags INTERFACE Threads::Threads)
 
 # The tree the program runs in: bin/ with ../res, ../log and ../tools beside it.
@@ -44,9 +47,10 @@ function(vkt_library name)
     endif()
 endfunction()
 
-# vkt_test(NAME DIR dir [LINK target...] [LABELS label...]): one GoogleTest program of every .cpp in the folder.
+# vkt_test(NAME DIR dir [WHOLE] [LINK target...] [LABELS label...]): one GoogleTest program of every .cpp in the folder.
+# WHOLE makes it one test of ctest; otherwise each test of the program is one.
 function(vkt_test name)
-    cmake_parse_arguments(A "" "DIR" "LINK;LABELS;PROPERTIES" ${ARGN})
+    cmake_parse_arguments(A "WHOLE" "DIR" "LINK;LABELS;PROPERTIES" ${ARGN})
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${A_DIR}/*.cpp)
     if(NOT sources)
         return()
@@ -59,6 +63,12 @@ function(vkt_test name)
     if(A_LABELS) # an empty value would be lost on the way and take the next property's name for itself
         set(labels LABELS "${A_LABELS}")
     endif()
-    gtest_discover_tests(${name} TEST_PREFIX "${A_DIR}/" WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${A_DIR}
+    if(A_WHOLE)
+        add_test(NAME ${A_DIR}/all COMMAND ${name} WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${A_DIR})
+        set_tests_properties(${A_DIR}/all PROPERTIES TIMEOUT 300 ${labels} ${A_PROPERTIES})
+        return()
+    endif()
+    # Values that print as raw bytes hold addresses: only the tests' own names are the same in every build.
+    gtest_discover_tests(${name} NO_PRETTY_VALUES TEST_PREFIX "${A_DIR}/" WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${A_DIR}
         DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120 PROPERTIES TIMEOUT 120 ${labels} ${A_PROPERTIES})
 endfunction()

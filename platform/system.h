@@ -10,7 +10,8 @@
 /// wide string and returns the process's exit status. The executable provides it.
 int vkt_main(const std::wstring& command_line);
 
-/// Initialises COM for the GUI thread (multithreaded apartment). Nothing elsewhere than on Windows.
+/// Initialises COM (multithreaded apartment) for the process. Called once, by the GUI thread, before any window is
+/// there; that thread itself stays free to choose. Nothing elsewhere than on Windows.
 void platform_com_init();
 
 /// Gives the process a console and reopens standard output on it. On systems where standard output always exists,

@@ -2,6 +2,7 @@
 #include "sim/wire.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 
 namespace sim {
@@ -61,23 +62,25 @@ std::vector<std::string> split(const std::string& text, char by) {
     return parts;
 }
 
+/// Noise in bytes, waits in milliseconds: enough for any test, and nothing overflows.
+constexpr long long argument_most = 0xFFFFF;
+
+bool is_digit(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
+
+/// A C number without blanks or a sign.
 bool read_number(const std::string& text, long long most, long long* out) {
+    if (text.empty() || !is_digit(text[0])) return false;
     char* end = nullptr;
     const long long value = std::strtoll(text.c_str(), &end, 0);
-    if (text.empty() || *end != '\0' || value < 0 || value > most) return false;
+    if (end != text.c_str() + text.size() || value > most) return false;
     *out = value;
     return true;
 }
 
 bool read_hex(const std::string& text, bytes* out) {
-    if (text.size() % 2 != 0) return false;
-    for (std::size_t i = 0; i < text.size(); i += 2) {
-        char* end = nullptr;
-        const std::string pair = text.substr(i, 2);
-        const long value = std::strtol(pair.c_str(), &end, 16);
-        if (*end != '\0' || value < 0 || pair[0] == ' ' || pair[0] == '+') return false;
-        out->push_back(static_cast<uint8_t>(value));
-    }
+    if (text.size() % 2 != 0 || !std::all_of(text.begin(), text.end(), is_digit)) return false;
+    for (std::size_t i = 0; i < text.size(); i += 2)
+        out->push_back(static_cast<uint8_t>(std::strtol(text.substr(i, 2).c_str(), nullptr, 16)));
     return true;
 }
 
@@ -95,7 +98,7 @@ bool read_setting(const std::string& part, fault_plan* plan) {
         plan->after = static_cast<uint32_t>(number);
     else if (key == "times" && read_number(value, 0xFFFFFFFFLL, &number))
         plan->times = static_cast<uint32_t>(number);
-    else if (key == "argument" && read_number(value, 0x7FFFFFFFLL, &number))
+    else if (key == "argument" && read_number(value, argument_most, &number))
         plan->argument = static_cast<int32_t>(number);
     else
         return false;

@@ -47,8 +47,9 @@ struct fault_plan {
     int32_t argument = -1;        ///< see fault; -1 takes the default
     std::vector<uint8_t> bytes{}; ///< for fault::raw
 };
-/// Reads "bad_check:after=1:times=2:argument=20"; times may be "ever", argument a C number ("0x0112") and, for raw,
-/// bytes=F7F80212. False (and `out` untouched) when it cannot be read; `why`, if given, says why. Any thread.
+/// Reads "bad_check:after=1:times=2:argument=20"; times may be "ever", argument a C number below 0x100000
+/// ("0x0112") and, for raw, bytes=F7F80212. False (and `out` untouched) when it cannot be read; `why`, if given,
+/// says why. Any thread.
 bool fault_parse(const std::string& text, fault_plan* out, std::string* why = nullptr);
 
 /// The five data bytes of the A family's firmware reply.

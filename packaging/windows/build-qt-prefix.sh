@@ -1,14 +1,12 @@
 #!/usr/bin/env bash
 # Builds the static Qt that the Windows program is linked with, from the distribution's own qt6-base source package.
 #
-#   packaging/windows/build-qt-prefix.sh [--configure-only]
+#   packaging/windows/build-qt-prefix.sh [--ready | --configure-only]
 #
 # The result lies in build/qtwin/prefix (another folder: QTWIN_DIR); its path is the last line printed. A prefix that
 # is there already is kept. QTWIN_PREFIX names a ready prefix elsewhere, which is only checked. A build takes about 28
-# minutes of processor time and 1.5 GB.
-#
-# Needs: g++-mingw-w64-x86-64-posix, cmake, ninja-build, dpkg-dev, and qt6-base-dev and qt6-base-dev-tools of the same
-# version as the source.
+# minutes of processor time and 1.5 GB. Packages that are missing are installed.
+# --ready builds and installs nothing: it prints the path of a ready prefix, or ends with status 1.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -91,6 +89,8 @@ if [ -n "${QTWIN_PREFIX:-}" ]; then
     exit 0
 fi
 if ! check_prefix "$prefix"; then
+    [ "${1:-}" != --ready ] || exit 1
+    "$root/scripts/install.sh" build gui windows windows-qt >&2
     mkdir -p "$work"
     fetch_source
     check_host_tools

@@ -5,9 +5,12 @@
 #   packaging/windows/wine-tests.sh --run COMMAND...     runs one command in the same surroundings instead of ctest
 #
 # VKT_WINDOWS_BUILD (build/windows) is the cross build, VKT_HOST_BUILD (build/dev) the build on this system that holds
-# stage/bin/pty_host, VKT_WINE_DIR (build/wine) the folder for Wine's own files. Everything that is started here is
+# stage/bin/pty_host and, for scripts that drive the whole program, stage/bin/vkt_sim; VKT_WINE_DIR (build/wine) the
+# folder for Wine's own files. Windows need a display: run this with a virtual one. Everything that is started here is
 # stopped again, whichever way the script ends.
 set -euo pipefail
+# File names that are not ASCII are part of the tests, and Wine takes their encoding from here.
+export LC_ALL=C.UTF-8
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 windows_build=${VKT_WINDOWS_BUILD:-$root/build/windows}
@@ -38,6 +41,8 @@ prepare_environment() {
     wineserver=$(find_program /usr/lib/wine/wineserver64 /usr/lib/wine/wineserver /usr/bin/wineserver)
     [ -x "$pty_host" ] || die "$pty_host is missing: build the target pty_host on this system first"
     mkdir -p "$wine_dir/ports/folder"
+    # For tests/program/run_program_test.sh.
+    export VKT_WINE=$wine VKT_WINE_PORTS=$wine_dir/ports VKT_HOST_STAGE=$host_build/stage
     export WINEPREFIX=$wine_dir/prefix WINEDEBUG=${WINEDEBUG:--all}
     export WINEDLLOVERRIDES="winedbg.exe=d;winemenubuilder.exe=d;mscoree,mshtml="
     exec 9>"$wine_dir/lock"
@@ -60,18 +65,21 @@ stop_all() {
     exit "$status"
 }
 
+# registry KEY NAME VALUE
+registry() { "$wine" reg add "$1" /v "$2" /d "$3" /f >>"$wine_dir/wineboot.log" 2>&1 </dev/null 9>&-; }
+
 # Wine reads the names of the ports only when its server starts, so they are registered with a server of their own.
 make_prefix() {
-    local key='HKLM\Software\Wine\Ports' port wanted="${ports[*]} $wine_dir"
+    local key='HKLM\Software\Wine\Ports' port wanted="${ports[*]} unmanaged $wine_dir"
     if [ "$(cat "$wine_dir/prefix.ready" 2>/dev/null)" = "$wanted" ]; then return; fi
     echo "wine-tests: preparing $WINEPREFIX"
     rm -rf "$WINEPREFIX" "$wine_dir/prefix.ready"
     # Their output must not be this script's: the server would keep it open after its end.
     "$wine" wineboot -i >"$wine_dir/wineboot.log" 2>&1 </dev/null 9>&-
-    for port in "${ports[@]}"; do
-        "$wine" reg add "$key" /v "$port" /d "$wine_dir/ports/${port,,}" /f >>"$wine_dir/wineboot.log" 2>&1 </dev/null 9>&-
-    done
-    "$wine" reg add "$key" /v COM20 /d "$wine_dir/ports/folder" /f >>"$wine_dir/wineboot.log" 2>&1 </dev/null 9>&-
+    for port in "${ports[@]}"; do registry "$key" "$port" "$wine_dir/ports/${port,,}"; done
+    registry "$key" COM20 "$wine_dir/ports/folder"
+    # The virtual display has no window manager; Wine would wait for its answers, 2 s each.
+    registry 'HKCU\Software\Wine\X11 Driver' Managed N
     "$wineserver" -k 9>&- || true
     "$wineserver" -w 9>&-
     echo "$wanted" >"$wine_dir/prefix.ready"

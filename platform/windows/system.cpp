@@ -6,7 +6,13 @@
 #define PSAPI_VERSION 2 // GetProcessMemoryInfo from kernel32 itself
 #include <psapi.h>
 
-void platform_com_init() { CoInitializeEx(nullptr, COINIT_MULTITHREADED); }
+void platform_com_init() {
+    if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) return;
+    // The process stays in the multithreaded apartment, and every thread in it that makes no other choice. This one
+    // is let go again: the window library needs a single-threaded one on it, or nothing can be copied or pasted.
+    CO_MTA_USAGE_COOKIE kept{};
+    if (SUCCEEDED(CoIncrementMTAUsage(&kept))) CoUninitialize();
+}
 
 bool platform_open_console() {
     // A console that is there already does as well.

@@ -31,14 +31,8 @@ struct world {
         tree = scratch_folder("vkt_app");
         const fs::path source = fs::path(__FILE__).parent_path() / ".." / ".." / "res" / "default";
         fs::create_directories(tree / "bin");
-        fs::create_directories(tree / "res" / "default" / "ui");
-        for (const auto& entry : fs::directory_iterator(source))
-            if (entry.path().filename() != "ui")
-                fs::create_directory_symlink(fs::canonical(entry.path()),
-                                             tree / "res" / "default" / entry.path().filename());
-        for (const auto& entry : fs::directory_iterator(source / "ui"))
-            fs::create_symlink(fs::canonical(entry.path()),
-                               tree / "res" / "default" / "ui" / entry.path().filename());
+        fs::create_directories(tree / "res");
+        fs::copy(source, tree / "res" / "default", fs::copy_options::recursive);
         fs::current_path(tree / "bin");
         // Once, before any worker reads them.
         session_timing& timing = session_timing_get();

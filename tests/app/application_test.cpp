@@ -83,29 +83,30 @@ TEST_F(application, a_theme_must_be_named) {
     EXPECT_THAT(said(), HasSubstr("condition(theme != NULL && am != NULL) failed!\n"));
 }
 
+/// Makes the program believe that it may not write: its probe file cannot be made where a folder of that name
+/// stands, not even by an administrator.
+class unwritable_folder {
+  public:
+    unwritable_folder() { std::filesystem::create_directory("authority"); }
+    ~unwritable_folder() { std::filesystem::remove("authority"); }
+    unwritable_folder(const unwritable_folder&) = delete;
+    unwritable_folder& operator=(const unwritable_folder&) = delete;
+};
+
 TEST_F(application, a_folder_that_cannot_be_written_is_told_and_the_page_opens) {
-    // Nobody, not even an administrator, writes into a folder that is gone.
-    const auto bin = tree() / "bin";
-    std::filesystem::create_directory("gone");
-    std::filesystem::current_path("gone");
-    std::filesystem::remove(bin / "gone");
+    const unwritable_folder here;
     answer_message();
     EXPECT_EQ(navigator_replace("home_page"), RET_OK);
     EXPECT_TRUE(wait([this] { return !message_seen.empty() && message() == nullptr; }));
-    std::filesystem::current_path(bin);
     EXPECT_EQ(message_seen, "无权限，请使用管理员权限运行程序");
     EXPECT_NE(home(), nullptr);
 }
 
 TEST_F(application, a_press_of_the_port_selector_tells_it_too) {
-    const auto bin = tree() / "bin";
-    std::filesystem::create_directory("gone");
-    std::filesystem::current_path("gone");
-    std::filesystem::remove(bin / "gone");
+    const unwritable_folder here;
     answer_message();
     click(home(), "combo_box_ex_serial");
     EXPECT_TRUE(wait([this] { return !message_seen.empty() && message() == nullptr; }));
-    std::filesystem::current_path(bin);
     EXPECT_EQ(message_seen, "无权限，请使用管理员权限运行程序");
 }
 

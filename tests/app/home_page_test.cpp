@@ -260,6 +260,7 @@ TEST_F(home_page, a_port_list_that_changes_does_not_disturb_typing) {
     com::map_port("COM12", "");
 }
 
+#ifndef _WIN32 // names cannot be mapped there, and Wine's registry keeps a port that is gone
 TEST_F(home_page, a_port_that_was_pulled_out_leaves_the_list) {
     com::map_port("COM12", "/dev/null");
     port_watcher_start();
@@ -268,5 +269,6 @@ TEST_F(home_page, a_port_that_was_pulled_out_leaves_the_list) {
     port_watcher_start();
     EXPECT_TRUE(wait([] { return !combo_box_has_option_text(at("combo_box_ex_serial"), "COM12"); }));
 }
+#endif
 
 } // namespace

@@ -1,10 +1,10 @@
 #include "config/pages/generic_pages.h"
 #include "tests/pages/home_stage.h"
+#include "tests/support/pattern.h"
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/ravel.h"
 
 using testing::HasSubstr;
-using testing::MatchesRegex;
 
 namespace {
 
@@ -69,7 +69,9 @@ TEST_P(generic_edits, store_key_and_byte_and_refresh_the_code_view) {
     EXPECT_EQ(image()[edit.at], edit.byte);
     expect_code();
 }
-INSTANTIATE_TEST_SUITE_P(all, generic_edits, testing::ValuesIn(edit_cases));
+INSTANTIATE_TEST_SUITE_P(all, generic_edits, testing::ValuesIn(edit_cases), [](const auto& one) {
+    return std::string(one.param.key) + "_" + std::to_string(one.param.value);
+});
 
 TEST_F(generic_pages, show_the_store_when_they_are_filled) {
     tk_object_set_prop_uint8(config_store(), "uart_baud_rate", 9);
@@ -291,7 +293,8 @@ TEST_P(generic_hex_edits, form_store_and_refresh_when_left) {
     expect_code();
     does(std::string("click @/") + hex.edit + "\nexpect @/" + hex.edit + " text 12345678\n");
 }
-INSTANTIATE_TEST_SUITE_P(all, generic_hex_edits, testing::ValuesIn(hex_cases));
+INSTANTIATE_TEST_SUITE_P(all, generic_hex_edits, testing::ValuesIn(hex_cases),
+                         [](const auto& one) { return std::string(one.param.key); });
 
 TEST_F(generic_pages, hex_edit_typing_FF_gives_00_00_00_FF) {
     show("page_can");
@@ -332,7 +335,7 @@ TEST_F(generic_pages, hex_edit_without_an_edit_says_so) {
         if (std::string("edit_send") == row.name) {
             EXPECT_EQ(page_event(can, row, nullptr, {.type = event_type::focus}), RET_BAD_PARAMS);
         }
-    EXPECT_THAT(console(), MatchesRegex("on_edit_send_focus:[0-9]+ condition\\(edit != NULL\\) failed!\n"));
+    EXPECT_THAT(console(), FitsPattern("on_edit_send_focus:[0-9]+ condition\\(edit != NULL\\) failed!\n"));
 }
 
 TEST_F(generic_pages, greying_the_edit_under_the_cursor_is_harmless) {

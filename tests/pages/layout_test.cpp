@@ -1,6 +1,7 @@
 #include "config/pages/generic_pages.h"
 #include "dev_a/pages/vkt510a_pages.h"
 #include "tests/pages/home_stage.h"
+#include "tests/support/pattern.h"
 
 #include <set>
 
@@ -114,8 +115,7 @@ TEST_F(layouts, init_without_a_page_says_so) {
     };
     for (const auto& [init, name] : inits) {
         EXPECT_EQ(init(nullptr), RET_BAD_PARAMS);
-        EXPECT_THAT(console(),
-                    testing::MatchesRegex(std::string(name) + ":[0-9]+ condition\\(win != NULL\\) failed!\n"));
+        EXPECT_THAT(console(), FitsPattern(std::string(name) + ":[0-9]+ condition\\(win != NULL\\) failed!\n"));
     }
 }
 

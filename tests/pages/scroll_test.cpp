@@ -69,6 +69,7 @@ TEST_P(can_scrolling, handlers_are_attached_once) {
     EXPECT_EQ(widget_get_value_int(bar), 100);
 }
 
-INSTANTIATE_TEST_SUITE_P(both, can_scrolling, testing::ValuesIn(scroll_cases));
+INSTANTIATE_TEST_SUITE_P(both, can_scrolling, testing::ValuesIn(scroll_cases),
+                         [](const auto& one) { return std::string(one.param.page); });
 
 } // namespace

@@ -64,7 +64,9 @@ TEST_P(vkt510a_edits, store_encode_and_refresh_the_code_view) {
     expect_code();
     EXPECT_TRUE(unlocked());
 }
-INSTANTIATE_TEST_SUITE_P(all, vkt510a_edits, testing::ValuesIn(edit_cases));
+INSTANTIATE_TEST_SUITE_P(all, vkt510a_edits, testing::ValuesIn(edit_cases), [](const auto& one) {
+    return std::string(one.param.key) + "_" + std::to_string(one.param.value);
+});
 
 TEST_F(vkt510a_pages, option_lists_keep_their_order) {
     show("page_vkt510a_uart");
@@ -183,7 +185,8 @@ std::vector<refused_case> reachable_cases() {
         if (std::string(row.name).find("check_button") != 0) rows.push_back(row);
     return rows;
 }
-INSTANTIATE_TEST_SUITE_P(all, vkt510a_refusals, testing::ValuesIn(reachable_cases()));
+INSTANTIATE_TEST_SUITE_P(all, vkt510a_refusals, testing::ValuesIn(reachable_cases()),
+                         [](const auto& one) { return std::string(one.param.key); });
 
 TEST_F(vkt510a_pages, uart_code_17_or_above_is_refused_and_the_image_keeps_the_previous_code) {
     show("page_vkt510a_uart");
@@ -340,23 +343,25 @@ TEST_P(vkt510a_hex_edits, scan_store_and_show_again_when_left) {
     EXPECT_EQ(shown(hex.edit), "12 34 56 78");
     EXPECT_TRUE(unlocked());
 }
-INSTANTIATE_TEST_SUITE_P(all, vkt510a_hex_edits, testing::ValuesIn(hex_cases));
+INSTANTIATE_TEST_SUITE_P(all, vkt510a_hex_edits, testing::ValuesIn(hex_cases),
+                         [](const auto& one) { return std::string(one.param.key); });
 
 struct typed_case {
+    const char* name;
     const char* typed;
     const char* kept; ///< while the edit has the focus
     uint32_t word;
 };
 const typed_case typed_cases[] = {
-    {"FF", "FF", 0xFF},
-    {"12G", "12", 0x12},
-    {"1G2H3", "123", 0x123},
-    {"12 34 56 78", "12345678", 0x12345678},
-    {"123456789A", "12345678", 0x12345678},
-    {"abCDef", "abCDef", 0xABCDEF},
-    {"xyz", "", 0},
-    {"型12", "12", 0x12},
-    {"", "", 0},
+    {"digits", "FF", "FF", 0xFF},
+    {"a_letter_at_the_end", "12G", "12", 0x12},
+    {"letters_between", "1G2H3", "123", 0x123},
+    {"blanks", "12 34 56 78", "12345678", 0x12345678},
+    {"more_than_eight", "123456789A", "12345678", 0x12345678},
+    {"both_cases", "abCDef", "abCDef", 0xABCDEF},
+    {"letters_only", "xyz", "", 0},
+    {"a_chinese_character", "型12", "12", 0x12},
+    {"nothing", "", "", 0},
 };
 
 class vkt510a_typing : public vkt510a_pages, public testing::WithParamInterface<typed_case> {};
@@ -369,7 +374,8 @@ TEST_P(vkt510a_typing, is_filtered_and_scanned) {
          typed.kept + "\"\nkey Tab\n");
     EXPECT_EQ(value("can_send_data_vkt510a"), typed.word);
 }
-INSTANTIATE_TEST_SUITE_P(all, vkt510a_typing, testing::ValuesIn(typed_cases));
+INSTANTIATE_TEST_SUITE_P(all, vkt510a_typing, testing::ValuesIn(typed_cases),
+                         [](const auto& one) { return std::string(one.param.name); });
 
 TEST_F(vkt510a_pages, a_text_that_no_scan_takes_keeps_the_value) {
     set("can_send_data_vkt510a", 0x55);

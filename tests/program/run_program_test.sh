@@ -139,18 +139,25 @@ follow() {
     done
 }
 arguments=${VKT_PROGRAM_ARGUMENTS:-$(directive arguments)}
-# Into a file and not a pipe: Wine's own processes, which live on, keep hold of it.
-# shellcheck disable=SC2086 # a list of words
-timeout "$limit_s" "${program[@]}" ${arguments:-1280 750} >"$tree/output.txt" 2>"$tree/errors.txt" &
-running=$!
-children+=("$running")
-tail -n +1 -s 0.02 --pid="$running" -f "$tree/output.txt" 2>/dev/null | follow &
-follower=$!
-wait "$running"
-status=$?
+# shellcheck disable=SC2206 # a list of words
+arguments=(${arguments:-1280 750})
+if [ -n "$under_wine" ]; then
+    # Into a file and not a pipe: Wine's own processes, which live on, keep hold of it.
+    timeout "$limit_s" "${program[@]}" "${arguments[@]}" >"$tree/output.txt" 2>"$tree/errors.txt" &
+    running=$!
+    children+=("$running")
+    tail -n +1 -s 0.02 --pid="$running" -f "$tree/output.txt" 2>/dev/null | follow &
+    follower=$!
+    wait "$running"
+    status=$?
+    unset "children[-1]"
+else
+    timeout "$limit_s" "${program[@]}" "${arguments[@]}" > >(tee "$tree/output.txt" | follow) 2>"$tree/errors.txt"
+    status=$?
+    follower=$!
+fi
 ended_ms=$(now_ms)
-wait "$follower"
-unset "children[-1]"
+wait "$follower" # everything printed has been seen, and is in the file
 cat "$tree/output.txt" "$tree/errors.txt"
 
 if [ -n "$sim" ]; then

@@ -206,14 +206,22 @@ TEST(SimFaultText, ReadsAllParts) {
 }
 
 TEST(SimFaultText, RefusesWhatItCannotRead) {
-    for (const char* text : {"", "sulky", "late:", "late:after", "late:after=", "late:after=-1", "late:after=1x",
-                             "late:when=1", "raw:bytes=F", "raw:bytes=G0", "raw:bytes= 1", "raw:bytes=-1"}) {
+    for (const char* text :
+         {"", "sulky", "late:", "late:after", "late:after=", "late:after=-1", "late:after=1x", "late:when=1",
+          "late:argument=0x100000", "late:after= 1", "raw:bytes=F", "raw:bytes=G0", "raw:bytes= 1", "raw:bytes=\t1",
+          "raw:bytes=-1", "raw:bytes=-0", "raw:bytes=0x"}) {
         sim::fault_plan plan;
         std::string why;
         EXPECT_FALSE(sim::fault_parse(text, &plan, &why)) << text;
         EXPECT_FALSE(why.empty()) << text;
         EXPECT_EQ(plan.what, fault::none) << text;
     }
+}
+
+TEST(SimFaultText, RefusesZeroBytes) {
+    sim::fault_plan plan;
+    EXPECT_FALSE(sim::fault_parse(std::string("late:after=1\0", 13), &plan));
+    EXPECT_FALSE(sim::fault_parse(std::string("raw:bytes=1\0", 12), &plan));
 }
 
 TEST(SimFaultText, NamesGoBothWays) {

@@ -401,8 +401,8 @@ TEST_F(Drive, ShotsAndDumps) {
     const QImage image(QString::fromStdString(path("a.png")));
     EXPECT_EQ(image.width(), 700);
     EXPECT_EQ(image.height(), 500);
-    std::ifstream file(path("a.txt"), std::ios::binary);
-    const std::string dump((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    std::string dump;
+    ASSERT_TRUE(fs_read_all(path("a.txt").c_str(), &dump));
     EXPECT_THAT(dump, HasSubstr("home/edit edit \"hello\" value=0 enabled visible 120,90 200x32\n"));
     EXPECT_THAT(dump, HasSubstr("home/button_off button \"\" value=0 disabled visible"));
     EXPECT_THAT(dump, HasSubstr("home/page_a/twin check_button"));

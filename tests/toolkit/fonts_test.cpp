@@ -28,10 +28,9 @@ QString own_characters() {
     return all;
 }
 
-class Fonts : public testing::TestWithParam<const char*> {};
+class Fonts : public stage, public testing::WithParamInterface<const char*> {};
 
 TEST_P(Fonts, HoldEveryCharacterOfTheProgramsOwnTexts) {
-    start_stage();
     const QRawFont font(QString::fromStdString((top / "res/default/fonts" / GetParam()).string()), 14);
     ASSERT_TRUE(font.isValid());
     const QString text = own_characters();
@@ -45,8 +44,9 @@ TEST_P(Fonts, HoldEveryCharacterOfTheProgramsOwnTexts) {
 INSTANTIATE_TEST_SUITE_P(Brought, Fonts, testing::Values("vkt_sans.otf", "vkt_mono.otf"),
                          [](const auto& each) { return std::string(each.param).substr(4, 4); });
 
-TEST(FontChoice, TheThemesOwnFontDrawsAndTheSystemsOneFillsItsGaps) {
-    start_stage();
+class FontChoice : public stage {};
+
+TEST_F(FontChoice, TheThemesOwnFontDrawsAndTheSystemsOneFillsItsGaps) {
     EXPECT_EQ(QFontInfo(QApplication::font()).family(), QStringLiteral("VKT Sans"));
     EXPECT_EQ(QFontInfo(QApplication::font()).pixelSize(), 14);
     const QChar rare(u'齉');

@@ -1,5 +1,6 @@
 #!/bin/bash
-# Tests of the scripts: tools/compare_frame, scripts/install.sh, and what test.sh makes of ctest's words.
+# Tests of the scripts: tools/compare_frame, scripts/install.sh, packaging/windows/build-qt-prefix.sh --ready, and what
+# test.sh makes of ctest's words.
 # Prints every case that went wrong; the last line is "N passed, N failed".
 set -u
 cd "$(dirname "$0")/../.." || exit 2
@@ -80,6 +81,20 @@ expect 1 "neither root nor a user with sudo: xauth xvfb" install display
 printf '#!/bin/sh\necho "as root: $*"\n' >"$work/bin/sudo"
 chmod +x "$work/bin/sudo"
 expect 0 "as root: env DEBIAN_FRONTEND=noninteractive apt-get -q install -y" install display
+
+# ---- packaging/windows/build-qt-prefix.sh
+
+ready() { env -u QTWIN_PREFIX "$@" packaging/windows/build-qt-prefix.sh --ready; }
+expect 1 "" ready QTWIN_DIR="$work/none"
+expect 1 "is no whole prefix" ready QTWIN_PREFIX="$work/none"
+mkdir -p "$work"/qt/prefix/lib/cmake/Qt6{Core,Gui,Widgets,Test} "$work/qt/prefix/plugins/platforms"
+touch "$work"/qt/prefix/lib/libQt6{Core,Gui,Widgets}.a "$work/qt/prefix/plugins/platforms/libqwindows.a"
+expect 1 "is no whole prefix" ready QTWIN_PREFIX="$work/qt/prefix"
+touch "$work/qt/prefix/lib/libQt6Test.a"
+expect 0 "$work/qt/prefix" ready QTWIN_PREFIX="$work/qt/prefix"
+expect 0 "$work/qt/prefix" ready QTWIN_DIR="$work/qt"
+expect 1 "" ready QTWIN_DIR="$work/none"
+[ ! -e "$work/none" ] || { failed=$((failed + 1)) && echo "--ready left something behind"; }
 
 # ---- test.sh
 
