@@ -80,6 +80,8 @@ ret_t change_number(const bound_row& at) {
         refuse(at);
     else if (store_low_byte(at, *low) != RET_OK)
         return RET_FAIL;
+    else if (const int32_t stored = *low + at.row.shown_above; stored != value && at.row.kind == row_kind::number)
+        widget_set_refused(at.w, ("实际保存的是 " + std::to_string(stored)).c_str());
     return at.scheme().show_code(widget_get_window(at.page));
 }
 

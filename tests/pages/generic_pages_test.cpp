@@ -236,6 +236,16 @@ TEST_F(generic_pages, filter_switch_enables_mask_codes_and_frame_type_together) 
     for (const char* name : names) EXPECT_TRUE(enabled(name)) << name;
 }
 
+TEST_F(generic_pages, a_length_that_no_user_may_type_is_shown_as_it_is) {
+    tk_object_set_prop_uint8(config_store(), "change_len", 200);
+    tk_object_set_prop_uint8(config_store(), "change_star", 255);
+    show("page_change");
+    EXPECT_EQ(shown("spin_box1"), "200");
+    EXPECT_EQ(shown("spin_box"), "255");
+    EXPECT_EQ(number("change_len"), 200);
+    EXPECT_EQ(console(), "");
+}
+
 TEST_F(generic_pages, standard_frames_with_change_len_4_set_it_to_2) {
     show("page_can");
     does("pick @/combo_box_ex_Fkind 标准帧\n");

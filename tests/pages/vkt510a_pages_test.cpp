@@ -216,12 +216,16 @@ TEST_F(vkt510a_pages, a_spin_box_at_255_is_refused) {
 
 TEST_F(vkt510a_pages, the_low_byte_is_taken_before_the_bound) {
     show("page_vkt510a_uart");
-    widget_set_range(on_page("spin_box_distance_vkt510a"), 0, 300);
     does("type @/spin_box_distance_vkt510a 261\n"); // 2, 26 (refused), 261
     EXPECT_EQ(value("uart_distance_vkt510a"), 5U);
     EXPECT_EQ(image()[44], 5);
     EXPECT_EQ(console(), "uart_distance_vkt510a is error\n");
+    EXPECT_TRUE(widget_get_refused(on_page("spin_box_distance_vkt510a"))); // what is shown is not what is stored
+    does("type @/spin_box_distance_vkt510a 16\n");
     EXPECT_FALSE(widget_get_refused(on_page("spin_box_distance_vkt510a")));
+    does("type @/spin_box_distance_vkt510a 261\n");
+    show("page_vkt510a_uart");
+    EXPECT_EQ(shown("spin_box_distance_vkt510a"), "5");
 }
 
 TEST_F(vkt510a_pages, show_code_runs_after_a_refusal_too) {

@@ -11,9 +11,17 @@
 
 namespace {
 
+/// The layout's limits are for what is typed: a value that the program shows is shown as it is, also beyond them.
+void show_in_spin(QWidget* w, int value) {
+    auto* spin = static_cast<QSpinBox*>(w);
+    if (value < spin->minimum()) spin->setMinimum(value);
+    if (value > spin->maximum()) spin->setMaximum(value);
+    spin->setValue(value);
+}
+
 QString text_of_spin(QWidget* w) { return static_cast<QSpinBox*>(w)->cleanText(); }
 ret_t set_spin_text(QWidget* w, const QString& text) {
-    static_cast<QSpinBox*>(w)->setValue(tk_atoi(text.toUtf8().constData()));
+    show_in_spin(w, tk_atoi(text.toUtf8().constData()));
     return RET_OK;
 }
 QString text_of_button(QWidget* w) { return without_mnemonic(static_cast<QAbstractButton*>(w)->text()); }
@@ -47,7 +55,7 @@ QString text_of_progress(QWidget* w) { return static_cast<QProgressBar*>(w)->tex
 
 int value_of_spin(QWidget* w) { return static_cast<QSpinBox*>(w)->value(); }
 ret_t set_spin_value(QWidget* w, int value) {
-    static_cast<QSpinBox*>(w)->setValue(value);
+    show_in_spin(w, value);
     return RET_OK;
 }
 int value_of_check(QWidget* w) { return static_cast<QAbstractButton*>(w)->isChecked() ? 1 : 0; }
