@@ -43,6 +43,7 @@ class port_end {
         if (good == 0 && com::GetLastError() == ERROR_IO_PENDING)
             good = com::GetOverlappedResult(port_, &op, &done, 1);
         com::CloseHandle(op.hEvent);
+        lost_ = good == 0;
         return good != 0 && done == content.size();
     }
 
@@ -68,7 +69,7 @@ class port_end {
         content.resize(good != 0 ? done : 0);
         return content;
     }
-    /// Whether the last read found the port gone.
+    /// Whether the last read or write found the port gone.
     bool lost() const { return lost_; }
 
     bytes ask(const bytes& request, std::size_t size, uint32_t wait_ms = 3000) {
