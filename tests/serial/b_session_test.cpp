@@ -264,7 +264,8 @@ TEST_F(b_session, the_port_vanishes_in_a_read_reply) {
     connect();
     module->plan({.what = fault::hang_up_mid_reply});
     ASSERT_TRUE(run(session_kind::read));
-    EXPECT_THAT(heard.events.back(), testing::AnyOf("failed 3 读取写命令应答失败", "failed 3 应答帧校验失败"));
+    EXPECT_THAT(heard.events.back(), testing::AnyOf("failed 3 读配置命令失败", "failed 3 读取写命令应答失败",
+                                                    "failed 3 应答帧校验失败"));
     EXPECT_TRUE(fakes().calls.empty());
     EXPECT_EQ(module->count().reads, 1u);
 }
