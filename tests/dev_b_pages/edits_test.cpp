@@ -163,7 +163,7 @@ TEST_F(b_pages, spi_values_below_the_range_are_held_to_0_and_above_it_refused_as
     EXPECT_EQ(listed(4), "00000000");
     EXPECT_EQ(console(), "");
     EXPECT_TRUE(widget_get_refused(on_page("spin_box_time_vkt610b"))); // shows 0, stands for 1
-    does("type @/spin_box_time_vkt610b 300\n"); // 3, 30; the low byte of 299 is not taken
+    does("type @/spin_box_time_vkt610b 300\n");                        // 3, 30; the low byte of 299 is not taken
     EXPECT_EQ(value("spi_time_vkt610b"), 29U);
     EXPECT_EQ(console(), "box_time_value is error\n");
     show("page_vkt610b_spi"); // shown again: the stored value, no mark

@@ -152,9 +152,12 @@ if [ -n "$under_wine" ]; then
     status=$?
     unset "children[-1]"
 else
-    timeout "$limit_s" "${program[@]}" "${arguments[@]}" > >(tee "$tree/output.txt" | follow) 2>"$tree/errors.txt"
-    status=$?
+    # A pipe with a name: of a process substitution that a program writes into, the shell knows no process to wait for.
+    mkfifo "$tree/printed"
+    tee "$tree/output.txt" <"$tree/printed" | follow &
     follower=$!
+    timeout "$limit_s" "${program[@]}" "${arguments[@]}" >"$tree/printed" 2>"$tree/errors.txt"
+    status=$?
 fi
 ended_ms=$(now_ms)
 wait "$follower" # everything printed has been seen, and is in the file
