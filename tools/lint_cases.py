@@ -9,6 +9,12 @@ REFUSED = [
     ("layer", "tests/app/a.cpp", "Q" "_OBJECT"),
     ("layer", "dev_a/pages/a.cpp", "auto x = Q" "t::red;"),
     ("layer", "toolkit/core/a.cpp", '#include "toolkit/ravel/ravel.h"'),
+    ("layer", "toolkit/ravel/a.cpp", "#include <Q" "String>"),
+    ("layer", "toolkit/ravel/a.h", '#include "toolkit/ravel/qt/detail.h"'),
+    ("layer", "app/a.cpp", '#include "toolkit/ravel/qt/detail.h"'),
+    ("layer", "dev_b/pages/a.cpp", '#include "toolkit/table_view/qt/rows.h"'),
+    ("layer", "tests/app/a.cpp", '#include "toolkit/ravel/qt/window_stack.h"'),
+    ("layer", "toolkit/ravel/qt/a.cpp", '#include "toolkit/table_view/table_view.h"'),
     ("layer", "platform/a.cpp", '#include "toolkit/core/log.h"'),
     ("layer", "serial/a.cpp", '#include "app/home_page.h"'),
     ("layer", "serial/a.cpp", '#include "dev_b/codec.h"'),
@@ -66,7 +72,9 @@ REFUSED = [
 
 # Path, good text.
 PASSED = [
-    ("toolkit/ravel/a.cpp", "#include <Q" "String>\nQ" "String s;"),
+    ("toolkit/ravel/qt/a.cpp", '#include "toolkit/ravel/widget.h"\n#include <Q' "String>\nQ" "String s;"),
+    ("toolkit/table_view/qt/a.cpp", '#include "toolkit/ravel/qt/detail.h"\n#include "toolkit/table_view/table_view.h"'),
+    ("tests/toolkit/a.cpp", '#include "tests/support/user.h"\n#include "toolkit/ravel/qt/detail.h"'),
     ("tests/toolkit/a.cpp", "#include <Q" "Test>"),
     ("app/a.cpp", '// a Q' 'Widget is behind it\nconst char* s = "Q' 'Widget";'),
     ("app/a.cpp", '#include "toolkit/ravel/ravel.h"\n#include "dev_a/pages/pages.h"\n#include <string>'),

@@ -15,7 +15,7 @@ void show_part(widget* home, const char* name, bool on) {
 } // namespace
 
 void b_stage::SetUp() {
-    user_stage();
+    toolkit_stage_start();
     table_view_register();
     vkt610b_family_register();
     b = dev_open("VKT610B");

@@ -1,8 +1,8 @@
 #include "tests/toolkit/stage.h"
 
 #include "tests/support/scratch_folder.h"
-#include "toolkit/ravel/drive_input.h"
-#include "toolkit/ravel/window_stack.h"
+#include "toolkit/ravel/qt/drive_input.h"
+#include "toolkit/ravel/qt/window_stack.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -1,7 +1,7 @@
 // A toolkit with a resource folder of its own, and a user for it: real pointer and key events only.
 #pragma once
 
-#include "toolkit/ravel/detail.h"
+#include "toolkit/ravel/qt/detail.h"
 #include "toolkit/ravel/ravel.h"
 
 #include <gmock/gmock.h>
