@@ -115,7 +115,7 @@ bool wait_until(const std::function<bool()>& done, int limit_ms) {
 
 void click_at(widget* w, int x, int y) {
     drive_press(qwidget_of(w), QPoint(x, y));
-    if (live(w) != nullptr) drive_release(qwidget_of(w), QPoint(x, y));
+    if (qwidget_of(w) != nullptr) drive_release(qwidget_of(w), QPoint(x, y));
     settle();
 }
 
@@ -157,6 +157,11 @@ void listener::hear(widget* w, event_type what) {
         return RET_OK;
     });
 }
+
+said::said() {
+    log_set_capture([](const std::string& text, void* to) { *static_cast<std::string*>(to) += text; }, &text_);
+}
+said::~said() { log_set_capture(nullptr, nullptr); }
 
 std::vector<std::string> listener::take() { return std::exchange(heard_, {}); }
 

@@ -56,6 +56,20 @@ class listener {
     std::vector<std::string> heard_;
 };
 
+/// What the log and the console receive while it lives.
+class said {
+  public:
+    said();
+    ~said();
+    said(const said&) = delete;
+    said& operator=(const said&) = delete;
+    /// Since the last call.
+    std::string take() { return std::exchange(text_, {}); }
+
+  private:
+    std::string text_;
+};
+
 class stage : public testing::Test {
   protected:
     static void TearDownTestSuite() { end_stage(); }

@@ -39,8 +39,8 @@ enum class widget_kind : uint8_t {
 /// The text that widget_type answers for a kind; "" for custom.
 const char* widget_kind_name(widget_kind kind);
 
-/// What the toolkit knows of a widget beyond Qt. A QObject child of the widget, found through a registry, so that a
-/// handle of a widget that is gone is noticed. States form their own tree: Qt's helper widgets are not in it.
+/// What the toolkit knows of a widget beyond Qt. A QObject child of the widget, found through a registry; its
+/// handle goes stale with it. States form their own tree: Qt's helper widgets are not in it.
 class widget_state final : public QObject {
   public:
     widget_state(QWidget* own, widget_kind own_kind, const QString& own_name, widget_state* parent_state);
@@ -57,12 +57,13 @@ class widget_state final : public QObject {
     void tell_place_later(uint32_t id);
 
     QWidget* const w;
+    widget* const handle;
     const widget_kind kind;
     std::string name;
     std::string type;
     widget_state* parent;
     std::vector<widget_state*> children; ///< in layout order
-    /// A page that nobody has seen or looked into yet: makes its content. Called through complete().
+    /// A page that nobody has shown or built yet: makes its content. Called through complete().
     std::function<void()> build_later;
     void complete();
     /// Completes it and what will show below it; to be called before it is shown.
@@ -107,16 +108,18 @@ class widget_state final : public QObject {
 /// Watches an inner helper (a combo box's line edit, an area's viewport) for the pointer events of its owner.
 void widget_filter_inner(widget_state* state, QWidget* inner);
 
-inline QWidget* qwidget_of(const widget* w) { return reinterpret_cast<QWidget*>(const_cast<widget*>(w)); }
-inline widget* handle_of(const QWidget* w) { return reinterpret_cast<widget*>(const_cast<QWidget*>(w)); }
-inline widget* handle_of(const widget_state* s) { return s == nullptr ? nullptr : handle_of(s->w); }
+inline widget* handle_of(const widget_state* s) { return s == nullptr ? nullptr : s->handle; }
 
 /// True on the GUI thread; elsewhere logs an error that names `function` and, in debug builds, aborts.
 bool tk_check_gui_thread(const char* function);
 
 /// The state of a Qt widget; null when it is not one of the toolkit's (or is gone).
 widget_state* state_of(const QWidget* w);
-/// The state behind a handle, after the thread check; null for null, for a widget that is gone, on a wrong thread.
+inline widget* handle_of(const QWidget* w) { return handle_of(state_of(w)); }
+/// The Qt widget behind a handle; null when it is gone.
+QWidget* qwidget_of(const widget* w);
+/// The state behind a handle, after the thread check; null for null, on a wrong thread, and for a widget that is
+/// gone, which is logged as an error of `function`.
 widget_state* live(const widget* w, const char* function = __builtin_FUNCTION());
 /// The same, cast to a Qt class; null when it is of another class.
 template <class T>

@@ -3,6 +3,7 @@
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/qt/detail.h"
+#include "toolkit/ravel/qt/handles.h"
 
 #include <QApplication>
 #include <QFocusEvent>
@@ -64,7 +65,15 @@ widget_state* state_of(const QWidget* w) {
 
 widget_state* live(const widget* w, const char* function) {
     if (!tk_check_gui_thread(function)) return nullptr;
-    return w == nullptr ? nullptr : state_of(qwidget_of(w));
+    widget_state* state = handle_find(w);
+    if (w != nullptr && state == nullptr)
+        log_write(LOG_LEVEL_ERROR, tk_format("%s: the widget is gone\n", function));
+    return state;
+}
+
+QWidget* qwidget_of(const widget* w) {
+    const widget_state* state = handle_find(w);
+    return state == nullptr ? nullptr : state->w;
 }
 
 widget_state* state_around(const QWidget* w) {
@@ -84,8 +93,8 @@ widget_state* adopt_widget(QWidget* w, widget_kind kind, const QString& name, wi
 }
 
 widget_state::widget_state(QWidget* own, widget_kind own_kind, const QString& own_name, widget_state* parent_state)
-    : QObject(own), w(own), kind(own_kind), name(own_name.toStdString()), type(widget_kind_name(own_kind)),
-      parent(parent_state), class_(own->metaObject()) {
+    : QObject(own), w(own), handle(handle_take(this)), kind(own_kind), name(own_name.toStdString()),
+      type(widget_kind_name(own_kind)), parent(parent_state), class_(own->metaObject()) {
     w->setObjectName(own_name);
     registry()[w] = this;
     if (parent != nullptr) parent->children.push_back(this);
@@ -95,6 +104,7 @@ widget_state::widget_state(QWidget* own, widget_kind own_kind, const QString& ow
 widget_state::~widget_state() {
     if (focus_owner == this) focus_owner = nullptr;
     registry().erase(w);
+    handle_drop(handle);
     for (widget_state* child : children) child->parent = nullptr;
     if (parent != nullptr) std::erase(parent->children, this);
 }
@@ -133,14 +143,14 @@ void widget_state::tell_place_later(uint32_t id) {
         const entry* e = find(id);
         if (e == nullptr) return;
         const std::shared_ptr<event_handler> handler = e->handler;
-        (*handler)(::event{e->type, handle_of(w), 0});
+        (*handler)(::event{e->type, this->handle, 0});
     };
     QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 }
 
 ret_t widget_state::fire(event_type type_of, int32_t delta) {
     if (!has_handlers(type_of)) return RET_OK;
-    const ::event what{type_of, handle_of(w), delta};
+    const ::event what{type_of, handle, delta};
     const QPointer<widget_state> self(this);
     const std::vector<entry> now = handlers_;
     for (const entry& e : now) {
@@ -188,7 +198,7 @@ void widget_state::on_focus_in() {
     has_focus = true;
     fire(event_type::focus);
     if (self == nullptr || kind != widget_kind::edit) return;
-    last_text = QString::fromStdString(widget_get_text_utf8(handle_of(w)));
+    last_text = QString::fromStdString(widget_get_text_utf8(handle));
     edited = false;
 }
 

@@ -1,39 +1,43 @@
 // Finding widgets, attaching handlers.
+#include "toolkit/core/log.h"
+#include "toolkit/core/text.h"
 #include "toolkit/ravel/qt/detail.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
 #include <QPointer>
 
-#include <algorithm>
+#include <cstdlib>
 
 namespace {
 
 /// Children as they are built so far; of the window manager its windows, topmost first.
-std::vector<widget_state*> built_children(const widget_state* state) {
+std::vector<widget_state*> children_of(const widget_state* state) {
     return state->kind == widget_kind::window_manager ? stacked_windows_topmost_first() : state->children;
 }
 
-/// The same, all of them: a page that waited to be built is.
-std::vector<widget_state*> children_of(widget_state* state) {
-    state->complete();
-    return built_children(state);
-}
-
-widget_state* breadth_first(widget_state* top, const char* name, bool complete) {
-    const auto children = [complete](widget_state* state) {
-        return complete ? children_of(state) : built_children(state);
-    };
-    std::vector<widget_state*> level = children(top);
+widget_state* breadth_first(const widget_state* top, const char* name) {
+    std::vector<widget_state*> level = children_of(top);
     while (!level.empty()) {
         std::vector<widget_state*> below;
         for (widget_state* state : level) {
             if (state->name == name) return state;
-            const std::vector<widget_state*> more = children(state);
+            const std::vector<widget_state*> more = children_of(state);
             below.insert(below.end(), more.begin(), more.end());
         }
         level = std::move(below);
     }
     return nullptr;
+}
+
+std::function<void(const std::string& text)> on_missing;
+
+/// Window and widget as the log names them.
+std::string place_name(const widget_state* root) {
+    if (root == nullptr) return "no widget";
+    const widget_state* win = root;
+    while (win->parent != nullptr && win->kind != widget_kind::window && win->kind != widget_kind::dialog)
+        win = win->parent;
+    return win == root ? "\"" + root->name + "\"" : "\"" + root->name + "\" of \"" + win->name + "\"";
 }
 
 ret_t visit_below(widget_state* state, const std::function<ret_t(widget*)>& visit) {
@@ -73,11 +77,36 @@ std::vector<widget*> named_children(const widget* parent) {
 }
 
 widget* widget_lookup(widget* root, const char* name) {
-    widget_state* top = live(root);
+    const widget_state* top = live(root);
     if (top == nullptr || name == nullptr || *name == '\0') return nullptr;
-    // Pages that nobody has looked into yet are built only for a name that is nowhere else.
-    widget_state* found = breadth_first(top, name, false);
-    return handle_of(found != nullptr ? found : breadth_first(top, name, true));
+    return handle_of(breadth_first(top, name));
+}
+
+widget* widget_need(widget* root, const char* name) {
+    const widget_state* top = live(root);
+    const char* wanted = name == nullptr ? "" : name;
+    const widget_state* found = top == nullptr || *wanted == '\0' ? nullptr : breadth_first(top, wanted);
+    if (found != nullptr) return handle_of(found);
+    const std::string text = tk_format("widget_need: no widget \"%s\" in %s\n", wanted, place_name(top).c_str());
+    log_write(LOG_LEVEL_ERROR, text);
+    if (on_missing) {
+        on_missing(text);
+        return nullptr;
+    }
+#ifndef NDEBUG
+    std::abort();
+#else
+    return nullptr;
+#endif
+}
+
+void widget_need_set_hook(std::function<void(const std::string& text)> hook) { on_missing = std::move(hook); }
+
+ret_t widget_build(widget* w) {
+    widget_state* state = live(w);
+    if (state == nullptr) return RET_BAD_PARAMS;
+    state->complete_shown();
+    return RET_OK;
 }
 
 widget* widget_child(widget* parent, const char* name) {
