@@ -2,7 +2,7 @@
 // the event loop meanwhile, sizes the native window. GUI thread only.
 #pragma once
 
-#include "toolkit/core/result.h"
+#include "toolkit/ravel/widget.h"
 
 #include <cstdint>
 #include <functional>
@@ -30,6 +30,9 @@ bool drive_wait(const std::function<bool()>& done, uint32_t timeout_ms);
 /// Gives the native window a size in pixels (held to its smallest one) and lets its content take it. RET_FAIL when
 /// the system refuses that size, or before tk_init.
 ret_t drive_window_size(int32_t w, int32_t h);
+
+/// Lays out what waits for it and paints a widget now. RET_BAD_PARAMS without one.
+ret_t drive_paint(widget* w);
 
 /// A text as a word of a script: quoted, with escapes. Any thread.
 std::string drive_word(const std::string& text);

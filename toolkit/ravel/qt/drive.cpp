@@ -155,6 +155,14 @@ ret_t drive_window_size(int32_t w, int32_t h) {
     return drive_wait([&] { return native_window()->size() == wanted; }, size_patience_ms) ? RET_OK : RET_FAIL;
 }
 
+ret_t drive_paint(widget* w) {
+    const widget_state* state = live(w);
+    if (state == nullptr) return RET_BAD_PARAMS;
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    state->w->repaint();
+    return RET_OK;
+}
+
 std::string drive_word(const std::string& text) { return drive_quote(text, text.size()); }
 
 ret_t tk_drive(const char* script_path) {

@@ -36,6 +36,7 @@ constexpr layout_class basic_classes[] = {
     {"QFrame", nullptr, widget_kind::view, nullptr, make<QFrame>},
     {"Line", nullptr, widget_kind::view, nullptr, make_line},
     {"QLabel", "hscroll_label", widget_kind::hscroll_label, nullptr, make<hscroll_widget>},
+    {"QLabel", "cell", widget_kind::label, nullptr, make<cell_widget>},
     {"QLabel", nullptr, widget_kind::label, nullptr, make<QLabel>},
     {"QPushButton", "tab_button", widget_kind::tab_button, nullptr, make<QPushButton>},
     {"QPushButton", nullptr, widget_kind::button, nullptr, make<QPushButton>},

@@ -1,6 +1,7 @@
 #include "toolkit/ravel/qt/widget_class.h"
 
 #include "toolkit/ravel/qt/assets.h"
+#include "toolkit/ravel/qt/cell_text.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -132,6 +133,48 @@ void scroll_widget::reveal(QWidget* child) {
         }
     }
     if (!shows(child)) ensureWidgetVisible(child, 0, 16);
+}
+
+void cell_widget::show_text(const QString& text) {
+    if (text == shown_ && !shown_.isNull()) return;
+    shown_ = text.isNull() ? QStringLiteral("") : text;
+    update();
+}
+
+QSize cell_widget::sizeHint() const { return {0, fontMetrics().height()}; }
+
+void cell_widget::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange ||
+        event->type() == QEvent::PaletteChange || event->type() == QEvent::EnabledChange)
+        glyphs_ = nullptr;
+    QLabel::changeEvent(event);
+}
+
+void cell_widget::paintEvent(QPaintEvent*) {
+    const QString text = shown();
+    if (text.isEmpty()) return;
+    const QColor ink = palette().color(foregroundRole());
+    if (glyphs_ == nullptr || scale_ != devicePixelRatioF()) {
+        scale_ = devicePixelRatioF();
+        glyphs_ = &cell_glyphs_of(font(), ink, scale_);
+    }
+    const bool pictures = cell_glyphs::can_show(text);
+    const QFontMetrics metrics = fontMetrics();
+    const Qt::Alignment place = QStyle::visualAlignment(layoutDirection(), alignment());
+    QPoint at = contentsRect().topLeft() + QPoint(0, metrics.ascent());
+    if ((place & (Qt::AlignRight | Qt::AlignHCenter)) != 0) {
+        const int spare =
+            contentsRect().width() - (pictures ? glyphs_->width(text) : metrics.horizontalAdvance(text));
+        at.rx() += (place & Qt::AlignRight) != 0 ? spare : spare / 2;
+    }
+    if ((place & (Qt::AlignBottom | Qt::AlignVCenter)) != 0) {
+        const int spare = contentsRect().height() - metrics.height();
+        at.ry() += (place & Qt::AlignBottom) != 0 ? spare : spare / 2;
+    }
+    QPainter painter(this);
+    if (pictures) return glyphs_->draw(&painter, at, text);
+    painter.setPen(ink);
+    painter.drawText(at, text);
 }
 
 text_widget::text_widget(QWidget* parent) : QPlainTextEdit(parent) {

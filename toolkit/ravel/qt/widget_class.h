@@ -84,6 +84,27 @@ class scroll_widget final : public QScrollArea {
     bool shows(const QWidget* child) const;
 };
 
+/// A label of a table row: shows one line of text at little cost. Its text never changes its size hint, so that
+/// filling a table lays nothing out.
+class cell_widget final : public QLabel {
+  public:
+    explicit cell_widget(QWidget* parent) : QLabel(parent) {}
+    /// What show_text was given last; before, the layout's text.
+    QString shown() const { return shown_.isNull() ? text() : shown_; }
+    void show_text(const QString& text);
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+  protected:
+    void changeEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    QString shown_;
+    class cell_glyphs* glyphs_ = nullptr; ///< of its font and colour; null: to be looked up
+    qreal scale_ = 0;
+};
+
 /// Read-only text in monospace that wraps at blanks.
 class text_widget final : public QPlainTextEdit {
   public:

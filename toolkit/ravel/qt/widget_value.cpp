@@ -30,11 +30,16 @@ ret_t set_button_text(QWidget* w, const QString& text) {
     return RET_OK;
 }
 QString text_of_label(QWidget* w) {
+    if (const auto* cell = dynamic_cast<const cell_widget*>(w)) return cell->shown();
     const auto* label = static_cast<QLabel*>(w);
     return label->buddy() == nullptr ? label->text() : without_mnemonic(label->text());
 }
 ret_t set_label_text(QWidget* w, const QString& text) {
-    static_cast<QLabel*>(w)->setText(text);
+    if (auto* cell = dynamic_cast<cell_widget*>(w)) {
+        cell->show_text(text);
+    } else {
+        static_cast<QLabel*>(w)->setText(text);
+    }
     return RET_OK;
 }
 QString text_of_edit(QWidget* w) { return static_cast<QLineEdit*>(w)->text(); }
