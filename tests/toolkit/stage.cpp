@@ -24,7 +24,7 @@ fs::path& root_folder() {
 const char* event_name(event_type type) {
     constexpr const char* names[] = {"click", "value_changed", "value_changing", "focus",
                                      "blur",  "pointer_down",  "pointer_up",     "wheel",
-                                     "move",  "resize",        "request_close"};
+                                     "move",  "resize",        "request_close",  "long_press"};
     return names[static_cast<std::size_t>(type)];
 }
 
@@ -126,6 +126,11 @@ void click(widget* w) {
 
 void press(widget* w) {
     drive_press(qwidget_of(w), drive_spot(state_of(qwidget_of(w))));
+    settle();
+}
+
+void drag(widget* w, int x, int y) {
+    drive_drag(qwidget_of(w), QPoint(x, y));
     settle();
 }
 

@@ -41,6 +41,8 @@ void click(widget* w);
 void click_at(widget* w, int x, int y);
 void press(widget* w);
 void release(widget* w);
+/// Moves the pointer with the button down.
+void drag(widget* w, int x, int y);
 void wheel(widget* w, int delta);
 void key(const std::string& name);
 void type(const std::string& text);

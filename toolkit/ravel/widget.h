@@ -29,6 +29,8 @@ enum class event_type : uint8_t {
     move,          ///< moved inside its parent
     resize,        ///< width or height changed
     request_close, ///< to a window: somebody asks it to close
+    long_press, ///< the left button was held on it for its time (widget_set_long_press_ms): once a press, not after
+                ///< the pointer left it; the click comes all the same when it is released
 };
 
 struct event {
@@ -69,6 +71,9 @@ widget* widget_get_window(widget* w);
 /// Attaches a handler; handlers run in the order of attaching. Returns an id above 0, 0 for bad parameters.
 uint32_t widget_on(widget* w, event_type type, event_handler handler);
 ret_t widget_off(widget* w, uint32_t id);
+/// How long the pointer is held on `w` until its long_press handlers run: 1 to 60000 ms; 1000 at first.
+/// RET_BAD_PARAMS for another time.
+ret_t widget_set_long_press_ms(widget* w, uint32_t ms);
 /// Runs the handlers of an event that no user caused (for example request_close).
 ret_t widget_dispatch_simple_event(widget* w, event_type type);
 
@@ -120,6 +125,13 @@ bool combo_box_has_option_text(const widget* combo, const char* text);
 
 /// Limits the length of an edit's text, in characters. `min` is kept for the layout's hint only.
 ret_t edit_set_text_limit(widget* edit, uint32_t min, uint32_t max);
+/// Makes an edit one of whole numbers: what cannot become a number from `min` to `max` by typing on cannot be
+/// typed, the Up and Down keys change it by `step` (0: not at all), and when the edit is left, or at Enter, an
+/// unfinished text becomes the nearest number, an empty one what stood there before. What the program sets is shown
+/// as it is. RET_BAD_PARAMS when `min` > `max`, `step` < 0, or `edit` is none.
+ret_t edit_set_int_limit(widget* edit, int32_t min, int32_t max, int32_t step);
+/// The number that an edit shows; 0 when it shows none.
+int32_t edit_get_int(const widget* edit);
 /// Lowest and highest value of a spin box or scroll bar.
 ret_t widget_set_range(widget* w, int32_t min, int32_t max);
 

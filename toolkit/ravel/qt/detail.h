@@ -3,11 +3,14 @@
 
 #include "toolkit/ravel/widget.h"
 
+#include <QBasicTimer>
 #include <QList>
 #include <QObject>
 #include <QPoint>
 #include <QString>
 #include <QWidget>
+
+class QKeyEvent;
 
 #include <memory>
 #include <string>
@@ -47,6 +50,7 @@ class widget_state final : public QObject {
     ~widget_state() override;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
 
     uint32_t attach(event_type type, event_handler handler);
     bool detach(uint32_t id);
@@ -79,9 +83,10 @@ class widget_state final : public QObject {
     bool esc_closes = true; ///< dialog: Esc may close it
     bool has_focus = false; ///< as told to the handlers
     QString tooltip;        ///< the tooltip to return to when the refused mark goes
-    uint32_t limit_min = 0; ///< edit: lower bound of edit_set_text_limit
-    bool closed = false;    ///< window, dialog: off the stack, waiting to be destroyed
-    uint32_t quit_code = 0; ///< dialog: what it was closed with
+    uint32_t long_press_ms = 1000;
+    uint32_t limit_min = 0;            ///< edit: lower bound of edit_set_text_limit
+    bool closed = false;               ///< window, dialog: off the stack, waiting to be destroyed
+    uint32_t quit_code = 0;            ///< dialog: what it was closed with
     struct modal_run* modal = nullptr; ///< dialog: its loop while dialog_modal runs
 
   private:
@@ -93,6 +98,7 @@ class widget_state final : public QObject {
     void on_focus_in();
     void on_focus_out(Qt::FocusReason reason);
     void leave();
+    bool on_key(const QKeyEvent& key);
     void on_press(Qt::MouseButton button);
     void on_release(Qt::MouseButton button, bool inside);
     bool makes_own_clicks() const;
@@ -101,6 +107,7 @@ class widget_state final : public QObject {
     const QMetaObject* const class_; ///< another one while the widget is being destroyed
     std::vector<entry> handlers_;
     QWidget* filtered_inner_ = nullptr;
+    QBasicTimer hold_; ///< runs while the pointer is held for a long press
 
     friend void widget_filter_inner(widget_state* state, QWidget* inner);
 };
@@ -138,6 +145,8 @@ widget_state* adopt_widget(QWidget* w, widget_kind kind, const QString& name, wi
 void wire_widget(widget_state* state);
 /// An edit or an editable combo box was left or got Enter: tells the handlers when the user changed the text.
 void commit_widget(widget_state* state);
+/// Up (steps above 0) or Down in an edit: true when it is one of whole numbers and has taken the key.
+bool step_edit(widget_state* state, int steps);
 /// Enter in an edit: true when there was something typed that a handler has taken.
 bool commit_edit_by_enter(widget_state* state);
 

@@ -148,6 +148,8 @@ std::string drive_obstacle(const widget_state* state, const QPoint& at) {
 
 void drive_move(QWidget* w, const QPoint& at) { mouse(w, at, QEvent::MouseMove, false, Qt::NoButton); }
 
+void drive_drag(QWidget* w, const QPoint& at) { mouse(w, at, QEvent::MouseMove, true, Qt::NoButton); }
+
 void drive_press(QWidget* w, const QPoint& at) {
     const QPointer<QWidget> alive(w);
     drive_move(w, at);

@@ -17,6 +17,8 @@ QPoint drive_list_spot(const widget_state* state);
 std::string drive_obstacle(const widget_state* state, const QPoint& at);
 
 void drive_move(QWidget* w, const QPoint& at);
+/// With the left button down.
+void drive_drag(QWidget* w, const QPoint& at);
 void drive_press(QWidget* w, const QPoint& at);
 void drive_release(QWidget* w, const QPoint& at);
 /// `delta` in eighths of a degree, positive away from the user; 120 is one notch of most wheels.

@@ -32,6 +32,11 @@ widget_state* focus_owner = nullptr;
 
 bool is_enter(const QKeyEvent& key) { return key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter; }
 
+bool inside(const QObject* watched, const QEvent* mouse) {
+    const QPointF at = static_cast<const QMouseEvent*>(mouse)->position();
+    return static_cast<const QWidget*>(watched)->rect().contains(at.toPoint());
+}
+
 constexpr const char* kind_names[] = {
     "window_manager", "window",     "dialog",       "view",   "card",          "label",     "button",
     "tab_button",     "combo_box",  "spin_box",     "edit",   "check_button",  "switch",    "pages",
@@ -170,16 +175,35 @@ bool widget_state::makes_own_clicks() const {
 
 void widget_state::on_press(Qt::MouseButton button) {
     pressed = button == Qt::LeftButton;
+    hold_.stop();
+    if (pressed && has_handlers(event_type::long_press))
+        hold_.start(static_cast<int>(long_press_ms), Qt::PreciseTimer, this);
     fire(event_type::pointer_down);
 }
 
 void widget_state::on_release(Qt::MouseButton button, bool inside) {
+    hold_.stop();
     const QPointer<widget_state> self(this);
     fire(event_type::pointer_up);
     if (self == nullptr) return;
     const bool click = pressed && button == Qt::LeftButton && inside;
     pressed = false;
     if (click && !makes_own_clicks()) fire(event_type::click);
+}
+
+/// The pointer was held on it for the time of a long press.
+void widget_state::timerEvent(QTimerEvent*) {
+    hold_.stop();
+    // A release that a dialog took away was not seen here.
+    if (gets_input(w) && (QApplication::mouseButtons() & Qt::LeftButton) != 0) fire(event_type::long_press);
+}
+
+bool widget_state::on_key(const QKeyEvent& key) {
+    if (kind != widget_kind::edit) return false;
+    // Enter takes what was typed; only the next one is for the dialog's default button.
+    if (is_enter(key)) return commit_edit_by_enter(this);
+    if (key.key() == Qt::Key_Up) return step_edit(this, 1);
+    return key.key() == Qt::Key_Down && step_edit(this, -1);
 }
 
 void widget_state::leave() {
@@ -220,9 +244,7 @@ bool widget_state::eventFilter(QObject* watched, QEvent* what) {
         break;
     case QEvent::MouseButtonRelease:
         if (w->isEnabled()) {
-            const auto* mouse = static_cast<QMouseEvent*>(what);
-            const auto* on = static_cast<QWidget*>(watched);
-            on_release(mouse->button(), on->rect().contains(mouse->position().toPoint()));
+            on_release(static_cast<QMouseEvent*>(what)->button(), inside(watched, what));
         }
         break;
     case QEvent::Wheel:
@@ -233,8 +255,13 @@ bool widget_state::eventFilter(QObject* watched, QEvent* what) {
         }
         break;
     case QEvent::KeyPress:
-        // Enter takes what was typed; only the next one is for the dialog's default button.
-        if (watched == w && is_enter(*static_cast<QKeyEvent*>(what)) && commit_edit_by_enter(this)) return true;
+        if (watched == w && on_key(*static_cast<QKeyEvent*>(what))) return true;
+        break;
+    case QEvent::MouseMove:
+        if (hold_.isActive() && !inside(watched, what)) hold_.stop();
+        break;
+    case QEvent::Hide:
+        hold_.stop();
         break;
     case QEvent::FocusIn:
         if (watched == w) on_focus_in();

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr uint32_t long_press_max_ms = 60000;
+
 /// Children as they are built so far; of the window manager its windows, topmost first.
 std::vector<widget_state*> children_of(const widget_state* state) {
     return state->kind == widget_kind::window_manager ? stacked_windows_topmost_first() : state->children;
@@ -153,6 +155,13 @@ ret_t widget_off(widget* w, uint32_t id) {
     widget_state* state = live(w);
     if (state == nullptr || id == 0) return RET_BAD_PARAMS;
     return state->detach(id) ? RET_OK : RET_FAIL;
+}
+
+ret_t widget_set_long_press_ms(widget* w, uint32_t ms) {
+    widget_state* state = live(w);
+    if (state == nullptr || ms == 0 || ms > long_press_max_ms) return RET_BAD_PARAMS;
+    state->long_press_ms = ms;
+    return RET_OK;
 }
 
 ret_t widget_dispatch_simple_event(widget* w, event_type type) {

@@ -1,6 +1,7 @@
 // Text and value of each kind of widget.
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/qt/combo.h"
+#include "toolkit/ravel/qt/int_limit.h"
 #include "toolkit/ravel/qt/widget_class.h"
 
 #include <QAbstractButton>
@@ -165,6 +166,18 @@ ret_t edit_set_text_limit(widget* edit, uint32_t min, uint32_t max) {
     state_of(line)->limit_min = min;
     return RET_OK;
 }
+
+ret_t edit_set_int_limit(widget* edit, int32_t min, int32_t max, int32_t step) {
+    auto* line = live_as<QLineEdit>(edit);
+    if (line == nullptr || min > max || step < 0) return RET_BAD_PARAMS;
+    const from_code code;
+    const QValidator* before = line->validator();
+    line->setValidator(new int_limit(line, min, max, step));
+    delete before;
+    return RET_OK;
+}
+
+int32_t edit_get_int(const widget* edit) { return widget_get_value_int(edit); }
 
 ret_t widget_set_range(widget* w, int32_t min, int32_t max) {
     const widget_state* state = live(w);

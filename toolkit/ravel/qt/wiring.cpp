@@ -1,4 +1,5 @@
 // What the user can do to each kind of widget, and which handlers it runs.
+#include "toolkit/ravel/qt/int_limit.h"
 #include "toolkit/ravel/qt/widget_class.h"
 
 #include <QAbstractButton>
@@ -77,7 +78,12 @@ void wire_spin(widget_state* s) {
 }
 
 bool edit_commit(widget_state* s) {
-    const QString text = static_cast<QLineEdit*>(s->w)->text();
+    auto* edit = static_cast<QLineEdit*>(s->w);
+    if (const int_limit* limit = int_limit::of(edit); limit != nullptr && s->edited) {
+        const from_code code;
+        edit->setText(limit->settled(edit->text(), s->last_text));
+    }
+    const QString text = edit->text();
     if (!s->edited || text == s->last_text) return false;
     s->last_text = text;
     s->edited = false;
@@ -124,6 +130,18 @@ void wire_widget(widget_state* state) {
 void commit_widget(widget_state* state) {
     if (state->kind == widget_kind::edit) edit_commit(state);
     if (state->kind == widget_kind::combo_box) combo_maybe_changed(state);
+}
+
+bool step_edit(widget_state* state, int steps) {
+    const int_limit* limit = int_limit::of(state->w);
+    auto* edit = static_cast<QLineEdit*>(state->w);
+    if (limit == nullptr || edit->isReadOnly()) return false;
+    const QString text = limit->stepped(edit->text(), steps);
+    if (text == edit->text()) return true;
+    edit->setText(text);
+    state->edited = true;
+    state->fire(event_type::value_changing);
+    return true;
 }
 
 bool commit_edit_by_enter(widget_state* state) {
