@@ -121,6 +121,18 @@ TEST_F(table, RowsInsertedAboveLeaveWhatIsShownInPlace) {
     EXPECT_GT(table_client_first_row(client), 107u);
 }
 
+TEST_F(table, TheUserScrollsFromWhereTheNextFillingBegins) {
+    ASSERT_EQ(table_client_fill(client), RET_OK); // what is asked for now waits for the pace
+    table_client_set_rows(client, 1000);
+    table_client_show_row(client, 500);
+    wheel(client, -120);
+    const uint32_t turned = table_client_first_row(client);
+    EXPECT_GT(turned, 500u);
+    EXPECT_LT(turned, 510u);
+    table_client_rows_inserted(client, 100);
+    EXPECT_EQ(table_client_first_row(client), turned + 100);
+}
+
 TEST_F(table, ScrolledToItsTopItFollows) {
     table_client_set_rows(client, 1000);
     ASSERT_EQ(table_client_fill(client), RET_OK);

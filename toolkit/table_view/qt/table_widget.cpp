@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -31,17 +32,20 @@ void table_widget::ask() {
 
 void table_widget::set_rows(uint32_t count) {
     count_ = std::min(count, rows_max);
+    move_bar();
     ask();
 }
 
 void table_widget::rows_inserted(uint32_t count) {
     count_ += std::min(count, rows_max - count_);
     if (first_ > 0) first_ += std::min(count, rows_max - first_);
+    move_bar();
     ask();
 }
 
 void table_widget::show_row(uint32_t index) {
     first_ = std::min(index, rows_max);
+    move_bar();
     ask();
 }
 
@@ -52,18 +56,24 @@ uint32_t table_widget::first_row() const {
 
 int table_widget::visible_rows() const { return (viewport()->height() + row_height_ - 1) / row_height_; }
 
+/// The bar is always where the next filling begins, so that the user turns it from there.
+void table_widget::move_bar() {
+    const bool moved_before = std::exchange(moving_bar_, true);
+    const int whole = std::max(1, viewport()->height() / row_height_);
+    verticalScrollBar()->setPageStep(whole);
+    verticalScrollBar()->setRange(0, std::max(0, static_cast<int>(count_) - whole));
+    verticalScrollBar()->setValue(static_cast<int>(first_row()));
+    moving_bar_ = moved_before;
+}
+
 bool table_widget::fill() {
     if (!isVisible() || filling_) return false;
     asked_.stop();
     since_fill_.start();
     filling_ = true;                             // the bar that moves here asks for nothing
     if (pool_.empty() && count_ > 0) add_row(0); // a row's height is known from the first one on
-    first_ = first_row();
-    const int whole = std::max(1, viewport()->height() / row_height_);
-    verticalScrollBar()->setPageStep(whole);
-    verticalScrollBar()->setRange(0, std::max(0, static_cast<int>(count_) - whole));
-    verticalScrollBar()->setValue(static_cast<int>(first_));
-    const uint32_t first = first_;
+    const uint32_t first = first_ = first_row();
+    move_bar();
     const uint32_t shown = std::min(count_ - first, static_cast<uint32_t>(visible_rows()));
     while (pool_.size() < shown && add_row(first + static_cast<uint32_t>(pool_.size()))) {
     }
@@ -110,7 +120,7 @@ void table_widget::resizeEvent(QResizeEvent*) { ask(); }
 void table_widget::showEvent(QShowEvent*) { ask(); }
 
 void table_widget::scrollContentsBy(int, int) {
-    if (filling_) return;
+    if (moving_bar_) return;
     first_ = static_cast<uint32_t>(verticalScrollBar()->value());
     ask();
 }

@@ -36,6 +36,7 @@ class table_widget final : public QAbstractScrollArea {
         int64_t index; ///< -1: kept for later, hidden
     };
     void ask();
+    void move_bar();
     bool add_row(uint32_t index);
     void fill_row(std::size_t position, uint32_t first, uint32_t shown);
     int visible_rows() const;
@@ -47,4 +48,5 @@ class table_widget final : public QAbstractScrollArea {
     uint32_t first_ = 0; ///< where the next filling begins, as far as there are rows below
     int row_height_;
     bool filling_ = false;
+    bool moving_bar_ = false; ///< by the program: nothing is asked for
 };
