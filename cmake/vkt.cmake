@@ -26,9 +26,10 @@ target_link_libraries(vkt_flags INTERFACE Threads::Threads)
 # The tree the program runs in: bin/ with ../res, ../log and ../tools beside it.
 set(VKT_STAGE ${CMAKE_BINARY_DIR}/stage)
 
-# vkt_library(NAME [DIRS dir...] [LINK target...]): a static library of every .cpp in the folders (this one by default).
+# vkt_library(NAME [DIRS dir...] [LINK target...] [HIDE target...]): a static library of every .cpp in the folders (this
+# one by default). What it links by HIDE reaches its users at the link step alone: they get no include path of it.
 function(vkt_library name)
-    cmake_parse_arguments(A "" "" "DIRS;LINK" ${ARGN})
+    cmake_parse_arguments(A "" "" "DIRS;LINK;HIDE" ${ARGN})
     if(NOT A_DIRS)
         set(A_DIRS ${CMAKE_CURRENT_SOURCE_DIR})
     endif()
@@ -40,7 +41,7 @@ function(vkt_library name)
     list(FILTER sources EXCLUDE REGEX "_main\\.cpp$")
     if(sources)
         add_library(${name} STATIC ${sources})
-        target_link_libraries(${name} PUBLIC vkt_flags ${A_LINK})
+        target_link_libraries(${name} PUBLIC vkt_flags ${A_LINK} PRIVATE ${A_HIDE})
     else()
         add_library(${name} INTERFACE)
         target_link_libraries(${name} INTERFACE vkt_flags ${A_LINK})

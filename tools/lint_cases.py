@@ -1,6 +1,8 @@
 """What tools/lint must refuse and what it must let pass. Bad words are put together from halves, so that this file
 passes too."""
 
+import lint_names
+
 # Rule, path, bad text.
 REFUSED = [
     ("layer", "toolkit/core/a.cpp", "#include <Q" "String>"),
@@ -9,6 +11,12 @@ REFUSED = [
     ("layer", "tests/app/a.cpp", "Q" "_OBJECT"),
     ("layer", "dev_a/pages/a.cpp", "auto x = Q" "t::red;"),
     ("layer", "toolkit/core/a.cpp", '#include "toolkit/ravel/ravel.h"'),
+    ("layer", "toolkit/ravel/a.cpp", "#include <Q" "String>"),
+    ("layer", "toolkit/ravel/a.h", '#include "toolkit/ravel/qt/detail.h"'),
+    ("layer", "app/a.cpp", '#include "toolkit/ravel/qt/detail.h"'),
+    ("layer", "dev_b/pages/a.cpp", '#include "toolkit/table_view/qt/rows.h"'),
+    ("layer", "tests/app/a.cpp", '#include "toolkit/ravel/qt/window_stack.h"'),
+    ("layer", "toolkit/ravel/qt/a.cpp", '#include "toolkit/table_view/table_view.h"'),
     ("layer", "platform/a.cpp", '#include "toolkit/core/log.h"'),
     ("layer", "serial/a.cpp", '#include "app/home_page.h"'),
     ("layer", "serial/a.cpp", '#include "dev_b/codec.h"'),
@@ -31,6 +39,18 @@ REFUSED = [
     ("system-switch", "app/a.cpp", "#ifdef _WIN32"),
     ("system-switch", "toolkit/core/a.cpp", "#if defined(__linux__) && 1"),
     ("system-switch", "serial/a.h", "#  elif WIN32"),
+    ("widget-name", "app/a.cpp", 'widget_need(home, "mledit2");'),
+    ("widget-name", "app/a.cpp", 'f(widget_lookup(widget_lookup(home, "pages"), "page_chang"), 1);'),
+    ("widget-name", "app/a.cpp", 'show(home, "view11", true);'),
+    ("widget-name", "app/a.cpp", 'for (const char* name : {"view1", "vie"}) f(widget_lookup(home, name));'),
+    ("widget-name", "app/a.cpp", 'constexpr binding all[] = {{"button", click, f}, {"buton2", click, f}};'),
+    ("widget-name", "dev_a/pages/a.cpp", 'constexpr page_row r[] = {\n {.name = "mledit", .key = "k"},\n {.name = "medit"}};'),
+    ("widget-name", "dev_b/pages/a.cpp", 'constexpr page_row r[] = {{.name = "mledit", .refreshes = "mledi"}};'),
+    ("widget-name", "dev_b/pages/a.cpp", 'constexpr page_row r[] = {{.name = "mledit"}, filter("mledi", "key")};'),
+    ("widget-name", "config/pages/a.cpp", 'constexpr page_tab t[] = {{"table_button_spi", "page_sp", page_spi_init}};'),
+    ("widget-name", "config/pages/a.cpp", 'std::array<page_table, 1> t = {{{"page_can", "init", rows, &s, "scroll_view"}}};'),
+    ("widget-name", "dev_b/pages/a.cpp",
+     'constexpr inner_pages p = {"vkt610b_uart_pages", {{"tab_button_uart3", "page_vkt610b_uart_1", init}}};'),
     ("length", "app/a.cpp", "int x;\n" * 601),
     ("unfinished", "app/a.cpp", "int x; // TO" "DO later"),
     ("unfinished", "README.md", "FIX" "ME"),
@@ -66,7 +86,15 @@ REFUSED = [
 
 # Path, good text.
 PASSED = [
-    ("toolkit/ravel/a.cpp", "#include <Q" "String>\nQ" "String s;"),
+    ("app/a.cpp", 'widget_need(home, "mledit"); // widget_need(home, "nobody")\nwidget_lookup(home, name);'),
+    ("app/a.cpp", 'widget_lookup(home, tk_format("canfd%d_x", n).c_str()); other(home, "nobody"); list.show(1, "nobody", 2);'),
+    ("dev_b/pages/a.cpp", 'widget_lookup(page, "combo_box_ex_bps_vkt610b_canfd2");  // a twin by the include\'s rename'),
+    ("dev_b/pages/a.cpp", 'constexpr page_row r[] = {{.name = "mledit", .key = "nobody", .options = {{1, "nobody"}}}};'),
+    ("dev_b/pages/a.cpp", 'constexpr page_table t{"page_vkt610b_uart", "page_vkt610b_uart_init", {}, &scheme};'),
+    ("toolkit/ravel/qt/a.cpp", 'widget_need(home, "nobody");'),
+    ("toolkit/ravel/qt/a.cpp", '#include "toolkit/ravel/widget.h"\n#include <Q' "String>\nQ" "String s;"),
+    ("toolkit/table_view/qt/a.cpp", '#include "toolkit/ravel/qt/detail.h"\n#include "toolkit/table_view/table_view.h"'),
+    ("tests/toolkit/a.cpp", '#include "tests/support/user.h"\n#include "toolkit/ravel/qt/detail.h"'),
     ("tests/toolkit/a.cpp", "#include <Q" "Test>"),
     ("app/a.cpp", '// a Q' 'Widget is behind it\nconst char* s = "Q' 'Widget";'),
     ("app/a.cpp", '#include "toolkit/ravel/ravel.h"\n#include "dev_a/pages/pages.h"\n#include <string>'),
@@ -89,9 +117,27 @@ PASSED = [
 ]
 
 
+# Layouts, and the names that can be found once they are built.
+LAYOUTS = {
+    "window": '<ui><widget class="QWidget" name="root"><widget class="QWidget" name="one"><property name="include">'
+              '<string>part</string></property></widget><widget class="QWidget" name="two"><property name="include">'
+              '<string>part</string></property><property name="rename"><string>ch1=ch2, a=b</string></property></widget>'
+              '</widget></ui>',
+    "part": '<ui><widget class="QWidget" name="part"><widget class="QLabel" name="ch1_a"/></widget></ui>',
+    "row": '<ui><widget class="QWidget" name="row"><widget class="QLabel" name="item"/></widget></ui>',
+}
+LAYOUT_NAMES = {"window", "root", "one", "two", "part", "pbrt", "ch1_a", "ch2_b", "row", "item"}
+
+
 def run(check_text):
     """Runs every case; says what went wrong; 0 when nothing did."""
     wrong = 0
+    if lint_names.names_of_layouts(LAYOUTS) != LAYOUT_NAMES:
+        print(f"self-test: names of the layouts: {sorted(lint_names.names_of_layouts(LAYOUTS))}")
+        wrong += 1
+    if lint_names.unused_types(["constexpr binding all[] = {};"]) != sorted(set(lint_names.ROWS) - {"binding"}):
+        print("self-test: a type without tables is not noticed")
+        wrong += 1
     for rule, path, text in REFUSED:
         names = {name for _, name, _ in check_text(path, text)}
         if names != {rule}:

@@ -113,6 +113,7 @@ ret_t page_event(const page_table& table, const page_row& row, widget* page, con
 
 ret_t page_init(const page_table& table, widget* page) {
     RETURN_IF_NOT(page != nullptr, "win != NULL", table.init, RET_BAD_PARAMS);
+    widget_build(page);
     // Kept with the widget, so that a page that is made anew is attached anew.
     const bool attached = widget_get_prop_bool(page, "attached", false);
     for (const auto& row : table.rows) {

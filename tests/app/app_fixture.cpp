@@ -9,8 +9,8 @@
 #include "app/progress.h"
 #include "config/defaults.h"
 #include "serial/port_list.h"
-#include "tests/app/user.h"
 #include "tests/support/scratch_folder.h"
+#include "tests/support/user.h"
 
 #include <fstream>
 #include <mutex>

@@ -4,7 +4,7 @@
 #include "config/pages/family_pages.h"
 #include "serial/port_list.h"
 #include "tests/app/app_fixture.h"
-#include "tests/app/user.h"
+#include "tests/support/user.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "app/home_scroll.h"
 
 #include "tests/app/app_fixture.h"
-#include "tests/app/user.h"
+#include "tests/support/user.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include "app/ui_state.h"
 #include "tests/app/app_fixture.h"
-#include "tests/app/user.h"
 #include "tests/support/pattern.h"
+#include "tests/support/user.h"
 
 namespace {
 

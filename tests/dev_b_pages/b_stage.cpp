@@ -15,7 +15,7 @@ void show_part(widget* home, const char* name, bool on) {
 } // namespace
 
 void b_stage::SetUp() {
-    user_stage();
+    toolkit_stage_start();
     table_view_register();
     vkt610b_family_register();
     b = dev_open("VKT610B");
@@ -42,6 +42,7 @@ widget* b_stage::show(const char* name) {
     for (const page_tab& tab : pages().tabs) {
         widget* set = widget_lookup(home, pages().page_set);
         widget* outer = widget_lookup(set, tab.page);
+        widget_build(outer);
         page = std::string(name) == tab.page ? outer : widget_lookup(outer, name);
         if (page == nullptr) continue;
         EXPECT_EQ(pages_set_active_by_name(set, tab.page), RET_OK);

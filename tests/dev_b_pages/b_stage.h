@@ -4,7 +4,8 @@
 #include "config/dev_obj.h"
 #include "config/pages/family_pages.h"
 #include "dev_b/pages/vkt610b_pages.h"
-#include "tests/toolkit/user/user.h"
+#include "tests/support/toolkit_stage.h"
+#include "tests/support/user.h"
 #include "toolkit/core/log.h"
 #include "toolkit/ravel/window_manager.h"
 

@@ -10,7 +10,11 @@ namespace {
 class b_layouts : public b_stage {
   protected:
     widget* page_of(const page_table& table) const {
-        return widget_lookup(widget_lookup(home, pages().page_set), table.name);
+        widget* set = widget_lookup(home, pages().page_set);
+        for (const page_tab& tab : pages().tabs) widget_build(widget_lookup(set, tab.page));
+        widget* own = widget_lookup(set, table.name);
+        widget_build(own);
+        return own;
     }
 };
 

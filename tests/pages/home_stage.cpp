@@ -19,7 +19,7 @@ void show_only(widget* home, const family_pages& wanted) {
 } // namespace
 
 void home_stage::SetUp() {
-    user_stage();
+    toolkit_stage_start();
     ASSERT_EQ(config_objects_create(), RET_OK);
     generic_family_register();
     vkt510a_family_register();

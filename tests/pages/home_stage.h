@@ -6,7 +6,8 @@
 #include "config/dev_obj.h"
 #include "config/pages/family_pages.h"
 #include "config/pages/page_binder.h"
-#include "tests/toolkit/user/user.h"
+#include "tests/support/toolkit_stage.h"
+#include "tests/support/user.h"
 #include "toolkit/core/log.h"
 #include "toolkit/ravel/window_manager.h"
 

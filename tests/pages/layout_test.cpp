@@ -18,7 +18,9 @@ std::vector<family_tables> all_tables() {
 class layouts : public home_stage {
   protected:
     widget* page_of(const family_tables& group, const page_table& table) const {
-        return widget_lookup(widget_lookup(home, family_pages_of(group.of)->page_set), table.name);
+        widget* own = widget_lookup(widget_lookup(home, family_pages_of(group.of)->page_set), table.name);
+        widget_build(own);
+        return own;
     }
 };
 

@@ -1,7 +1,7 @@
 #include "tests/toolkit/stage.h"
 
-#include "toolkit/ravel/drive_input.h"
-#include "toolkit/ravel/widget_class.h"
+#include "toolkit/ravel/qt/drive_input.h"
+#include "toolkit/ravel/qt/widget_class.h"
 
 #include <QApplication>
 

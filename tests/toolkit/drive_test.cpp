@@ -1,7 +1,7 @@
 #include "tests/support/scratch_folder.h"
 #include "toolkit/ravel/drive.h"
-#include "toolkit/ravel/drive_input.h"
-#include "toolkit/ravel/drive_widgets.h"
+#include "toolkit/ravel/qt/drive_input.h"
+#include "toolkit/ravel/qt/drive_widgets.h"
 #include "toolkit/ravel/ravel.h"
 
 #include <QApplication>

@@ -220,4 +220,105 @@ TEST_F(edits, wheel_over_a_field_without_the_focus_never_changes_it) {
     EXPECT_THAT(told.take(), ElementsAre("spin:value_changing"));
 }
 
+class numbers : public edits {
+  protected:
+    /// What stands in the edit after it was typed into an empty one.
+    std::string typed(const std::string& text) {
+        widget_set_text_utf8(at("edit"), "");
+        click(at("edit"));
+        type(text);
+        return widget_get_text_utf8(at("edit"));
+    }
+    /// The same after it was left.
+    std::string left(const std::string& text) {
+        typed(text);
+        key("Tab");
+        return widget_get_text_utf8(at("edit"));
+    }
+};
+
+TEST_F(numbers, only_what_can_become_one_of_the_range_can_be_typed) {
+    ASSERT_EQ(edit_set_int_limit(at("edit"), 10, 500, 1), RET_OK);
+    EXPECT_EQ(typed("abc"), "");
+    EXPECT_EQ(typed("-5"), "5");
+    EXPECT_EQ(typed("1x2 "), "12");
+    EXPECT_EQ(typed("500"), "500");
+    EXPECT_EQ(typed("501"), "50");
+    EXPECT_EQ(typed("999"), "99");
+    EXPECT_EQ(typed("0500"), "0500");
+    EXPECT_EQ(typed("4294967297"), "429");
+    EXPECT_EQ(edit_get_int(at("edit")), 429);
+}
+
+TEST_F(numbers, negative_ones_and_the_whole_range) {
+    ASSERT_EQ(edit_set_int_limit(at("edit"), -20, -3, 1), RET_OK);
+    EXPECT_EQ(typed("5"), "");
+    EXPECT_EQ(typed("-5"), "-5");
+    EXPECT_EQ(typed("--5"), "-5");
+    EXPECT_EQ(typed("-21"), "-2");
+    EXPECT_EQ(typed("-20"), "-20");
+    EXPECT_EQ(edit_get_int(at("edit")), -20);
+    ASSERT_EQ(edit_set_int_limit(at("edit"), INT32_MIN, INT32_MAX, 1), RET_OK);
+    EXPECT_EQ(typed("2147483648"), "214748364");
+    EXPECT_EQ(typed("-2147483648"), "-2147483648");
+}
+
+TEST_F(numbers, an_unfinished_one_becomes_the_nearest_when_the_edit_is_left) {
+    ASSERT_EQ(edit_set_int_limit(at("edit"), 10, 500, 1), RET_OK);
+    told.hear(at("edit"), event_type::value_changed);
+    EXPECT_EQ(left("1"), "10");
+    EXPECT_THAT(told.take(), ElementsAre("edit:value_changed"));
+    EXPECT_EQ(left("77"), "77");
+    told.take();
+    click(at("edit"));
+    key("Ctrl+a");
+    key("Delete");
+    key("Tab");
+    EXPECT_EQ(widget_get_text_utf8(at("edit")), "77") << "what stood there before";
+    EXPECT_THAT(told.take(), IsEmpty());
+    typed("2");
+    key("Enter");
+    EXPECT_EQ(widget_get_text_utf8(at("edit")), "10");
+}
+
+TEST_F(numbers, what_the_program_shows_is_shown) {
+    ASSERT_EQ(edit_set_int_limit(at("edit"), 10, 500, 1), RET_OK);
+    widget_set_value_int(at("edit"), 7);
+    EXPECT_EQ(widget_get_text_utf8(at("edit")), "7");
+    click(at("edit"));
+    key("Tab");
+    EXPECT_EQ(widget_get_text_utf8(at("edit")), "7") << "nobody has typed";
+}
+
+TEST_F(numbers, up_and_down_step_within_the_range) {
+    ASSERT_EQ(edit_set_int_limit(at("edit"), 10, 500, 25), RET_OK);
+    told.hear(at("edit"), event_type::value_changing);
+    told.hear(at("edit"), event_type::value_changed);
+    widget_set_value_int(at("edit"), 450);
+    click(at("edit"));
+    key("Up");
+    EXPECT_EQ(edit_get_int(at("edit")), 475);
+    key("Up");
+    key("Up");
+    EXPECT_EQ(edit_get_int(at("edit")), 500);
+    key("Down");
+    EXPECT_EQ(edit_get_int(at("edit")), 475);
+    EXPECT_THAT(told.take(), testing::AllOf(SizeIs(3), Each("edit:value_changing")))
+        << "the last Up changed nothing";
+    key("Tab");
+    EXPECT_THAT(told.take(), ElementsAre("edit:value_changed"));
+    ASSERT_EQ(edit_set_int_limit(at("edit"), 10, 500, 0), RET_OK);
+    click(at("edit"));
+    key("Up");
+    EXPECT_EQ(edit_get_int(at("edit")), 475);
+}
+
+TEST_F(numbers, bad_limits_are_refused) {
+    EXPECT_EQ(edit_set_int_limit(at("edit"), 2, 1, 1), RET_BAD_PARAMS);
+    EXPECT_EQ(edit_set_int_limit(at("edit"), 1, 2, -1), RET_BAD_PARAMS);
+    EXPECT_EQ(edit_set_int_limit(at("label"), 1, 2, 1), RET_BAD_PARAMS);
+    EXPECT_EQ(edit_get_int(at("label")), 0);
+    EXPECT_EQ(edit_get_int(nullptr), 0);
+}
+
 } // namespace

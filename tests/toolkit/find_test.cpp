@@ -1,4 +1,5 @@
 #include "tests/toolkit/stage.h"
+#include "toolkit/ravel/qt/handles.h"
 
 using testing::ElementsAre;
 
@@ -77,6 +78,87 @@ TEST_F(finding, a_handle_of_a_destroyed_window_is_noticed) {
     EXPECT_EQ(widget_get_text_utf8(edit), "");
     EXPECT_EQ(widget_on(edit, event_type::click, [](const event&) { return RET_OK; }), 0u);
 }
+
+TEST_F(finding, a_stale_handle_is_reported_by_the_function_that_got_it) {
+    open(ui_window(""), "home");
+    widget* gone = open(ui_window(""), "second");
+    window_manager_close_window_force(window_manager(), gone);
+    settle();
+    said heard;
+    EXPECT_EQ(widget_set_visible(gone, false), RET_BAD_PARAMS);
+    EXPECT_EQ(heard.take(), "widget_set_visible: the widget is gone\n");
+    EXPECT_EQ(widget_lookup(gone, "edit"), nullptr);
+    EXPECT_EQ(heard.take(), "widget_lookup: the widget is gone\n");
+    EXPECT_EQ(widget_set_visible(nullptr, false), RET_BAD_PARAMS);
+    EXPECT_EQ(heard.take(), "") << "null is no stale handle";
+}
+
+TEST_F(finding, a_stale_handle_means_no_other_widget_at_the_same_address) {
+    open(ui_window(""), "home");
+    widget* gone = open(ui_window(ui_widget("QLineEdit", "edit", "0 0 90 30")), "second");
+    widget* edit = at("edit");
+    const QWidget* address = qwidget_of(edit);
+    bool reused = false;
+    for (int round = 0; round < 50 && !reused; ++round) {
+        window_manager_close_window_force(window_manager(), win);
+        settle();
+        open(ui_window(ui_widget("QLineEdit", "edit", "0 0 90 30")), "second");
+        reused = qwidget_of(at("edit")) == address;
+        EXPECT_NE(at("edit"), edit);
+        EXPECT_NE(win, gone);
+        EXPECT_EQ(qwidget_of(edit), nullptr);
+        EXPECT_EQ(widget_set_text_utf8(edit, "x"), RET_BAD_PARAMS);
+        EXPECT_EQ(widget_get_text_utf8(at("edit")), "");
+    }
+}
+
+TEST(handles, a_place_taken_again_gives_another_handle) {
+    // Told apart by their addresses alone.
+    auto* first = reinterpret_cast<widget_state*>(8);
+    auto* second = reinterpret_cast<widget_state*>(16);
+    widget* old = handle_take(first);
+    EXPECT_EQ(handle_find(old), first);
+    handle_drop(old);
+    EXPECT_EQ(handle_find(old), nullptr);
+    widget* next = handle_take(second);
+    EXPECT_NE(next, old);
+    EXPECT_EQ(handle_find(next), second);
+    EXPECT_EQ(handle_find(old), nullptr);
+    handle_drop(old); // not its own any more
+    EXPECT_EQ(handle_find(next), second);
+    handle_drop(next);
+    EXPECT_EQ(handle_find(nullptr), nullptr);
+}
+
+TEST_F(finding, what_is_needed_and_not_there_is_reported_with_window_and_name) {
+    open(ui_window(ui_widget("QWidget", "box", "0 0 90 90", ui_widget("QLabel", "deep", "0 0 9 9"))), "home");
+    EXPECT_EQ(widget_need(win, "deep"), at("deep"));
+    said heard;
+    std::vector<std::string> missing;
+    widget_need_set_hook([&missing](const std::string& text) { missing.push_back(text); });
+    EXPECT_EQ(widget_need(win, "dep"), nullptr);
+    EXPECT_EQ(widget_need(at("box"), "dep"), nullptr);
+    EXPECT_EQ(widget_need(nullptr, "dep"), nullptr);
+    EXPECT_EQ(widget_need(win, nullptr), nullptr);
+    widget_need_set_hook({});
+    EXPECT_THAT(missing, ElementsAre("widget_need: no widget \"dep\" in \"home\"\n",
+                                     "widget_need: no widget \"dep\" in \"box\" of \"home\"\n",
+                                     "widget_need: no widget \"dep\" in no widget\n",
+                                     "widget_need: no widget \"\" in \"home\"\n"));
+    EXPECT_EQ(heard.take(), missing[0] + missing[1] + missing[2] + missing[3]);
+}
+
+#ifndef NDEBUG
+TEST_F(finding, what_is_needed_and_not_there_ends_a_debug_build) {
+    open(ui_window(""), "home");
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto call = [this] {
+        log_set_capture([](const std::string& text, void*) { std::fputs(text.c_str(), stderr); }, nullptr);
+        widget_need(win, "dep");
+    };
+    EXPECT_DEATH(call(), "no widget \"dep\" in \"home\"");
+}
+#endif
 
 TEST_F(finding, handlers_run_in_order_and_can_be_taken_off_by_one_another) {
     open(ui_window(ui_widget("QPushButton", "go", "0 0 90 30")));

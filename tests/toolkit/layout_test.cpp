@@ -1,6 +1,6 @@
 #include "tests/toolkit/stage.h"
 
-#include "toolkit/ravel/window_stack.h"
+#include "toolkit/ravel/qt/window_stack.h"
 #include "toolkit/table_view/table_view.h"
 
 #include <QApplication>
@@ -207,14 +207,45 @@ TEST_F(late_pages, a_page_in_something_hidden_waits_until_that_is_shown) {
     EXPECT_FALSE(covered_at(qwidget_of(widget_child(at("p1"), "edit")), QPoint(5, 5)));
 }
 
-TEST_F(late_pages, looking_into_one_builds_it) {
+TEST_F(late_pages, looking_builds_none) {
     open(text_);
-    EXPECT_NE(widget_lookup(at("p1"), "spin"), nullptr);
-    EXPECT_TRUE(is_built("p1"));
+    EXPECT_EQ(widget_lookup(at("p1"), "spin"), nullptr);
+    EXPECT_EQ(widget_child(at("p1"), "spin"), nullptr);
+    int visited = 0;
+    widget_foreach(at("pages"), [&visited](widget*) {
+        ++visited;
+        return RET_OK;
+    });
+    EXPECT_EQ(visited, 4) << "two pages and the two fields of the one that shows";
+    EXPECT_FALSE(is_built("p1"));
 }
 
-TEST_F(late_pages, a_walk_visits_all_of_them) {
+TEST_F(late_pages, one_is_built_on_demand) {
     open(text_);
+    EXPECT_EQ(widget_build(at("p1")), RET_OK);
+    EXPECT_TRUE(is_built("p1"));
+    widget* spin = widget_lookup(at("p1"), "spin");
+    EXPECT_NE(spin, nullptr);
+    EXPECT_FALSE(widget_get_visible(spin));
+    EXPECT_EQ(widget_build(at("p1")), RET_OK) << "once more does nothing";
+    EXPECT_EQ(widget_lookup(at("p1"), "spin"), spin);
+    EXPECT_EQ(widget_build(nullptr), RET_BAD_PARAMS);
+}
+
+TEST_F(late_pages, building_what_is_around_builds_what_shows_in_it) {
+    const std::string include = ui_dynamic("include", "page");
+    open(ui_window(ui_widget("QWidget", "box", "0 0 400 300",
+                             ui_flag("visible", false) + ui_widget("QStackedWidget", "pages", "0 40 300 200",
+                                                                   ui_widget("QWidget", "p0", "", include) +
+                                                                       ui_widget("QWidget", "p1", "", include)))));
+    EXPECT_EQ(widget_build(at("box")), RET_OK);
+    EXPECT_TRUE(is_built("p0"));
+    EXPECT_FALSE(is_built("p1"));
+}
+
+TEST_F(late_pages, a_walk_visits_all_that_is_built) {
+    open(text_);
+    widget_build(at("p1"));
     std::vector<std::string> names;
     widget_foreach(win, [&names](widget* w) {
         names.push_back(widget_name(w));
@@ -252,6 +283,7 @@ TEST_F(late_pages, a_broken_one_is_told_in_the_log_and_stays_empty) {
     open(text_);
     write_layout("page", ui_window(ui_widget("QDial", "d", "")));
     log_set_capture([](const std::string& line, void* to) { *static_cast<std::string*>(to) += line; }, &said);
+    widget_build(at("p1"));
     EXPECT_EQ(widget_child(at("p1"), "edit"), nullptr);
     log_set_capture(nullptr, nullptr);
     EXPECT_THAT(said, EndsWith("/ui/page.ui:5: class \"QDial\" is not known here\n"));

@@ -1,7 +1,7 @@
 #include "tests/toolkit/stage.h"
 
-#include "toolkit/ravel/widget_class.h"
-#include "toolkit/ravel/window_stack.h"
+#include "toolkit/ravel/qt/widget_class.h"
+#include "toolkit/ravel/qt/window_stack.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,8 +1,8 @@
 // Start, main loop, end: each test has the toolkit to itself.
 #include "tests/toolkit/stage.h"
 
-#include "toolkit/ravel/assets.h"
-#include "toolkit/ravel/window_stack.h"
+#include "toolkit/ravel/qt/assets.h"
+#include "toolkit/ravel/qt/window_stack.h"
 
 #include <QApplication>
 #include <QFontInfo>

@@ -1,6 +1,6 @@
 #include "tests/toolkit/stage.h"
 
-#include "toolkit/ravel/window_stack.h"
+#include "toolkit/ravel/qt/window_stack.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,8 +1,8 @@
 #include "tests/toolkit/stage.h"
 
 #include "tests/support/scratch_folder.h"
-#include "toolkit/ravel/drive_input.h"
-#include "toolkit/ravel/window_stack.h"
+#include "toolkit/ravel/qt/drive_input.h"
+#include "toolkit/ravel/qt/window_stack.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -24,7 +24,7 @@ fs::path& root_folder() {
 const char* event_name(event_type type) {
     constexpr const char* names[] = {"click", "value_changed", "value_changing", "focus",
                                      "blur",  "pointer_down",  "pointer_up",     "wheel",
-                                     "move",  "resize",        "request_close"};
+                                     "move",  "resize",        "request_close",  "long_press"};
     return names[static_cast<std::size_t>(type)];
 }
 
@@ -115,7 +115,7 @@ bool wait_until(const std::function<bool()>& done, int limit_ms) {
 
 void click_at(widget* w, int x, int y) {
     drive_press(qwidget_of(w), QPoint(x, y));
-    if (live(w) != nullptr) drive_release(qwidget_of(w), QPoint(x, y));
+    if (qwidget_of(w) != nullptr) drive_release(qwidget_of(w), QPoint(x, y));
     settle();
 }
 
@@ -126,6 +126,11 @@ void click(widget* w) {
 
 void press(widget* w) {
     drive_press(qwidget_of(w), drive_spot(state_of(qwidget_of(w))));
+    settle();
+}
+
+void drag(widget* w, int x, int y) {
+    drive_drag(qwidget_of(w), QPoint(x, y));
     settle();
 }
 
@@ -157,6 +162,11 @@ void listener::hear(widget* w, event_type what) {
         return RET_OK;
     });
 }
+
+said::said() {
+    log_set_capture([](const std::string& text, void* to) { *static_cast<std::string*>(to) += text; }, &text_);
+}
+said::~said() { log_set_capture(nullptr, nullptr); }
 
 std::vector<std::string> listener::take() { return std::exchange(heard_, {}); }
 

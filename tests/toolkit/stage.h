@@ -1,7 +1,7 @@
 // A toolkit with a resource folder of its own, and a user for it: real pointer and key events only.
 #pragma once
 
-#include "toolkit/ravel/detail.h"
+#include "toolkit/ravel/qt/detail.h"
 #include "toolkit/ravel/ravel.h"
 
 #include <gmock/gmock.h>
@@ -41,6 +41,8 @@ void click(widget* w);
 void click_at(widget* w, int x, int y);
 void press(widget* w);
 void release(widget* w);
+/// Moves the pointer with the button down.
+void drag(widget* w, int x, int y);
 void wheel(widget* w, int delta);
 void key(const std::string& name);
 void type(const std::string& text);
@@ -54,6 +56,20 @@ class listener {
 
   private:
     std::vector<std::string> heard_;
+};
+
+/// What the log and the console receive while it lives.
+class said {
+  public:
+    said();
+    ~said();
+    said(const said&) = delete;
+    said& operator=(const said&) = delete;
+    /// Since the last call.
+    std::string take() { return std::exchange(text_, {}); }
+
+  private:
+    std::string text_;
 };
 
 class stage : public testing::Test {

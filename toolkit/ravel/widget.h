@@ -12,7 +12,8 @@
 #include <string>
 #include <vector>
 
-/// A widget or window. Handles stay valid until the widget is destroyed.
+/// A widget or window. Handles stay valid until the widget is destroyed. One of a destroyed widget is never given
+/// to another: functions log it as an error that names them, and answer as for a widget that is missing.
 struct widget;
 
 enum class event_type : uint8_t {
@@ -28,6 +29,8 @@ enum class event_type : uint8_t {
     move,          ///< moved inside its parent
     resize,        ///< width or height changed
     request_close, ///< to a window: somebody asks it to close
+    long_press, ///< the left button was held on it for its time (widget_set_long_press_ms): once a press, not after
+                ///< the pointer left it; the click comes all the same when it is released
 };
 
 struct event {
@@ -39,9 +42,20 @@ struct event {
 /// open.
 using event_handler = std::function<ret_t(const event&)>;
 
+// Looking builds nothing: a page of a page set that has its content from another file is empty until it is shown
+// or built (widget_build), and names in it are not found before.
+
 /// First widget named `name` below `root` (not root itself), breadth first; null when there is none or root is
 /// null.
 widget* widget_lookup(widget* root, const char* name);
+/// The same for a widget that must be there. A missing one is logged as an error, with its name and the window's,
+/// and ends a debug build; a release build goes on with null. Not for names that a layout may leave out.
+widget* widget_need(widget* root, const char* name);
+/// For tests: what is called, with the line that was logged, instead of ending a debug build. Empty restores that.
+void widget_need_set_hook(std::function<void(const std::string& text)> hook);
+/// Builds `w`, if it is a page that was never shown, and all in it that will show when `w` does. pages_set_active
+/// and widget_set_visible do it for what comes on screen. RET_BAD_PARAMS without a widget.
+ret_t widget_build(widget* w);
 /// Direct child named `name`; null when there is none. On the window manager: the topmost window of that name.
 widget* widget_child(widget* parent, const char* name);
 /// Calls `visit` for every named widget below `root`, parents before children, in layout order, until it answers
@@ -57,6 +71,9 @@ widget* widget_get_window(widget* w);
 /// Attaches a handler; handlers run in the order of attaching. Returns an id above 0, 0 for bad parameters.
 uint32_t widget_on(widget* w, event_type type, event_handler handler);
 ret_t widget_off(widget* w, uint32_t id);
+/// How long the pointer is held on `w` until its long_press handlers run: 1 to 60000 ms; 1000 at first.
+/// RET_BAD_PARAMS for another time.
+ret_t widget_set_long_press_ms(widget* w, uint32_t ms);
 /// Runs the handlers of an event that no user caused (for example request_close).
 ret_t widget_dispatch_simple_event(widget* w, event_type type);
 
@@ -108,10 +125,18 @@ bool combo_box_has_option_text(const widget* combo, const char* text);
 
 /// Limits the length of an edit's text, in characters. `min` is kept for the layout's hint only.
 ret_t edit_set_text_limit(widget* edit, uint32_t min, uint32_t max);
+/// Makes an edit one of whole numbers: what cannot become a number from `min` to `max` by typing on cannot be
+/// typed, the Up and Down keys change it by `step` (0: not at all), and when the edit is left, or at Enter, an
+/// unfinished text becomes the nearest number, an empty one what stood there before. What the program sets is shown
+/// as it is. RET_BAD_PARAMS when `min` > `max`, `step` < 0, or `edit` is none.
+ret_t edit_set_int_limit(widget* edit, int32_t min, int32_t max, int32_t step);
+/// The number that an edit shows; 0 when it shows none.
+int32_t edit_get_int(const widget* edit);
 /// Lowest and highest value of a spin box or scroll bar.
 ret_t widget_set_range(widget* w, int32_t min, int32_t max);
 
-/// Shows page `index` (from 0) of a page set, or the page of a name. RET_FAIL when there is no such page.
+/// Shows page `index` (from 0) of a page set, or the page of a name; builds it when the page set is on screen.
+/// RET_FAIL when there is no such page.
 ret_t pages_set_active(widget* pages, uint32_t index);
 ret_t pages_set_active_by_name(widget* pages, const char* name);
 

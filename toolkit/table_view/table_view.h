@@ -1,7 +1,12 @@
 // The table widget: any number of rows, of which only the visible ones exist. GUI thread only.
 //
 // In a layout it is a custom widget of class "table_client" whose property "row_layout" names the layout of one row
-// (ui/NAME.ui, root a QWidget; its height is the row's). Rows are reused as the table scrolls.
+// (ui/NAME.ui, root a QWidget; its height is the row's). Rows are reused as the table scrolls. For what changes
+// with every filling a row has labels with the style class "cell" (toolkit/ravel/layouts.md).
+//
+// Whatever asks for a refresh (new rows, another place, another size) asks for one filling of the visible rows. The
+// first one after a quiet time comes with the next turn of the event loop; the next ones keep at least
+// table_fill_pace_ms, so that however often rows come, the table costs the same.
 #pragma once
 
 #include "toolkit/ravel/widget.h"
@@ -9,21 +14,34 @@
 #include <cstdint>
 #include <functional>
 
+/// Shortest time between two fillings.
+constexpr int table_fill_pace_ms = 34;
+
 /// Fills row `index` (from 0 at the top) into the row widget; its children are found by name.
 using table_row_handler = std::function<ret_t(uint32_t index, widget* row)>;
 
 /// Makes the class known to layouts. A second call does nothing. Before the first layout that uses it is opened.
 ret_t table_view_register();
 
-/// How many rows there are. The place that is shown stays; several calls before the next paint fill rows once.
+/// How many rows there are, and that any of them may have changed. The place that is shown stays.
 /// RET_BAD_PARAMS when `table` is no table.
 ret_t table_client_set_rows(widget* table, uint32_t rows);
 uint32_t table_client_get_rows(const widget* table);
-/// Brings row `index` to the top with the next paint, as far as there are rows below it. RET_BAD_PARAMS when
+/// `count` rows were inserted above all others, so there are as many more. What is shown stays in its place, under
+/// other indexes; a table that is scrolled to its top stays there and shows the new rows. RET_BAD_PARAMS when
+/// `table` is no table.
+ret_t table_client_rows_inserted(widget* table, uint32_t count);
+/// The row at the top of what is shown (after the filling that is asked for); 0 without rows or when `table` is no
+/// table.
+uint32_t table_client_first_row(const widget* table);
+/// Brings row `index` to the top with the next filling, as far as there are rows below it. RET_BAD_PARAMS when
 /// `table` is no table.
 ret_t table_client_show_row(widget* table, uint32_t index);
+/// Fills the visible rows now, whatever the pace. RET_FAIL while the table is not on screen: it fills itself when
+/// it comes there. RET_BAD_PARAMS when `table` is no table.
+ret_t table_client_fill(widget* table);
 
-/// What fills a row that comes into view. RET_BAD_PARAMS when `table` is no table.
+/// What fills a row that is visible. RET_BAD_PARAMS when `table` is no table.
 ret_t table_client_set_on_load_data(widget* table, table_row_handler handler);
 
 /// What is called once for each row widget that is made. The index is the one it is made for; ask table_row_index

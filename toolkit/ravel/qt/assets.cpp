@@ -1,0 +1,173 @@
+#include "toolkit/ravel/qt/assets.h"
+
+#include "toolkit/ravel/qt/detail.h"
+#include "toolkit/ravel/ravel.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFontDatabase>
+#include <QHash>
+#include <QPalette>
+#include <QRegularExpression>
+
+namespace {
+
+constexpr int body_pixels = 14;
+
+QString theme_dir;
+QHash<QString, QString> style_names; // "accent" -> "#1B6EC2"
+QString sheet;
+bool fonts_brought = false;
+
+/// Registers the fonts that the theme brings along; a theme without any uses the system's.
+void bring_fonts() {
+    if (fonts_brought) return;
+    fonts_brought = true;
+    const QDir dir(theme_dir + QStringLiteral("/fonts"));
+    for (const QString& name : dir.entryList({QStringLiteral("*.otf")}, QDir::Files, QDir::Name))
+        QFontDatabase::addApplicationFont(dir.filePath(name));
+}
+
+/// Splits "@name: value;" lines off the sheet's text into style_names.
+QString take_names(const QString& text) {
+    static const QRegularExpression definition(QStringLiteral("^@([a-z][a-z0-9-]*)\\s*:\\s*([^;]+);\\s*$"));
+    QString rules;
+    for (const QString& line : text.split(u'\n')) {
+        const QRegularExpressionMatch match = definition.match(line.trimmed());
+        if (match.hasMatch()) {
+            style_names[match.captured(1)] = match.captured(2).trimmed();
+        } else {
+            rules += line + u'\n';
+        }
+    }
+    return rules;
+}
+
+/// The sheet with every @name replaced by its value.
+QString with_values(const QString& rules) {
+    static const QRegularExpression use(QStringLiteral("@([a-z][a-z0-9-]*)"));
+    QString text;
+    qsizetype from = 0;
+    for (auto match = use.globalMatch(rules); match.hasNext();) {
+        const QRegularExpressionMatch name = match.next();
+        text += QStringView(rules).mid(from, name.capturedStart() - from);
+        text += style_names.value(name.captured(1), QStringLiteral("magenta"));
+        from = name.capturedEnd();
+    }
+    text += QStringView(rules).mid(from);
+    return text;
+}
+
+bool read_sheet() {
+    if (!sheet.isEmpty()) return true;
+    QFile file(theme_dir + QStringLiteral("/styles/default.qss"));
+    if (!file.open(QIODevice::ReadOnly)) return false;
+    style_names.clear();
+    style_names[QStringLiteral("images")] = theme_dir + QStringLiteral("/images");
+    sheet = with_values(take_names(QString::fromUtf8(file.readAll())));
+    return !sheet.isEmpty();
+}
+
+/// The base style's own drawing follows the sheet's colours where no rule speaks.
+void apply_palette() {
+    struct role_color {
+        QPalette::ColorRole role;
+        const char* name;
+    };
+    constexpr role_color colors[] = {
+        {QPalette::Window, "surface"},
+        {QPalette::Base, "card"},
+        {QPalette::Button, "card"},
+        {QPalette::WindowText, "text"},
+        {QPalette::Text, "text"},
+        {QPalette::ButtonText, "text"},
+        {QPalette::Highlight, "select"},
+        {QPalette::HighlightedText, "text"},
+        {QPalette::PlaceholderText, "hint"},
+        {QPalette::Link, "accent"},
+        {QPalette::ToolTipBase, "text"},
+        {QPalette::ToolTipText, "card"},
+    };
+    QPalette palette = QApplication::palette();
+    for (const role_color& row : colors) palette.setColor(row.role, style_color(row.name));
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, style_color("off-text"));
+    QApplication::setPalette(palette);
+}
+
+} // namespace
+
+bool set_resource_root(const QString& root) {
+    const QString dir = QDir(root + QStringLiteral("/default")).absolutePath();
+    if (!QDir(dir).exists()) return false;
+    theme_dir = dir;
+    sheet.clear();
+    fonts_brought = false;
+    return true;
+}
+
+QString layout_path(const QString& name) {
+    return theme_dir + QStringLiteral("/ui/") + name + QStringLiteral(".ui");
+}
+QString strings_path(const QString& locale) {
+    return theme_dir + QStringLiteral("/strings/") + locale + QStringLiteral(".ts");
+}
+QString image_path(const QString& name) {
+    return theme_dir + QStringLiteral("/images/") + name + QStringLiteral(".png");
+}
+
+QColor style_color(const char* name) {
+    const QColor color(style_names.value(QString::fromLatin1(name)));
+    return color.isValid() ? color : QColor(Qt::black);
+}
+
+QStringList style_families(const char* name) {
+    QStringList families;
+    for (const QString& part : style_names.value(QString::fromLatin1(name)).split(u',')) {
+        QString family = part.trimmed();
+        family.remove(u'"');
+        if (!family.isEmpty()) families += family;
+    }
+    return families;
+}
+
+bool apply_style_sheet() {
+    if (!read_sheet()) return false;
+    apply_palette();
+    if (qApp->styleSheet() != sheet) qApp->setStyleSheet(sheet);
+    return true;
+}
+
+bool apply_font(const QString& family) {
+    read_sheet();
+    bring_fonts();
+    const QStringList wanted = family == QLatin1String("default") ? style_families("fonts") : QStringList(family);
+    QStringList chosen; // the first draws, the others only what it has no picture for
+    for (const QString& candidate : wanted)
+        if (QFontDatabase::hasFamily(candidate)) chosen += candidate;
+    QFont font = QApplication::font();
+    if (!chosen.isEmpty()) font.setFamilies(chosen);
+    font.setPixelSize(body_pixels);
+    QApplication::setFont(font);
+    return !chosen.isEmpty();
+}
+
+ret_t assets_manager_set_theme(const char* theme) {
+    if (theme == nullptr) return RET_BAD_PARAMS;
+    return assets_has_theme(theme) ? RET_OK : RET_NOT_IMPL;
+}
+
+bool assets_has_theme(const char* theme) { return theme != nullptr && qstrcmp(theme, "default") == 0; }
+
+ret_t assets_manager_preload_style() {
+    if (!tk_check_gui_thread(__func__) || qApp == nullptr) return RET_BAD_PARAMS;
+    return apply_style_sheet() ? RET_OK : RET_FAIL;
+}
+
+ret_t tk_init_assets() { return theme_dir.isEmpty() ? RET_FAIL : RET_OK; }
+
+ret_t system_info_set_default_font(const char* name) {
+    if (!tk_check_gui_thread(__func__) || name == nullptr || qApp == nullptr) return RET_BAD_PARAMS;
+    return apply_font(QString::fromUtf8(name)) ? RET_OK : RET_FAIL;
+}

@@ -1,0 +1,99 @@
+#include "toolkit/ravel/qt/input_trap.h"
+
+#include "toolkit/ravel/qt/widget_class.h"
+#include "toolkit/ravel/qt/window_stack.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+
+namespace {
+
+/// Whether a widget belongs to the top window: stands in it, in its backdrop, or in a popup or menu of it.
+bool belongs_to_top(const QWidget* w) {
+    const QWidget* top = top_input_window();
+    const widget_state* state = top == nullptr ? nullptr : state_of(top);
+    const QWidget* shell = state == nullptr ? nullptr : shell_of(state);
+    if (shell == nullptr) return true;
+    for (; w != nullptr; w = w->parentWidget()) {
+        if (w == shell) return true;
+        if (w == native_window()) return false;
+    }
+    return true; // none of ours (a tooltip, a menu without an owner)
+}
+
+class input_trap final : public QObject {
+  public:
+    bool eventFilter(QObject* watched, QEvent* what) override {
+        switch (what->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::MouseMove:
+        case QEvent::Wheel:
+        case QEvent::ContextMenu:
+        case QEvent::Shortcut:
+        case QEvent::ShortcutOverride:
+        case QEvent::DragEnter:
+        case QEvent::Drop:
+            return watched->isWidgetType() && !belongs_to_top(static_cast<QWidget*>(watched));
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+            return watched->isWidgetType() && key_astray(static_cast<QWidget*>(watched), what);
+        default:
+            return false;
+        }
+    }
+
+  private:
+    /// A key for a covered window, or for none, goes to the top one, which takes the focus at that.
+    static bool key_astray(const QWidget* w, QEvent* what) {
+        // Qt leaves the focus on a hidden widget when it finds no other that takes it.
+        if (belongs_to_top(w) && w->isVisible()) return false;
+        const QWidget* focus = native_window()->focusWidget();
+        if (focus != nullptr && focus != native_window() && focus->isVisible() && belongs_to_top(focus)) {
+            return w != native_window(); // what nobody of the top window took ends here
+        }
+        if (what->type() == QEvent::KeyPress) {
+            QWidget* top = top_input_window();
+            top->setFocus(Qt::OtherFocusReason);
+            QCoreApplication::sendEvent(top, what);
+        }
+        return true;
+    }
+};
+
+input_trap* trap = nullptr;
+QMetaObject::Connection focus_watch;
+
+/// A field that the keyboard reaches is shown, whatever scroll view it hides in.
+void reveal_focus(QWidget*, QWidget* now) {
+    if (now == nullptr || QApplication::mouseButtons() != Qt::NoButton) return;
+    for (QWidget* w = now->parentWidget(); w != nullptr; w = w->parentWidget()) {
+        if (auto* area = dynamic_cast<scroll_widget*>(w)) area->reveal(now);
+    }
+}
+
+} // namespace
+
+void install_input_trap() {
+    trap = new input_trap;
+    qApp->installEventFilter(trap);
+    focus_watch = QObject::connect(qApp, &QApplication::focusChanged, reveal_focus);
+}
+
+void remove_input_trap() {
+    QObject::disconnect(focus_watch);
+    delete trap;
+    trap = nullptr;
+}
+
+bool gets_input(const QWidget* w) {
+    return w != nullptr && w->isEnabled() && w->isVisibleTo(native_window()) && belongs_to_top(w);
+}
+
+bool covered_at(const QWidget* w, const QPoint& own_point) {
+    const QWidget* native = native_window();
+    if (native == nullptr || !native->isAncestorOf(w)) return false;
+    const QWidget* there = native->childAt(w->mapTo(native, own_point));
+    return there != w && (there == nullptr || !w->isAncestorOf(there));
+}

@@ -1,0 +1,232 @@
+#include "toolkit/ravel/qt/widget_class.h"
+
+#include "toolkit/ravel/qt/assets.h"
+#include "toolkit/ravel/qt/cell_text.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QStyleOptionComboBox>
+#include <QWheelEvent>
+
+combo_widget::combo_widget(QWidget* parent) : QComboBox(parent) {
+    setFocusPolicy(Qt::StrongFocus);
+    setInsertPolicy(QComboBox::NoInsert);
+    setMaxVisibleItems(16);
+}
+
+void combo_widget::wheelEvent(QWheelEvent* event) {
+    if (hasFocus()) {
+        QComboBox::wheelEvent(event);
+    } else {
+        event->ignore();
+    }
+}
+
+QSize combo_widget::sizeHint() const {
+    if (hint_.isValid()) return hint_;
+    ensurePolished();
+    int width = fontMetrics().horizontalAdvance(QStringLiteral("00000"));
+    for (int row = 0; row < count(); ++row) width = std::max(width, fontMetrics().horizontalAdvance(itemText(row)));
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    const QSize content(width + 2, fontMetrics().height());
+    hint_ = style()->sizeFromContents(QStyle::CT_ComboBox, &option, content, this);
+    return hint_;
+}
+
+void combo_widget::options_changed(bool other_count) {
+    hint_ = QSize();
+    updateGeometry();
+    if (other_count) refresh_popup();
+}
+
+void combo_widget::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) hint_ = QSize();
+    QComboBox::changeEvent(event);
+}
+
+bool combo_widget::popup_is_open() const {
+    // view() would create the list; before the first opening there is none.
+    const QWidget* popup = QApplication::activePopupWidget();
+    return popup != nullptr && popup->parentWidget() == this && popup->isVisible();
+}
+
+/// Shows an open list again, with the same row lit.
+void combo_widget::refresh_popup() {
+    if (!popup_is_open() || count() == 0) return;
+    const QModelIndex lit = view()->currentIndex();
+    showPopup();
+    if (lit.isValid()) view()->setCurrentIndex(lit);
+}
+
+spin_widget::spin_widget(QWidget* parent) : QSpinBox(parent) { setFocusPolicy(Qt::StrongFocus); }
+
+void spin_widget::wheelEvent(QWheelEvent* event) {
+    if (hasFocus()) {
+        QSpinBox::wheelEvent(event);
+    } else {
+        event->ignore();
+    }
+}
+
+check_widget::check_widget(QWidget* parent) : QCheckBox(parent) {
+    setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+}
+
+pages_widget::pages_widget(QWidget* parent) : QStackedWidget(parent) {
+    QObject::connect(this, &QStackedWidget::currentChanged, this, [this] { updateGeometry(); });
+}
+QSize pages_widget::sizeHint() const { return currentWidget() == nullptr ? QSize() : currentWidget()->sizeHint(); }
+QSize pages_widget::minimumSizeHint() const {
+    return currentWidget() == nullptr
+               ? QSize()
+               : currentWidget()->minimumSizeHint().expandedTo(currentWidget()->minimumSize());
+}
+
+scroll_widget::scroll_widget(QWidget* parent) : QScrollArea(parent) {
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::NoFocus);
+}
+
+void scroll_widget::wheelEvent(QWheelEvent* event) {
+    widget_state* state = state_of(this);
+    if (state == nullptr || !state->has_handlers(event_type::wheel)) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    const QPoint turned = event->angleDelta();
+    if (!turned.isNull()) state->fire(event_type::wheel, turned.y() != 0 ? turned.y() : turned.x());
+}
+
+void scroll_widget::keyPressEvent(QKeyEvent* event) { event->ignore(); }
+
+bool scroll_widget::focusNextPrevChild(bool next) {
+    // QScrollArea's own way would scroll behind the bar's back; reveal() follows the focus instead.
+    return QWidget::focusNextPrevChild(next);
+}
+
+void scroll_widget::scrollContentsBy(int dx, int dy) { QScrollArea::scrollContentsBy(dx, dy); }
+
+bool scroll_widget::shows(const QWidget* child) const {
+    const QRect place(child->mapTo(viewport(), QPoint(0, 0)), child->size());
+    return place.top() >= 0 && place.bottom() < viewport()->height();
+}
+
+void scroll_widget::reveal(QWidget* child) {
+    const QByteArray bar_name = property("scroll_bar").toByteArray();
+    widget_state* state = state_of(this);
+    if (!bar_name.isEmpty() && state != nullptr && !shows(child)) {
+        ::widget* win = widget_get_window(handle_of(this));
+        auto* bar = live_as<QScrollBar>(widget_lookup(win, bar_name.constData()));
+        const bool down = child->mapTo(viewport(), QPoint(0, 0)).y() > 0;
+        while (bar != nullptr && !shows(child)) {
+            const int before = bar->value();
+            bar->triggerAction(down ? QAbstractSlider::SliderSingleStepAdd : QAbstractSlider::SliderSingleStepSub);
+            if (bar->value() == before) break;
+        }
+    }
+    if (!shows(child)) ensureWidgetVisible(child, 0, 16);
+}
+
+void cell_widget::show_text(const QString& text) {
+    if (text == shown_ && !shown_.isNull()) return;
+    shown_ = text.isNull() ? QStringLiteral("") : text;
+    update();
+}
+
+QSize cell_widget::sizeHint() const { return {0, fontMetrics().height()}; }
+
+void cell_widget::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange ||
+        event->type() == QEvent::PaletteChange || event->type() == QEvent::EnabledChange)
+        glyphs_ = nullptr;
+    QLabel::changeEvent(event);
+}
+
+void cell_widget::paintEvent(QPaintEvent*) {
+    const QString text = shown();
+    if (text.isEmpty()) return;
+    const QColor ink = palette().color(foregroundRole());
+    if (glyphs_ == nullptr || scale_ != devicePixelRatioF()) {
+        scale_ = devicePixelRatioF();
+        glyphs_ = &cell_glyphs_of(font(), ink, scale_);
+    }
+    const bool pictures = cell_glyphs::can_show(text);
+    const QFontMetrics metrics = fontMetrics();
+    const Qt::Alignment place = QStyle::visualAlignment(layoutDirection(), alignment());
+    QPoint at = contentsRect().topLeft() + QPoint(0, metrics.ascent());
+    if ((place & (Qt::AlignRight | Qt::AlignHCenter)) != 0) {
+        const int spare =
+            contentsRect().width() - (pictures ? glyphs_->width(text) : metrics.horizontalAdvance(text));
+        at.rx() += (place & Qt::AlignRight) != 0 ? spare : spare / 2;
+    }
+    if ((place & (Qt::AlignBottom | Qt::AlignVCenter)) != 0) {
+        const int spare = contentsRect().height() - metrics.height();
+        at.ry() += (place & Qt::AlignBottom) != 0 ? spare : spare / 2;
+    }
+    QPainter painter(this);
+    if (pictures) return glyphs_->draw(&painter, at, text);
+    painter.setPen(ink);
+    painter.drawText(at, text);
+}
+
+text_widget::text_widget(QWidget* parent) : QPlainTextEdit(parent) {
+    setReadOnly(true);
+    setUndoRedoEnabled(false);
+    setTabChangesFocus(true);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    setLineWrapMode(QPlainTextEdit::WidgetWidth);
+    setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+}
+
+namespace {
+constexpr int step_ms = 60;
+constexpr int bar_height = 3;
+} // namespace
+
+hscroll_widget::hscroll_widget(QWidget* parent) : QLabel(parent) {
+    clock_.setInterval(step_ms);
+    QObject::connect(&clock_, &QTimer::timeout, this, [this] {
+        if (window()->isMinimized()) return;
+        ++phase_;
+        update();
+    });
+}
+
+void hscroll_widget::showEvent(QShowEvent* event) {
+    clock_.start();
+    QLabel::showEvent(event);
+}
+
+void hscroll_widget::hideEvent(QHideEvent* event) {
+    clock_.stop();
+    QLabel::hideEvent(event);
+}
+
+void hscroll_widget::paintEvent(QPaintEvent* event) {
+    const int text_width = fontMetrics().horizontalAdvance(text());
+    QPainter painter(this);
+    if (text_width > width()) {
+        constexpr int gap = 48;
+        const int x = -(phase_ * 2 % (text_width + gap));
+        painter.setPen(palette().color(QPalette::WindowText));
+        for (const int at : {x, x + text_width + gap})
+            painter.drawText(QRect(at, 0, text_width + gap, height() - bar_height), Qt::AlignVCenter, text());
+    } else {
+        painter.end();
+        QLabel::paintEvent(event);
+        painter.begin(this);
+    }
+    const int run = std::max(24, width() / 4);
+    const int left = phase_ * 4 % (width() + run) - run;
+    painter.fillRect(0, height() - bar_height, width(), bar_height, style_color("line"));
+    painter.fillRect(left, height() - bar_height, run, bar_height, style_color("accent"));
+}

@@ -1,0 +1,126 @@
+#include "toolkit/table_view/qt/table_widget.h"
+
+#include "toolkit/core/log.h"
+#include "toolkit/ravel/qt/layout_reader.h"
+
+#include <QScrollBar>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace {
+
+constexpr int fallback_row_height = 28;
+constexpr uint32_t rows_max = std::numeric_limits<int>::max() - 1;
+
+} // namespace
+
+table_widget::table_widget(QWidget* parent) : QAbstractScrollArea(parent), row_height_(fallback_row_height) {
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    asked_.setSingleShot(true);
+    asked_.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&asked_, &QTimer::timeout, this, [this] { fill(); });
+}
+
+/// What is asked for while a filling waits is part of it.
+void table_widget::ask() {
+    if (asked_.isActive()) return;
+    const qint64 quiet = since_fill_.isValid() ? since_fill_.elapsed() : table_fill_pace_ms;
+    asked_.start(static_cast<int>(std::max<qint64>(0, table_fill_pace_ms - quiet)));
+}
+
+void table_widget::set_rows(uint32_t count) {
+    count_ = std::min(count, rows_max);
+    move_bar();
+    ask();
+}
+
+void table_widget::rows_inserted(uint32_t count) {
+    count_ += std::min(count, rows_max - count_);
+    if (first_ > 0) first_ += std::min(count, rows_max - first_);
+    move_bar();
+    ask();
+}
+
+void table_widget::show_row(uint32_t index) {
+    first_ = std::min(index, rows_max);
+    move_bar();
+    ask();
+}
+
+uint32_t table_widget::first_row() const {
+    const auto page = static_cast<uint32_t>(viewport()->height() / row_height_);
+    return std::min(first_, count_ - std::min(count_, page));
+}
+
+int table_widget::visible_rows() const { return (viewport()->height() + row_height_ - 1) / row_height_; }
+
+/// The bar is always where the next filling begins, so that the user turns it from there.
+void table_widget::move_bar() {
+    const bool moved_before = std::exchange(moving_bar_, true);
+    const int whole = std::max(1, viewport()->height() / row_height_);
+    verticalScrollBar()->setPageStep(whole);
+    verticalScrollBar()->setRange(0, std::max(0, static_cast<int>(count_) - whole));
+    verticalScrollBar()->setValue(static_cast<int>(first_row()));
+    moving_bar_ = moved_before;
+}
+
+bool table_widget::fill() {
+    if (!isVisible() || filling_) return false;
+    asked_.stop();
+    since_fill_.start();
+    filling_ = true;                             // the bar that moves here asks for nothing
+    if (pool_.empty() && count_ > 0) add_row(0); // a row's height is known from the first one on
+    const uint32_t first = first_ = first_row();
+    move_bar();
+    const uint32_t shown = std::min(count_ - first, static_cast<uint32_t>(visible_rows()));
+    while (pool_.size() < shown && add_row(first + static_cast<uint32_t>(pool_.size()))) {
+    }
+    for (std::size_t i = 0; i < pool_.size(); ++i) fill_row(i, first, shown);
+    filling_ = false;
+    return true;
+}
+
+bool table_widget::add_row(uint32_t index) {
+    std::string why;
+    widget_state* row = load_part(property("row_layout").toString(), viewport(), state_of(this), &why);
+    if (row == nullptr) {
+        log_write(LOG_LEVEL_ERROR, "table row: " + why + "\n");
+        return false;
+    }
+    row_height_ = row->w->minimumHeight() > 0 ? row->w->minimumHeight() : fallback_row_height;
+    pool_.push_back({row, -1});
+    if (create) create(index, handle_of(row));
+    return true;
+}
+
+void table_widget::fill_row(std::size_t position, uint32_t first, uint32_t shown) {
+    row_widget& row = pool_[position];
+    QWidget* w = row.state->w;
+    if (position >= shown) {
+        row.index = -1;
+        w->hide();
+        return;
+    }
+    row.index = int64_t{first} + static_cast<int64_t>(position);
+    const QRect place(0, static_cast<int>(position) * row_height_, viewport()->width(), row_height_);
+    if (w->geometry() != place) w->setGeometry(place);
+    if (load) load(first + static_cast<uint32_t>(position), handle_of(row.state));
+    w->show();
+}
+
+int64_t table_widget::index_of(const widget_state* row) const {
+    for (const row_widget& own : pool_)
+        if (own.state == row) return own.index;
+    return -1;
+}
+
+void table_widget::resizeEvent(QResizeEvent*) { ask(); }
+void table_widget::showEvent(QShowEvent*) { ask(); }
+
+void table_widget::scrollContentsBy(int, int) {
+    if (moving_bar_) return;
+    first_ = static_cast<uint32_t>(verticalScrollBar()->value());
+    ask();
+}

@@ -1,0 +1,52 @@
+// The Qt widget behind a table. For toolkit/table_view only. GUI thread only.
+#pragma once
+
+#include "toolkit/ravel/qt/detail.h"
+#include "toolkit/table_view/table_view.h"
+
+#include <QAbstractScrollArea>
+#include <QElapsedTimer>
+#include <QTimer>
+
+class table_widget final : public QAbstractScrollArea {
+  public:
+    explicit table_widget(QWidget* parent);
+
+    void set_rows(uint32_t count);
+    uint32_t rows() const { return count_; }
+    void rows_inserted(uint32_t count);
+    void show_row(uint32_t index);
+    uint32_t first_row() const;
+    /// False while it is not on screen.
+    bool fill();
+    /// -1 for what is no row of it, or a row kept for later.
+    int64_t index_of(const widget_state* row) const;
+
+    table_row_handler load;
+    table_row_handler create;
+
+  protected:
+    void resizeEvent(QResizeEvent* what) override;
+    void showEvent(QShowEvent* what) override;
+    void scrollContentsBy(int dx, int dy) override;
+
+  private:
+    struct row_widget {
+        widget_state* state;
+        int64_t index; ///< -1: kept for later, hidden
+    };
+    void ask();
+    void move_bar();
+    bool add_row(uint32_t index);
+    void fill_row(std::size_t position, uint32_t first, uint32_t shown);
+    int visible_rows() const;
+
+    std::vector<row_widget> pool_; ///< from the top
+    QTimer asked_;                 ///< runs while a filling is asked for
+    QElapsedTimer since_fill_;
+    uint32_t count_ = 0;
+    uint32_t first_ = 0; ///< where the next filling begins, as far as there are rows below
+    int row_height_;
+    bool filling_ = false;
+    bool moving_bar_ = false; ///< by the program: nothing is asked for
+};
