@@ -1,6 +1,7 @@
 // The one place in the tests that sleeps: sleeping is what is tested here.
 #include "toolkit/core/date_time.h"
 #include "toolkit/core/thread.h"
+#include "toolkit/core/worker.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -63,6 +64,20 @@ TEST(sleep, destroy_ends_a_sleeping_thread) {
     while (tk_thread_alive_count() != 0 && time_now_ms() < end) tk_semaphore_wait(ready, 1);
     EXPECT_TRUE(ended);
     tk_semaphore_destroy(ready);
+}
+
+TEST(sleep, says_whether_a_stop_ended_it) {
+    const int64_t start = time_now_ms();
+    EXPECT_TRUE(worker_sleep_ms(20)) << "no worker";
+    EXPECT_GE(time_now_ms() - start, 19);
+    worker one;
+    ASSERT_EQ(one.start({"one"}, [] { return worker_sleep_ms(1) ? 1U : 0U; }), RET_OK);
+    one.join();
+    EXPECT_EQ(one.result(), 1U);
+    ASSERT_EQ(one.start({"one"}, [] { return worker_sleep_ms(hour) || worker_sleep_ms(hour) ? 1U : 2U; }), RET_OK);
+    one.request_stop();
+    EXPECT_EQ(one.join(), RET_OK);
+    EXPECT_EQ(one.result(), 2U);
 }
 
 } // namespace

@@ -1,10 +1,10 @@
 #include "toolkit/core/thread.h"
 
 #include "toolkit/core/date_time.h"
-#include "toolkit/core/lock_grave.h"
 
 #include <atomic>
 #include <cstring>
+#include <future>
 #include <gtest/gtest.h>
 #include <memory>
 #include <pthread.h>
@@ -32,7 +32,6 @@ class threads : public testing::Test {
     void SetUp() override { gate = tk_semaphore_create(0); }
     void TearDown() override {
         EXPECT_TRUE(wait_for([] { return tk_thread_alive_count() == 0; }));
-        EXPECT_TRUE(wait_for([] { return !tk_thread_any_let_go(); }));
         EXPECT_EQ(tk_semaphore_destroy(gate), RET_OK);
     }
     tk_semaphore* gate = nullptr;
@@ -183,7 +182,6 @@ TEST_F(threads, release_neither_stops_nor_waits) {
     });
     tk_thread_start(thread);
     tk_thread_release(thread);
-    EXPECT_TRUE(tk_thread_any_let_go());
     EXPECT_EQ(*seen, 0);
     tk_semaphore_post(gate);
     EXPECT_TRUE(wait_for([&] { return *seen != 0; }));
@@ -191,9 +189,11 @@ TEST_F(threads, release_neither_stops_nor_waits) {
 }
 
 TEST_F(threads, destroy_waits_200_ms_for_a_thread_that_hangs_and_never_longer) {
+    // A wait that no stop ends.
+    auto let_go = std::make_shared<std::promise<void>>();
     auto ended = std::make_shared<std::atomic<bool>>(false);
-    tk_thread* const thread = tk_thread_create([this, ended] {
-        tk_semaphore_wait(gate, for_ever);
+    tk_thread* const thread = tk_thread_create([let_go, ended] {
+        let_go->get_future().wait();
         *ended = tk_thread_should_stop();
         return 0U;
     });
@@ -205,8 +205,7 @@ TEST_F(threads, destroy_waits_200_ms_for_a_thread_that_hangs_and_never_longer) {
     EXPECT_GE(waited, 199);
     EXPECT_LT(waited, 2000);
     EXPECT_EQ(tk_thread_alive_count(), 1U);
-    EXPECT_TRUE(tk_thread_any_let_go());
-    tk_semaphore_post(gate);
+    let_go->set_value();
     EXPECT_TRUE(wait_for([&] { return ended->load(); })) << "its block is alive, and it was asked to stop";
 }
 
@@ -217,7 +216,6 @@ TEST_F(threads, destroy_lets_go_of_one_that_has_ended_at_once) {
     const int64_t start = time_now_ms();
     tk_thread_destroy(thread);
     EXPECT_LT(time_now_ms() - start, 150);
-    EXPECT_FALSE(tk_thread_any_let_go());
 }
 
 TEST_F(threads, what_the_entry_holds_is_released_when_it_returns) {
