@@ -1,27 +1,15 @@
 #include "serial/port.h"
 
-#include "config/dev_obj.h"
 #include "serial/port_calls.h"
+#include "serial/port_names.h"
 #include "serial/session.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
 
 #include <array>
 
-namespace {
-
-constexpr std::size_t port_text_max = 100;
-
-} // namespace
-
 std::optional<std::string> port_path(family of, const std::string& text) {
-    const std::string name = tk_utf8_cut(text, port_text_max);
-    if (name.empty()) return std::nullopt;
-    if (name.front() == 'C') {
-        const std::string path = tk_object_get_prop_str(com_name_map(), name.c_str(), "");
-        return path.empty() ? std::nullopt : std::optional(path);
-    }
-    return of == family::b ? std::string() : name;
+    return port_path(text, of != family::b);
 }
 
 HANDLE port_open(const std::string& path) {

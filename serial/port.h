@@ -13,9 +13,7 @@
 #include <span>
 #include <string>
 
-/// Device path of a port text (at most its first 100 bytes count). A text that begins with "C" is looked up among
-/// the known port names; nothing when it is not one of them, or when the text is empty. Any other text is a path
-/// itself, but not for the B family, which has no path then (an empty one, which never opens). Any thread.
+/// As port_path of port_names.h; the B family takes no typed paths.
 std::optional<std::string> port_path(family of, const std::string& text);
 
 // ---- the port by its handle: for sessions that do not hold a lease yet; each is as its namesake in port_lease.h
