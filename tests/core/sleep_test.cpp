@@ -22,7 +22,7 @@ TEST(sleep, lasts_as_long_as_asked_on_any_thread) {
         sleep_ms(20);
         return static_cast<uint32_t>(time_now_ms() - began);
     });
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     tk_thread_join(thread);
     EXPECT_GE(tk_thread_result(thread), 19U);
     tk_thread_destroy(thread);
@@ -36,7 +36,7 @@ TEST(sleep, ends_at_once_when_the_thread_is_asked_to_stop) {
         sleep_ms(hour); // stays interrupted
         return 1U;
     });
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     tk_semaphore_wait(ready, UINT32_MAX);
     const int64_t start = time_now_ms();
     tk_thread_request_stop(thread);
@@ -56,7 +56,7 @@ TEST(sleep, destroy_ends_a_sleeping_thread) {
         ended = true;
         return 0U;
     });
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     tk_semaphore_wait(ready, UINT32_MAX);
     EXPECT_EQ(tk_thread_destroy(thread), RET_OK);
     // It takes 200 ms at most, in which a woken thread has time to end on any machine that is not at a standstill.

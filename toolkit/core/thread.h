@@ -28,7 +28,7 @@ ret_t tk_thread_set_priority(tk_thread* thread, uint32_t priority);
 ret_t tk_thread_set_stack_size(tk_thread* thread, uint32_t bytes);
 
 /// Starts the thread. RET_FAIL when the system refuses or it was started before.
-ret_t tk_thread_start(tk_thread* thread);
+[[nodiscard]] ret_t tk_thread_start(tk_thread* thread);
 
 /// Waits until the entry has returned. RET_FAIL when it was never started or was joined before.
 ret_t tk_thread_join(tk_thread* thread);
@@ -63,7 +63,7 @@ uint32_t tk_thread_alive_count();
 tk_mutex* tk_mutex_create();
 ret_t tk_mutex_lock(tk_mutex* mutex);
 /// RET_FAIL when another thread holds it.
-ret_t tk_mutex_try_lock(tk_mutex* mutex);
+[[nodiscard]] ret_t tk_mutex_try_lock(tk_mutex* mutex);
 /// RET_FAIL when the calling thread does not hold it.
 ret_t tk_mutex_unlock(tk_mutex* mutex);
 /// Frees the mutex. One that is held or waited for is reported loudly (log and abort in debug builds) and not
