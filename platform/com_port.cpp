@@ -104,6 +104,9 @@ HANDLE CreateEventA(void* security, BOOL manual_reset, BOOL initial_state, const
     return ::CreateEventA(static_cast<SECURITY_ATTRIBUTES*>(security), manual_reset, initial_state, name);
 }
 
+BOOL SetEvent(HANDLE event) { return ::SetEvent(event); }
+BOOL ResetEvent(HANDLE event) { return ::ResetEvent(event); }
+
 DWORD WaitForSingleObject(HANDLE object, DWORD ms) {
     DWORD error = 0;
     if (!fault_hits(call::wait_for_single_object, &error)) return ::WaitForSingleObject(object, ms);

@@ -37,6 +37,8 @@ BOOL GetOverlappedResult(HANDLE port, OVERLAPPED* operation, DWORD* done, BOOL w
 /// Cancels one pending operation of a handle (any thread's), or all of them when `operation` is null.
 BOOL CancelIoEx(HANDLE port, OVERLAPPED* operation);
 HANDLE CreateEventA(void* security, BOOL manual_reset, BOOL initial_state, const char* name);
+BOOL SetEvent(HANDLE event);
+BOOL ResetEvent(HANDLE event);
 DWORD WaitForSingleObject(HANDLE object, DWORD ms);
 BOOL CloseHandle(HANDLE handle);
 /// The calling thread's last error code.

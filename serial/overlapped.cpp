@@ -1,22 +1,20 @@
 #include "serial/overlapped.h"
 
-#include "serial/session.h"
-#include "toolkit/core/date_time.h"
+#include "toolkit/core/worker.h"
 
 #include <algorithm>
-#include <cstring>
+#include <array>
 #include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
 
 void owned_handle::close() {
     if (valid()) com::CloseHandle(handle_);
     handle_ = INVALID_HANDLE_VALUE;
 }
 
-HANDLE owned_handle::release() {
-    HANDLE given = handle_;
-    handle_ = INVALID_HANDLE_VALUE;
-    return given;
-}
+HANDLE owned_handle::release() { return std::exchange(handle_, INVALID_HANDLE_VALUE); }
 
 HANDLE make_event() { return com::CreateEventA(nullptr, TRUE, FALSE, nullptr); }
 
@@ -38,91 +36,110 @@ namespace {
 constexpr DWORD error_pending = 997;
 constexpr DWORD error_incomplete = 996;
 constexpr DWORD error_timeout = 1460;
+constexpr DWORD reap_wait_ms = 1000;
 
 /// What the system writes to until the operation has ended.
 struct pending {
+    explicit pending(std::size_t size) : bytes(size) {}
+    DWORD size() const { return static_cast<DWORD>(bytes.size()); }
     OVERLAPPED record{};
-    std::array<uint8_t, io_read_max> bytes{};
+    std::vector<uint8_t> bytes;
 };
 
-enum class wait_end : uint8_t { signalled, failed, stopped };
+bool stopping(const io_port& port) { return worker_should_stop() || port.closing.stop_requested(); }
 
-// A stop request sets no handle of the system's, so long waits are taken in slices; the event itself ends a slice
-// at once.
-wait_end wait_event(HANDLE event, DWORD limit_ms) {
-    const int64_t until = limit_ms == INFINITE ? INT64_MAX : time_now_ms() + limit_ms;
-    for (;;) {
-        const int64_t left = std::max<int64_t>(until - time_now_ms(), 0);
-        const auto slice = static_cast<DWORD>(std::min<int64_t>(left, session_timing_get().stop_check_ms));
-        const DWORD answer = com::WaitForSingleObject(event, slice);
-        if (answer == WAIT_OBJECT_0) return wait_end::signalled;
-        if (answer != WAIT_TIMEOUT) return wait_end::failed;
-        if (tk_thread_should_stop()) return wait_end::stopped;
-        if (left <= slice) return wait_end::failed;
+/// What a stop does to an operation, on the thread that asks: it is cancelled, and its wait ends even where the
+/// system does not end the operation.
+struct abort_operation {
+    HANDLE port;
+    HANDLE event;
+    OVERLAPPED* record;
+    void operator()() const {
+        com::CancelIoEx(port, record);
+        com::SetEvent(event);
     }
+};
+
+/// Waits for the event, in one call; true when it was set. `error` is the thread's last error right after the wait.
+bool wait_event(const io_port& port, HANDLE event, OVERLAPPED* record, DWORD limit_ms, DWORD* error) {
+    const abort_operation abort{port.handle, event, record};
+    const std::stop_callback on_stop(worker_stop_token(), abort);
+    const std::stop_callback on_close(port.closing, abort);
+    const DWORD answer = com::WaitForSingleObject(event, limit_ms);
+    *error = com::GetLastError();
+    return answer == WAIT_OBJECT_0;
+}
+
+/// Keeps for ever what the system may still write to.
+void give_up(std::unique_ptr<pending> op) {
+    static std::mutex& lock = *new std::mutex;
+    static auto& given_up = *new std::vector<std::unique_ptr<pending>>;
+    const std::lock_guard guard(lock);
+    given_up.push_back(std::move(op));
 }
 
 /// Cancels the operation and waits for its end; the record and its buffer are given up (never freed) in the one
 /// case that the system does not say that it has ended.
 void cancel_and_reap(HANDLE port, HANDLE event, std::unique_ptr<pending>& op) {
     com::CancelIoEx(port, &op->record);
+    com::ResetEvent(event); // a stop may have set it; from here on only the operation's end does
     DWORD moved = 0;
-    if (com::GetOverlappedResult(port, &op->record, &moved, TRUE)) return;
-    if (com::WaitForSingleObject(event, 1000) == WAIT_OBJECT_0) return;
-    static_cast<void>(op.release());
+    if (com::GetOverlappedResult(port, &op->record, &moved, FALSE)) return;
+    if (com::GetLastError() != error_incomplete) return;
+    if (com::WaitForSingleObject(event, reap_wait_ms) == WAIT_OBJECT_0) return;
+    give_up(std::move(op));
 }
 
 /// From a started operation to its result. `started` is what ReadFile or WriteFile answered.
-io_result finish(HANDLE port, HANDLE event, BOOL started, DWORD wait_ms, std::unique_ptr<pending>& op) {
-    const DWORD start_error = started ? 0 : com::GetLastError();
-    if (!started && start_error != error_pending) return {io_step::start, start_error, 0};
-    if (!started) {
-        const wait_end end = wait_event(event, wait_ms);
-        if (end != wait_end::signalled) {
-            const DWORD error = end == wait_end::failed ? com::GetLastError() : 0;
-            cancel_and_reap(port, event, op);
-            return {end == wait_end::stopped ? io_step::stopped : io_step::wait, error, 0};
-        }
+io_result finish(const io_port& port, HANDLE event, BOOL started, DWORD wait_ms, std::unique_ptr<pending>& op) {
+    DWORD error = started ? 0 : com::GetLastError();
+    if (!started && error != error_pending) return {io_step::start, error, 0};
+    if (!started && !wait_event(port, event, &op->record, wait_ms, &error)) {
+        cancel_and_reap(port.handle, event, op);
+        return {io_step::wait, error, 0};
     }
     DWORD moved = 0;
-    if (!com::GetOverlappedResult(port, &op->record, &moved, FALSE)) {
-        const DWORD error = com::GetLastError();
-        if (error == error_incomplete) cancel_and_reap(port, event, op);
-        return {io_step::result, error, 0};
-    }
-    return {io_step::done, 0, moved};
+    if (com::GetOverlappedResult(port.handle, &op->record, &moved, FALSE)) return {io_step::done, 0, moved};
+    error = com::GetLastError();
+    if (error == error_incomplete) cancel_and_reap(port.handle, event, op);
+    return {io_step::result, error, 0};
+}
+
+/// However an operation ended that did not end well: a stop has no error of its own.
+io_result judge(const io_port& port, const io_result& result) {
+    return !result.ok() && stopping(port) ? io_result{io_step::stopped, 0, 0} : result;
 }
 
 } // namespace
 
-io_result port_write(HANDLE port, std::span<const uint8_t> bytes) {
+io_result overlapped_write(const io_port& port, std::span<const uint8_t> bytes) {
+    if (stopping(port)) return {io_step::stopped, 0, 0};
     owned_handle event(make_event());
     if (!event.valid()) return {io_step::create_event, com::GetLastError(), 0};
-    auto op = std::make_unique<pending>();
-    const std::size_t size = std::min(bytes.size(), op->bytes.size());
-    std::copy_n(bytes.begin(), size, op->bytes.begin());
+    auto op = std::make_unique<pending>(bytes.size());
+    std::ranges::copy(bytes, op->bytes.begin());
     op->record.hEvent = event.get();
-    const BOOL started = com::WriteFile(port, op->bytes.data(), static_cast<DWORD>(size), nullptr, &op->record);
+    const BOOL started = com::WriteFile(port.handle, op->bytes.data(), op->size(), nullptr, &op->record);
     io_result result = finish(port, event.get(), started, INFINITE, op);
     if (result.ok() && result.bytes != bytes.size()) result.step = io_step::result;
-    return result;
+    return judge(port, result);
 }
 
-io_result port_read_with(HANDLE port, HANDLE event, std::span<uint8_t> into, DWORD wait_ms) {
-    auto op = std::make_unique<pending>();
-    const std::size_t size = std::min(into.size(), op->bytes.size());
+io_result overlapped_read_with(const io_port& port, HANDLE event, std::span<uint8_t> into, DWORD wait_ms) {
+    if (stopping(port)) return {io_step::stopped, 0, 0};
+    auto op = std::make_unique<pending>(into.size());
     op->record.hEvent = event;
-    const BOOL started = com::ReadFile(port, op->bytes.data(), static_cast<DWORD>(size), nullptr, &op->record);
+    const BOOL started = com::ReadFile(port.handle, op->bytes.data(), op->size(), nullptr, &op->record);
     io_result result = finish(port, event, started, wait_ms, op);
     if (result.error == error_timeout) result.step = io_step::wait;
-    if (!result.ok()) return result;
-    if (result.bytes == 0) return {io_step::wait, 0, 0};
-    std::copy_n(op->bytes.begin(), std::min<std::size_t>(result.bytes, size), into.begin());
+    if (!result.ok()) return judge(port, result);
+    if (result.bytes == 0) return judge(port, {io_step::wait, 0, 0});
+    std::copy_n(op->bytes.begin(), std::min<std::size_t>(result.bytes, into.size()), into.begin());
     return result;
 }
 
-io_result port_read(HANDLE port, std::span<uint8_t> into, DWORD wait_ms) {
+io_result overlapped_read(const io_port& port, std::span<uint8_t> into, DWORD wait_ms) {
     owned_handle event(make_event());
     if (!event.valid()) return {io_step::create_event, com::GetLastError(), 0};
-    return port_read_with(port, event.get(), into, wait_ms);
+    return overlapped_read_with(port, event.get(), into, wait_ms);
 }

@@ -1,11 +1,13 @@
-// One overlapped operation at a time: events and ports that are let go on every path, a write, a read.
+// One overlapped operation at a time, on a port's handle. Inside of port_lease; the rest of the program has no
+// handles.
 #pragma once
 
 #include "platform/com_port.h"
+#include "serial/io_result.h"
 
-#include <array>
 #include <cstdint>
 #include <span>
+#include <stop_token>
 
 /// Owns a port or event handle.
 class owned_handle {
@@ -29,36 +31,20 @@ class owned_handle {
 /// A manual-reset, initially unsignalled event; not valid() when the system refuses.
 HANDLE make_event();
 
-/// Where an operation ended.
-enum class io_step : uint8_t {
-    done,
-    create_event, ///< no event could be made
-    start,        ///< ReadFile or WriteFile failed with another error than 997
-    wait,         ///< the wait failed or took too long, or a read ended with no byte at all
-    result,       ///< GetOverlappedResult failed, or a write stored less than it was given
-    stopped,      ///< the calling thread was asked to stop
+/// An open port as operations see it: `closing` ends them, as a stop of the calling worker does.
+struct io_port {
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    std::stop_token closing;
 };
 
-struct io_result {
-    io_step step = io_step::done;
-    DWORD error = 0; ///< the system's error code, 0 when there is none
-    DWORD bytes = 0; ///< how many were moved
-    bool ok() const { return step == io_step::done; }
-};
+/// Writes all bytes and waits without limit. Whatever way it ends, nothing is pending any more. Any thread that
+/// owns the port.
+io_result overlapped_write(const io_port& port, std::span<const uint8_t> bytes);
 
-inline constexpr std::size_t io_read_max = 256; ///< longest single read: one drain round, or any reply
-
-/// Writes all bytes (at most io_read_max); waits without limit. Returns early when the calling toolkit thread is
-/// asked to stop. Any thread that owns the port.
-io_result port_write(HANDLE port, std::span<const uint8_t> bytes);
-
-/// Reads up to `into.size()` bytes (at most io_read_max), as the port's time-outs end a read, and waits at most
-/// `wait_ms`. A read that ends with no byte is io_step::wait. After a failed wait the operation has been cancelled
-/// and has ended before this returns; `into` holds only what a good read brought. Any thread that owns the port.
-io_result port_read(HANDLE port, std::span<uint8_t> into, DWORD wait_ms);
+/// Reads up to `into.size()` bytes, as the port's time-outs end a read, and waits at most `wait_ms` (INFINITE: no
+/// limit). A read that ends with no byte is io_step::wait. Whatever way it ends, nothing is pending any more, and
+/// `into` holds only what a good read brought. Any thread that owns the port.
+io_result overlapped_read(const io_port& port, std::span<uint8_t> into, DWORD wait_ms);
 
 /// The same over an event of the caller's, which is left open; a handle that is no event fails as the system says.
-io_result port_read_with(HANDLE port, HANDLE event, std::span<uint8_t> into, DWORD wait_ms);
-
-/// True when `error` is one that systems answer once the device behind a port is gone.
-bool port_lost_error(DWORD error);
+io_result overlapped_read_with(const io_port& port, HANDLE event, std::span<uint8_t> into, DWORD wait_ms);

@@ -1,15 +1,13 @@
 #include "serial/port_list.h"
 
-#include "config/dev_obj.h"
-#include "serial/session_threads.h"
+#include "platform/com_port.h"
+#include "serial/port_names.h"
 #include "toolkit/core/fs.h"
 #include "toolkit/core/idle.h"
 #include "toolkit/core/log.h"
-#include "toolkit/core/text.h"
+#include "toolkit/core/worker.h"
 
 #include <algorithm>
-#include <atomic>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -23,17 +21,13 @@ constexpr std::size_t line_max = 100;
 constexpr const char* device_prefix = "\\\\.\\";
 constexpr uint32_t first_long_number = 10; ///< from here on a port opens by its device path only
 constexpr DWORD error_buffer_small = 122;
-constexpr uint32_t let_go_ms = 200;
 
 std::mutex turn;           ///< one writer or reader of the list file at a time
 std::mutex authority_turn; ///< the same for the probe's file
 
-// GUI thread only.
-port_list_view view;
-tk_thread* one_shot = nullptr;
+port_list_view view; ///< GUI thread only
 
-// ---- scan
-// ----------------------------------------------------------------------------------------------------------
+// ---- scan ----
 
 /// The system's device names, or nothing when it does not give them.
 std::optional<std::vector<std::string>> device_names() {
@@ -81,8 +75,7 @@ int scan_in_turn() {
     return written && names ? 0 : -1;
 }
 
-// ---- load
-// ----------------------------------------------------------------------------------------------------------
+// ---- load ----
 
 void post(void (*show)()) {
     idle_queue([show] {
@@ -106,10 +99,7 @@ void load_in_turn() {
     });
     for (uint32_t index = 0; index < lines->size(); ++index) {
         const std::string& line = (*lines)[index];
-        {
-            const tk_lock hold(store_lock());
-            tk_object_set_prop_str(com_name_map(), tk_format("%u", index).c_str(), line.c_str());
-        }
+        port_list_line_set(index, line);
         const std::string name = port_shown_name(line);
         if (!name.empty()) post_entry(index, name);
     }
@@ -127,42 +117,36 @@ uint32_t load_once() {
     return 0;
 }
 
+// ---- workers ----
+
+/// GUI thread only, but for `wake`. Never destroyed: its threads may run until the process ends.
+struct list_workers {
+    worker one_shot;
+    bool loading = false; ///< from the start of the one-shot load to its load-finished step
+    worker watcher;
+    worker_event wake; ///< asks the watcher to scan now
+};
+list_workers& workers() {
+    static list_workers& w = *new list_workers;
+    return w;
+}
+
 ret_t load_finished() {
-    tk_thread_join(one_shot);
-    tk_thread_destroy(one_shot);
-    one_shot = nullptr;
+    workers().one_shot.join();
+    workers().loading = false;
     if (view.finished) view.finished();
     return RET_OK;
 }
 
-// ---- watcher
-// -------------------------------------------------------------------------------------------------------
-
-/// What the watcher shares with its owner; lives as long as either.
-struct watcher_link {
-    tk_semaphore* wake = tk_semaphore_create(0);
-    tk_semaphore* gone = tk_semaphore_create(0);
-    std::atomic<bool> stop{false};
-    ~watcher_link() {
-        tk_semaphore_destroy(wake);
-        tk_semaphore_destroy(gone);
-    }
-};
-
-// GUI thread only. The link stays when the handle is let go: it tells that a watcher lives.
-std::shared_ptr<watcher_link> watcher;
-tk_thread* watcher_thread = nullptr;
-
-uint32_t watch(watcher_link& link) {
-    while (!link.stop && !tk_thread_should_stop()) {
+uint32_t watch(worker_event& wake) {
+    while (!worker_should_stop()) {
         {
             const std::lock_guard hold(turn);
             scan_in_turn();
             load_in_turn();
         }
-        tk_semaphore_wait(link.wake, session_timing_get().watcher_period_ms);
+        wake.wait(port_watcher_period_ms());
     }
-    tk_semaphore_post(link.gone);
     return 0;
 }
 
@@ -206,36 +190,36 @@ int authority_check() {
 }
 
 void port_list_load_start() {
-    if (one_shot != nullptr) return;
-    one_shot = worker_start("com_get_entry", [] {
+    list_workers& w = workers();
+    if (w.loading) return;
+    const auto work = [] {
         const uint32_t result = load_once();
         idle_queue(load_finished);
         return result;
-    });
+    };
+    w.loading = w.one_shot.start({"com_get_entry"}, work) == RET_OK;
 }
 
 void port_watcher_start() {
-    if (watcher != nullptr) {
-        tk_semaphore_post(watcher->wake);
+    list_workers& w = workers();
+    if (w.watcher.running()) {
+        w.wake.set();
         return;
     }
-    watcher = std::make_shared<watcher_link>();
-    watcher_thread = worker_start("com_get_entry2", [link = watcher] { return watch(*link); });
-    if (watcher_thread == nullptr) watcher.reset();
+    w.wake.wait(0); // what was asked of a watcher before this one
+    static_cast<void>(w.watcher.start({"com_get_entry2"}, [&wake = w.wake] { return watch(wake); }));
 }
 
-void port_watcher_release() {
-    tk_thread_release(watcher_thread);
-    watcher_thread = nullptr;
+uint32_t& port_watcher_period_ms() {
+    static uint32_t period = 60000;
+    return period;
 }
 
 void port_list_threads_destroy() {
-    tk_thread_destroy(one_shot);
-    one_shot = nullptr;
-    if (watcher == nullptr) return;
-    watcher->stop = true;
-    tk_semaphore_post(watcher->wake);
-    tk_semaphore_wait(watcher->gone, let_go_ms);
-    port_watcher_release();
-    watcher.reset();
+    list_workers& w = workers();
+    for (worker* one : {&w.one_shot, &w.watcher}) {
+        one->request_stop();
+        one->join();
+    }
+    w.loading = false;
 }

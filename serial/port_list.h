@@ -25,16 +25,17 @@ int authority_check();
 
 /// Starts "com_get_entry" unless it exists (then nothing happens). GUI thread.
 void port_list_load_start();
-/// Starts the watcher "com_get_entry2": a scan at once, then every session_timing::watcher_period_ms. Never more
-/// than one lives: when one does already, it is asked to scan now. GUI thread.
+/// Starts the watcher "com_get_entry2": a scan at once, then every port_watcher_period_ms(). Never more than one
+/// lives: when one does already, it is asked to scan now. GUI thread.
 void port_watcher_start();
-/// Lets go of the watcher's handle without stopping it. GUI thread.
-void port_watcher_release();
-/// Exit: asks both threads to stop and lets go of them (200 ms each at most). GUI thread.
+/// Milliseconds, 60000 at first; tests choose another before they start the watcher.
+uint32_t& port_watcher_period_ms();
+/// The watcher goes on: nothing needs to be let go of.
+inline void port_watcher_release() {}
+/// Exit: asks both workers to stop and waits until they have ended. GUI thread.
 void port_list_threads_destroy();
 
-// ---- the list's text
-// -----------------------------------------------------------------------------------------------
+// ---- the list's text ----
 
 /// The list file's text for these device names: those that contain "COM" or "LPT", a line each; from number 10 on
 /// (the name's digits, in order, as one number) in device-path form "\\.\NAME". Any thread.

@@ -95,7 +95,7 @@ struct session_timing {
     uint32_t drain_wait_ms = 5000; ///< the same inside the input drain
     uint32_t mode_step_ms = 200;   ///< B connect: five steps of this length
     uint32_t watcher_period_ms = 60000;
-    uint32_t stop_check_ms = 100; ///< how often a wait for the port looks whether the thread was asked to stop
+    uint32_t stop_check_ms = 100; ///< not looked at: a stop ends a wait at once
     COMMTIMEOUTS port = {1000, 500, 1000, 500,
                          1000}; ///< interval, read multiplier, read constant, write multiplier, write constant
 };

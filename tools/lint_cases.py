@@ -62,6 +62,7 @@ REFUSED = [
     ("fixed-sleep", "tests/app/a.cpp", "std::this_thread::sleep_f" "or(1s);"),
     ("fixed-sleep", "tests/app/a.cpp", "us" "leep(1000);"),
     ("fixed-sleep", "tests/app/a.cpp", "sleep_" "ms(10);"),
+    ("fixed-sleep", "tests/app/a.cpp", "worker_sleep_" "ms(10);"),
     ("fixed-sleep", "tests/toolkit/a.cpp", "QTest::q" "Wait(10);"),
     ("fixed-sleep", "tests/program/a.sh", "    sl" "eep 1"),
     ("fixed-sleep", "tests/program/a.sh", "start & sl" "eep 0.5"),

@@ -76,7 +76,7 @@ TEXT_RULES = [
     rule("skipped-test", r"\b(GTEST_S[K]IP|Q[S]KIP)\b|\bTEST(_[FP])?\(\s*\w+,\s*D[I]SABLED_|\bTEST(_[FP])?\(\s*D[I]SABLED_",
          TESTS, "a test runs or is not there"),
     # A shell script that waits for something looks again every few hundredths of a second.
-    rule("fixed-sleep", r"\b(sleep_f[o]r|sleep_u[n]til|us[l]eep|nano[s]leep|sleep_[m]s|q[S]leep|q[W]ait|S[l]eep)\s*\(|"
+    rule("fixed-sleep", r"\b(sleep_f[o]r|sleep_u[n]til|us[l]eep|nano[s]leep|(worker_)?sleep_[m]s|q[S]leep|q[W]ait|S[l]eep)\s*\(|"
          r"(^\s*|[;&|]\s*|\bdo\s+|\bthen\s+)sl[e]ep\s+(?!0\.0)[0-9.]+", TESTS, "wait for a condition or an event"),
     rule("source-of-truth", r"(?i)\bthe sp[e]c(ification)?\b|\bsp[e]c\.md\b|\b(des[i]gn|lo[o]k|exam[p]les)\.md\b|"
          r"\bthe docs? s[a]ys\b|\bdocument(ation)? s[a]ys\b", ANY, "say why in this system's own words"),

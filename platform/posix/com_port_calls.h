@@ -17,6 +17,8 @@ BOOL WriteFile(HANDLE port, const void* bytes, DWORD size, DWORD* done, OVERLAPP
 BOOL GetOverlappedResult(HANDLE port, OVERLAPPED* operation, DWORD* done, BOOL wait);
 BOOL CancelIoEx(HANDLE port, OVERLAPPED* operation);
 HANDLE CreateEventA(void* security, BOOL manual_reset, BOOL initial_state, const char* name);
+BOOL SetEvent(HANDLE event);
+BOOL ResetEvent(HANDLE event);
 DWORD WaitForSingleObject(HANDLE object, DWORD ms);
 BOOL CloseHandle(HANDLE handle);
 DWORD GetLastError();

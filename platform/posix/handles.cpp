@@ -22,6 +22,14 @@ handle_table& table() {
 
 thread_local DWORD last_error = 0;
 
+/// The event of a handle; null, with ERROR_INVALID_HANDLE set, when it is none.
+std::shared_ptr<event> handle_event(HANDLE handle) {
+    const object found = handle_find(handle);
+    if (found.signal != nullptr && found.serial == nullptr) return found.signal;
+    SetLastError(ERROR_INVALID_HANDLE);
+    return nullptr;
+}
+
 uintptr_t number_of(HANDLE handle) { return reinterpret_cast<uintptr_t>(handle); }
 
 } // namespace
@@ -96,6 +104,18 @@ HANDLE CreateEventA(void* /*security*/, BOOL manual_reset, BOOL initial_state, c
     }
     const auto made = std::make_shared<posix_com::event>(manual_reset != FALSE, initial_state != FALSE);
     return posix_com::handle_add({made, nullptr});
+}
+
+BOOL SetEvent(HANDLE handle) {
+    const std::shared_ptr<posix_com::event> signal = posix_com::handle_event(handle);
+    if (signal != nullptr) signal->set();
+    return signal != nullptr ? TRUE : FALSE;
+}
+
+BOOL ResetEvent(HANDLE handle) {
+    const std::shared_ptr<posix_com::event> signal = posix_com::handle_event(handle);
+    if (signal != nullptr) signal->reset();
+    return signal != nullptr ? TRUE : FALSE;
 }
 
 DWORD WaitForSingleObject(HANDLE object, DWORD ms) {

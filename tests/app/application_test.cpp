@@ -23,7 +23,7 @@ using ApplicationDeathTest = application;
     platform_exit_now(quick && emptied ? 0 : 1);
 }
 
-void write_session_log() { fs_append("../log/p_v_info.txt", "VKT510A:\n"); }
+void write_session_log() { ASSERT_EQ(fs_append("../log/p_v_info.txt", "VKT510A:\n"), RET_OK); }
 
 TEST_F(ApplicationDeathTest, exit_at_rest_empties_the_session_log) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");

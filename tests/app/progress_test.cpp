@@ -118,7 +118,7 @@ TEST_F(progress_window, reports_come_from_any_thread_in_order) {
             progress_post(nullptr, percent, tk_format("%u", percent), 3);
         return 0u;
     });
-    tk_thread_start(worker);
+    ASSERT_EQ(tk_thread_start(worker), RET_OK);
     EXPECT_TRUE(wait([] { return bar() == 90; }));
     tk_thread_join(worker);
     tk_thread_destroy(worker);
@@ -235,7 +235,7 @@ TEST_F(progress_window, a_message_may_come_from_another_thread) {
         err_display_post("无权限，请使用管理员权限运行程序");
         return 0u;
     });
-    tk_thread_start(worker);
+    ASSERT_EQ(tk_thread_start(worker), RET_OK);
     tk_thread_join(worker);
     tk_thread_destroy(worker);
     answer_message();

@@ -50,6 +50,8 @@ TEST_F(idle, jobs_run_once_and_in_order) {
 
 TEST_F(idle, an_empty_job_is_refused) {
     EXPECT_EQ(idle_queue({}), RET_BAD_PARAMS);
+    EXPECT_EQ(idle_queue_once("key", {}), RET_BAD_PARAMS);
+    EXPECT_EQ(idle_queue_once("", note("a")), RET_BAD_PARAMS);
     EXPECT_EQ(idle_add({}), 0U);
     EXPECT_EQ(timer_add({}, 0), 0U);
 }
@@ -79,6 +81,71 @@ TEST_F(idle, only_added_jobs_repeat_and_they_go_to_the_end) {
     idle_dispatch();
     EXPECT_THAT(ran, ElementsAre("queued", "added", "last", "added", "later"));
     EXPECT_EQ(idle_next_due_ms(), -1);
+}
+
+TEST_F(idle, of_one_key_the_newest_job_runs_once_in_the_place_of_the_first) {
+    EXPECT_EQ(idle_queue_once("table", note("first")), RET_OK);
+    idle_queue(note("between"));
+    EXPECT_EQ(idle_queue_once("other", note("other")), RET_OK);
+    auto held = std::make_shared<int>(0);
+    EXPECT_EQ(idle_queue_once("table", [held] { return RET_OK; }), RET_OK);
+    EXPECT_EQ(held.use_count(), 2);
+    EXPECT_EQ(idle_queue_once("table", note("newest")), RET_OK);
+    EXPECT_EQ(held.use_count(), 1) << "what is replaced is destroyed";
+    EXPECT_EQ(idle_dispatch(), 3U);
+    EXPECT_THAT(ran, ElementsAre("newest", "between", "other"));
+    EXPECT_EQ(idle_dispatch(), 0U);
+    EXPECT_EQ(idle_queue_once("table", note("again")), RET_OK);
+    EXPECT_EQ(idle_dispatch(), 1U);
+    EXPECT_THAT(ran, ElementsAre("newest", "between", "other", "again"));
+}
+
+TEST_F(idle, a_job_of_a_key_can_ask_for_the_next_one_while_it_runs) {
+    idle_queue_once("table", [this] {
+        ran.push_back("first");
+        idle_queue_once("table", note("second"));
+        return idle_queue_once("table", note("third"));
+    });
+    EXPECT_EQ(idle_dispatch(), 1U);
+    EXPECT_EQ(idle_dispatch(), 1U);
+    EXPECT_THAT(ran, ElementsAre("first", "third"));
+}
+
+TEST_F(idle, a_job_of_a_key_wakes_the_loop_once_and_is_refused_after_shutdown) {
+    std::atomic<int> calls{0};
+    idle_set_wakeup([&calls] { calls++; });
+    auto held = std::make_shared<int>(0);
+    idle_queue_once("a", [held] { return RET_OK; });
+    idle_queue_once("a", [held] { return RET_OK; });
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(idle_next_due_ms(), 0);
+    EXPECT_EQ(held.use_count(), 2);
+    idle_shutdown();
+    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_EQ(idle_queue_once("a", [held] { return RET_OK; }), RET_FAIL);
+    EXPECT_EQ(held.use_count(), 1);
+    idle_restart();
+    EXPECT_EQ(idle_queue_once("a", note("anew")), RET_OK);
+    EXPECT_EQ(idle_dispatch(), 1U);
+}
+
+TEST_F(idle, many_threads_ask_for_one_job_and_none_is_forgotten) {
+    std::atomic<int> asked{0};
+    int seen = 0;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; number++) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 300; i++) {
+                asked++;
+                idle_queue_once("table", [&] {
+                    seen = asked;
+                    return RET_OK;
+                });
+            }
+        });
+    }
+    EXPECT_TRUE(idle_run_until([&] { return seen == 1200; }, patience));
+    for (std::thread& thread : threads) thread.join();
 }
 
 TEST_F(idle, a_waiting_job_can_be_removed_once) {

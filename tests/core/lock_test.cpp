@@ -1,7 +1,7 @@
 #include "toolkit/core/thread.h"
 
 #include "toolkit/core/date_time.h"
-#include "toolkit/core/lock_grave.h"
+#include "toolkit/core/worker.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -69,33 +69,6 @@ TEST(mutex, a_lock_of_a_scope_can_let_go_early) {
     tk_mutex_destroy(mutex);
 }
 
-TEST(mutex, destroyed_under_its_holder_stays_usable_for_it) {
-    tk_mutex* const mutex = tk_mutex_create();
-    tk_mutex_lock(mutex);
-    EXPECT_EQ(tk_mutex_destroy(mutex), RET_OK);
-    EXPECT_EQ(tk_mutex_unlock(mutex), RET_OK);
-    EXPECT_EQ(tk_mutex_lock(mutex), RET_OK);
-    EXPECT_EQ(tk_mutex_unlock(mutex), RET_OK);
-}
-
-TEST(mutex, destroyed_while_a_let_go_thread_runs_stays_usable_for_it) {
-    tk_mutex* const mutex = tk_mutex_create();
-    tk_semaphore* const go = tk_semaphore_create(0);
-    tk_thread* const thread = tk_thread_create([=] {
-        tk_semaphore_wait(go, for_ever);
-        const tk_lock lock(mutex);
-        return 0U;
-    });
-    tk_thread_start(thread);
-    tk_thread_release(thread);
-    tk_mutex_destroy(mutex);
-    tk_semaphore_post(go);
-    tk_semaphore_destroy(go);
-    while (tk_thread_any_let_go()) std::this_thread::yield();
-    EXPECT_EQ(tk_mutex_try_lock(mutex), RET_OK);
-    EXPECT_EQ(tk_mutex_unlock(mutex), RET_OK);
-}
-
 #ifndef NDEBUG
 TEST(mutex_death, a_second_lock_by_its_holder_is_loud) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -108,6 +81,17 @@ TEST(mutex_death, a_second_lock_by_its_holder_is_loud) {
         },
         "");
 }
+
+TEST(mutex_death, destroyed_under_its_holder_is_loud) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            tk_mutex* const mutex = tk_mutex_create();
+            tk_mutex_lock(mutex);
+            tk_mutex_destroy(mutex);
+        },
+        "");
+}
 #else
 TEST(mutex, a_second_lock_by_its_holder_is_refused) {
     tk_mutex* const mutex = tk_mutex_create();
@@ -115,6 +99,14 @@ TEST(mutex, a_second_lock_by_its_holder_is_refused) {
     EXPECT_EQ(tk_mutex_lock(mutex), RET_FAIL);
     EXPECT_EQ(tk_mutex_unlock(mutex), RET_OK);
     tk_mutex_destroy(mutex);
+}
+
+TEST(mutex, destroyed_under_its_holder_is_refused) {
+    tk_mutex* const mutex = tk_mutex_create();
+    tk_mutex_lock(mutex);
+    EXPECT_EQ(tk_mutex_destroy(mutex), RET_FAIL);
+    EXPECT_EQ(tk_mutex_unlock(mutex), RET_OK);
+    EXPECT_EQ(tk_mutex_destroy(mutex), RET_OK);
 }
 #endif
 
@@ -158,6 +150,30 @@ TEST(semaphore, every_post_wakes_one_waiter) {
     EXPECT_EQ(woken, 3);
     EXPECT_EQ(tk_semaphore_wait(semaphore, 0), RET_FAIL);
     tk_semaphore_destroy(semaphore);
+}
+
+TEST(semaphore, a_stop_ends_a_wait_but_takes_nothing_away) {
+    tk_semaphore* const semaphore = tk_semaphore_create(0);
+    tk_semaphore* const ready = tk_semaphore_create(0);
+    std::vector<ret_t> answers;
+    worker waiting;
+    ASSERT_EQ(waiting.start({"waiting"},
+                            [&] {
+                                tk_semaphore_post(ready);
+                                answers.push_back(tk_semaphore_wait(semaphore, for_ever));
+                                answers.push_back(tk_semaphore_wait(semaphore, 3600000));
+                                tk_semaphore_post(semaphore);
+                                answers.push_back(tk_semaphore_wait(semaphore, for_ever));
+                                return 0U;
+                            }),
+              RET_OK);
+    tk_semaphore_wait(ready, for_ever);
+    waiting.request_stop();
+    EXPECT_EQ(waiting.join(), RET_OK);
+    EXPECT_EQ(answers, (std::vector<ret_t>{RET_FAIL, RET_FAIL, RET_OK})) << "what is there can still be taken";
+    EXPECT_EQ(tk_semaphore_wait(semaphore, 0), RET_FAIL);
+    EXPECT_EQ(tk_semaphore_destroy(semaphore), RET_OK);
+    EXPECT_EQ(tk_semaphore_destroy(ready), RET_OK);
 }
 
 TEST(semaphore, a_missing_one_is_told) {

@@ -1,6 +1,7 @@
 // The one place in the tests that sleeps: sleeping is what is tested here.
 #include "toolkit/core/date_time.h"
 #include "toolkit/core/thread.h"
+#include "toolkit/core/worker.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -21,7 +22,7 @@ TEST(sleep, lasts_as_long_as_asked_on_any_thread) {
         sleep_ms(20);
         return static_cast<uint32_t>(time_now_ms() - began);
     });
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     tk_thread_join(thread);
     EXPECT_GE(tk_thread_result(thread), 19U);
     tk_thread_destroy(thread);
@@ -35,7 +36,7 @@ TEST(sleep, ends_at_once_when_the_thread_is_asked_to_stop) {
         sleep_ms(hour); // stays interrupted
         return 1U;
     });
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     tk_semaphore_wait(ready, UINT32_MAX);
     const int64_t start = time_now_ms();
     tk_thread_request_stop(thread);
@@ -55,7 +56,7 @@ TEST(sleep, destroy_ends_a_sleeping_thread) {
         ended = true;
         return 0U;
     });
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     tk_semaphore_wait(ready, UINT32_MAX);
     EXPECT_EQ(tk_thread_destroy(thread), RET_OK);
     // It takes 200 ms at most, in which a woken thread has time to end on any machine that is not at a standstill.
@@ -63,6 +64,20 @@ TEST(sleep, destroy_ends_a_sleeping_thread) {
     while (tk_thread_alive_count() != 0 && time_now_ms() < end) tk_semaphore_wait(ready, 1);
     EXPECT_TRUE(ended);
     tk_semaphore_destroy(ready);
+}
+
+TEST(sleep, says_whether_a_stop_ended_it) {
+    const int64_t start = time_now_ms();
+    EXPECT_TRUE(worker_sleep_ms(20)) << "no worker";
+    EXPECT_GE(time_now_ms() - start, 19);
+    worker one;
+    ASSERT_EQ(one.start({"one"}, [] { return worker_sleep_ms(1) ? 1U : 0U; }), RET_OK);
+    one.join();
+    EXPECT_EQ(one.result(), 1U);
+    ASSERT_EQ(one.start({"one"}, [] { return worker_sleep_ms(hour) || worker_sleep_ms(hour) ? 1U : 2U; }), RET_OK);
+    one.request_stop();
+    EXPECT_EQ(one.join(), RET_OK);
+    EXPECT_EQ(one.result(), 2U);
 }
 
 } // namespace

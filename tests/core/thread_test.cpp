@@ -1,10 +1,10 @@
 #include "toolkit/core/thread.h"
 
 #include "toolkit/core/date_time.h"
-#include "toolkit/core/lock_grave.h"
 
 #include <atomic>
 #include <cstring>
+#include <future>
 #include <gtest/gtest.h>
 #include <memory>
 #include <pthread.h>
@@ -32,7 +32,6 @@ class threads : public testing::Test {
     void SetUp() override { gate = tk_semaphore_create(0); }
     void TearDown() override {
         EXPECT_TRUE(wait_for([] { return tk_thread_alive_count() == 0; }));
-        EXPECT_TRUE(wait_for([] { return !tk_thread_any_let_go(); }));
         EXPECT_EQ(tk_semaphore_destroy(gate), RET_OK);
     }
     tk_semaphore* gate = nullptr;
@@ -83,7 +82,7 @@ TEST_F(threads, keep_the_whole_name_and_show_its_start_to_the_system) {
     });
     EXPECT_EQ(tk_thread_set_name(thread, nullptr), RET_BAD_PARAMS);
     EXPECT_EQ(tk_thread_set_name(thread, "thread_vkt610b_connect"), RET_OK);
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     EXPECT_STREQ(tk_thread_name(thread), "thread_vkt610b_connect");
     tk_thread_join(thread);
     EXPECT_EQ(seen, "thread_vkt610b_");
@@ -125,7 +124,7 @@ TEST_F(threads, are_counted_while_they_run) {
         return 0U;
     });
     EXPECT_EQ(tk_thread_alive_count(), 0U);
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     EXPECT_EQ(tk_thread_alive_count(), 1U);
     EXPECT_TRUE(tk_thread_is_running(thread));
     tk_semaphore_post(gate);
@@ -142,7 +141,7 @@ TEST_F(threads, can_neither_join_nor_wait_for_themselves) {
         joined = tk_thread_join(thread);
         return 0U;
     });
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     tk_semaphore_post(gate);
     EXPECT_EQ(tk_thread_join(thread), RET_OK);
     EXPECT_EQ(joined, RET_FAIL);
@@ -158,7 +157,7 @@ TEST_F(threads, can_destroy_themselves) {
         done = true;
         return 0U;
     });
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     tk_semaphore_post(gate);
     EXPECT_TRUE(wait_for([&] { return done.load(); }));
 }
@@ -168,7 +167,7 @@ TEST_F(threads, only_toolkit_threads_are_asked_to_stop) { EXPECT_FALSE(tk_thread
 TEST_F(threads, asked_to_stop_before_the_start_see_it_at_once) {
     tk_thread* const thread = tk_thread_create([] { return tk_thread_should_stop() ? 1U : 0U; });
     tk_thread_request_stop(thread);
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     tk_thread_join(thread);
     EXPECT_EQ(tk_thread_result(thread), 1U);
     tk_thread_destroy(thread);
@@ -181,9 +180,8 @@ TEST_F(threads, release_neither_stops_nor_waits) {
         *seen = tk_thread_should_stop() ? 1 : 2;
         return 0U;
     });
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     tk_thread_release(thread);
-    EXPECT_TRUE(tk_thread_any_let_go());
     EXPECT_EQ(*seen, 0);
     tk_semaphore_post(gate);
     EXPECT_TRUE(wait_for([&] { return *seen != 0; }));
@@ -191,40 +189,40 @@ TEST_F(threads, release_neither_stops_nor_waits) {
 }
 
 TEST_F(threads, destroy_waits_200_ms_for_a_thread_that_hangs_and_never_longer) {
+    // A wait that no stop ends.
+    auto let_go = std::make_shared<std::promise<void>>();
     auto ended = std::make_shared<std::atomic<bool>>(false);
-    tk_thread* const thread = tk_thread_create([this, ended] {
-        tk_semaphore_wait(gate, for_ever);
+    tk_thread* const thread = tk_thread_create([let_go, ended] {
+        let_go->get_future().wait();
         *ended = tk_thread_should_stop();
         return 0U;
     });
     tk_thread_set_name(thread, "hangs");
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     const int64_t start = time_now_ms();
     EXPECT_EQ(tk_thread_destroy(thread), RET_OK);
     const int64_t waited = time_now_ms() - start;
     EXPECT_GE(waited, 199);
     EXPECT_LT(waited, 2000);
     EXPECT_EQ(tk_thread_alive_count(), 1U);
-    EXPECT_TRUE(tk_thread_any_let_go());
-    tk_semaphore_post(gate);
+    let_go->set_value();
     EXPECT_TRUE(wait_for([&] { return ended->load(); })) << "its block is alive, and it was asked to stop";
 }
 
 TEST_F(threads, destroy_lets_go_of_one_that_has_ended_at_once) {
     tk_thread* const thread = tk_thread_create([] { return 0U; });
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     ASSERT_TRUE(wait_for([&] { return !tk_thread_is_running(thread); }));
     const int64_t start = time_now_ms();
     tk_thread_destroy(thread);
     EXPECT_LT(time_now_ms() - start, 150);
-    EXPECT_FALSE(tk_thread_any_let_go());
 }
 
 TEST_F(threads, what_the_entry_holds_is_released_when_it_returns) {
     auto held = std::make_shared<int>(0);
     tk_thread* const thread = tk_thread_create([held] { return 0U; });
     EXPECT_EQ(held.use_count(), 2);
-    tk_thread_start(thread);
+    ASSERT_EQ(tk_thread_start(thread), RET_OK);
     tk_thread_join(thread);
     EXPECT_EQ(held.use_count(), 1);
     tk_thread_destroy(thread);

@@ -27,6 +27,18 @@ TEST(event_test, automatic_one_lets_one_wait_through) {
     EXPECT_EQ(once.wait(0), WAIT_TIMEOUT);
 }
 
+TEST(event_test, is_set_and_reset_by_hand) {
+    const owned_event event(true, false);
+    EXPECT_TRUE(com::SetEvent(event.handle()));
+    EXPECT_TRUE(com::SetEvent(event.handle()));
+    EXPECT_EQ(event.wait(0), WAIT_OBJECT_0);
+    EXPECT_TRUE(com::ResetEvent(event.handle()));
+    EXPECT_EQ(event.wait(0), WAIT_TIMEOUT);
+    std::thread setter([&] { com::SetEvent(event.handle()); });
+    EXPECT_EQ(event.wait(), WAIT_OBJECT_0) << "a wait under way is ended";
+    setter.join();
+}
+
 TEST(event_test, closed_twice_is_an_invalid_handle) {
     const HANDLE event = com::CreateEventA(nullptr, TRUE, FALSE, nullptr);
     ASSERT_NE(event, nullptr);
@@ -40,8 +52,13 @@ TEST(event_test, closed_twice_is_an_invalid_handle) {
 TEST(event_test, made_up_handles_are_refused) {
     EXPECT_EQ(com::WaitForSingleObject(made_up(), 0), WAIT_FAILED);
     EXPECT_EQ(com::GetLastError(), ERROR_INVALID_HANDLE);
-    EXPECT_FALSE(com::CloseHandle(made_up()));
-    EXPECT_FALSE(com::CloseHandle(nullptr));
+    for (const HANDLE bad : {made_up(), static_cast<HANDLE>(nullptr)}) {
+        EXPECT_FALSE(com::SetEvent(bad));
+        EXPECT_EQ(com::GetLastError(), ERROR_INVALID_HANDLE);
+        EXPECT_FALSE(com::ResetEvent(bad));
+        EXPECT_EQ(com::GetLastError(), ERROR_INVALID_HANDLE);
+        EXPECT_FALSE(com::CloseHandle(bad));
+    }
 }
 
 TEST(port_handle_test, every_port_call_refuses_what_is_no_port) {
@@ -85,6 +102,15 @@ TEST_F(handle_test, read_with_a_closed_event_is_refused) {
     EXPECT_FALSE(com::ReadFile(port, &byte, 1, nullptr, &record));
     EXPECT_EQ(com::GetLastError(), ERROR_INVALID_HANDLE);
 }
+
+#ifndef _WIN32 // undefined there
+TEST_F(handle_test, a_port_is_no_event) {
+    EXPECT_FALSE(com::SetEvent(port));
+    EXPECT_EQ(com::GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_FALSE(com::ResetEvent(port));
+    EXPECT_EQ(com::GetLastError(), ERROR_INVALID_HANDLE);
+}
+#endif
 
 TEST_F(handle_test, starting_an_operation_resets_its_event) {
     set_timeouts(0, 0, 0);

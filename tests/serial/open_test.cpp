@@ -107,14 +107,6 @@ TEST_P(port_opening, a_port_that_vanishes_while_it_is_opened) {
 INSTANTIATE_TEST_SUITE_P(families, port_opening, testing::Values("VKT531A", "VKT510A", "VKT610B"),
                          [](const auto& one) { return std::string(one.param); });
 
-TEST(port_path, names_map_to_device_paths) {
-    config_objects_create();
-    EXPECT_EQ(port_path(family::generic, "COM7"), "\\\\.\\COM7");
-    EXPECT_EQ(port_path(family::a, "COM12"), "\\\\.\\COM12");
-    EXPECT_EQ(port_path(family::b, "COM499"), "\\\\.\\COM499");
-    EXPECT_EQ(port_path(family::generic, "COM500"), std::nullopt);
-}
-
 TEST(mode_text, texts_carry_their_zero_byte) {
     const auto bytes = [](uint8_t mode) {
         return std::vector<uint8_t>(mode_text(mode).begin(), mode_text(mode).end());

@@ -1,13 +1,14 @@
 // The port list: its text, the one-shot load, the watcher, and the probe for write permission.
 #include "serial/port_list.h"
 
-#include "config/dev_obj.h"
-#include "serial/session.h"
+#include "platform/com_port.h"
+#include "serial/port_names.h"
 #include "tests/serial/console_capture.h"
 #include "tests/support/scratch_folder.h"
 #include "toolkit/core/fs.h"
 #include "toolkit/core/idle.h"
 #include "toolkit/core/text.h"
+#include "toolkit/core/worker.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -35,7 +36,6 @@ class port_list : public testing::Test {
         com::fault_clear();
         idle_restart();
         idle_set_gui_thread();
-        config_objects_create();
         before_ = std::filesystem::current_path();
         folder_ = scratch_folder("vkt_ports");
         std::filesystem::create_directories(folder_);
@@ -50,11 +50,11 @@ class port_list : public testing::Test {
     }
     void TearDown() override {
         port_list_threads_destroy();
-        idle_run_until([] { return tk_thread_alive_count() == 0; }, patience_ms);
+        EXPECT_EQ(workers_running(), 0u);
         idle_dispatch();
         port_list_set_view({});
         com::fault_clear();
-        session_timing_get() = {};
+        port_watcher_period_ms() = 60000;
         std::filesystem::current_path(before_);
         std::error_code ignored;
         std::filesystem::remove_all(folder_, ignored);
@@ -148,7 +148,7 @@ TEST_F(port_list, a_load_shows_the_scanned_lines_by_position) {
     ASSERT_EQ(shown.size(), lines->size() + 1);
     for (std::size_t i = 0; i < lines->size(); ++i) {
         EXPECT_EQ(shown[i + 1], std::to_string(i) + " " + port_shown_name((*lines)[i]));
-        EXPECT_EQ(tk_object_get_prop_str(com_name_map(), std::to_string(i).c_str(), ""), (*lines)[i]);
+        EXPECT_EQ(port_list_line(static_cast<uint32_t>(i)), (*lines)[i]);
     }
     EXPECT_EQ(refused, 0);
     EXPECT_FALSE(std::filesystem::exists("authority"));
@@ -179,7 +179,7 @@ TEST_F(port_list, a_folder_that_refuses_files_is_told) {
 }
 
 TEST_F(port_list, the_watcher_scans_at_once_and_then_by_its_period) {
-    session_timing_get().watcher_period_ms = 20;
+    port_watcher_period_ms() = 20;
     port_watcher_start();
     ASSERT_TRUE(idle_run_until([] { return com::call_count(com::call::query_dos_device) >= 3; }, patience_ms));
     EXPECT_EQ(finished, 0);
@@ -187,27 +187,49 @@ TEST_F(port_list, the_watcher_scans_at_once_and_then_by_its_period) {
 }
 
 TEST_F(port_list, never_more_than_one_watcher) {
-    session_timing_get().watcher_period_ms = 600000;
+    port_watcher_period_ms() = 600000;
     port_watcher_start();
     ASSERT_TRUE(idle_run_until([] { return com::call_count(com::call::query_dos_device) == 1; }, patience_ms));
-    port_watcher_release();
-    const uint32_t alive = tk_thread_alive_count();
+    const uint32_t alive = workers_running();
     port_watcher_start();
-    EXPECT_EQ(tk_thread_alive_count(), alive);
+    EXPECT_EQ(workers_running(), alive);
     ASSERT_TRUE(idle_run_until([] { return com::call_count(com::call::query_dos_device) == 2; }, patience_ms))
         << "it scans now instead";
 }
 
-TEST_F(port_list, the_watcher_ends_when_asked_though_its_handle_is_gone) {
-    session_timing_get().watcher_period_ms = 600000;
+TEST_F(port_list, the_watcher_ends_when_all_workers_are_asked_to) {
+    port_watcher_period_ms() = 600000;
     port_watcher_start();
-    port_watcher_release();
+    EXPECT_EQ(workers_stop_all(patience_ms), 0u);
+    com::fault_clear();
+    port_watcher_start();
+    ASSERT_TRUE(idle_run_until([] { return com::call_count(com::call::query_dos_device) == 1; }, patience_ms))
+        << "another one can be started";
+}
+
+TEST_F(port_list, a_watcher_has_forgotten_what_was_asked_of_the_one_before) {
+    port_watcher_period_ms() = 600000;
+    port_watcher_start();
+    com::fault_clear();
+    port_watcher_start(); // asked for, and perhaps never done
+    EXPECT_EQ(workers_stop_all(patience_ms), 0u);
+    com::fault_clear();
+    port_watcher_start();
+    ASSERT_TRUE(idle_run_until([] { return com::call_count(com::call::query_dos_device) == 1; }, patience_ms));
+    port_watcher_start();
+    ASSERT_TRUE(idle_run_until([] { return com::call_count(com::call::query_dos_device) == 2; }, patience_ms));
     port_list_threads_destroy();
-    EXPECT_TRUE(idle_run_until([] { return tk_thread_alive_count() == 0; }, patience_ms));
+    EXPECT_EQ(com::call_count(com::call::query_dos_device), 2u);
+}
+
+TEST_F(port_list, a_load_that_was_stopped_can_be_started_again) {
+    port_list_load_start();
+    port_list_threads_destroy();
+    ASSERT_TRUE(load());
 }
 
 TEST_F(port_list, two_writers_take_turns) {
-    session_timing_get().watcher_period_ms = 1;
+    port_watcher_period_ms() = 1;
     port_watcher_start();
     for (int i = 0; i < 20; ++i) ASSERT_TRUE(load());
     const std::vector<std::string> seen = shown;

@@ -16,7 +16,7 @@ fs_t* os_fs();
 bool fs_dir_exist(fs_t* fs, const char* path);
 bool fs_file_exist(fs_t* fs, const char* path);
 /// Creates one directory (its parent must exist). RET_FAIL when the system refuses.
-ret_t fs_create_dir(fs_t* fs, const char* path);
+[[nodiscard]] ret_t fs_create_dir(fs_t* fs, const char* path);
 ret_t fs_remove_file(fs_t* fs, const char* path);
 
 /// Opens a file with the C library's mode letters ("rb", "wb+", "a+", "w+"; binary is implied). Null when it cannot
@@ -40,6 +40,6 @@ using fs_file_ptr = std::unique_ptr<fs_file_t, fs_file_closer>;
 /// The whole file, or an empty optional-like false. `text` is replaced.
 bool fs_read_all(const char* path, std::string* text);
 /// Writes beside `path` and renames, so that a reader sees the old or the new content and a failure leaves the old.
-ret_t fs_write_whole(const char* path, const std::string& text);
+[[nodiscard]] ret_t fs_write_whole(const char* path, const std::string& text);
 /// Appends `text` to `path`, creating the file when missing (never its folder). RET_FAIL when it cannot.
-ret_t fs_append(const char* path, const std::string& text);
+[[nodiscard]] ret_t fs_append(const char* path, const std::string& text);

@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -23,7 +24,8 @@ using job_ptr = std::shared_ptr<idle_job>;
 
 struct queued_t {
     uint64_t order = 0;
-    uint32_t id = 0; ///< 0 for a job of idle_queue
+    uint32_t id = 0;      ///< 0 for a job of idle_queue
+    std::string once_key; ///< of idle_queue_once: its job is in state_t::once
     job_ptr job;
 };
 
@@ -41,6 +43,7 @@ struct state_t {
     std::mutex lock;
     std::condition_variable changed;
     std::deque<queued_t> queue;
+    std::map<std::string, job_ptr> once; ///< the pending job of a key
     std::map<uint32_t, timer_entry_t> timers;
     std::vector<uint32_t> running; ///< ids of idle_add jobs on the stack that may still repeat
     uint64_t next_order = 1;
@@ -90,7 +93,7 @@ ret_t post(idle_job job, bool with_id, uint32_t* id) {
         const std::lock_guard<std::mutex> guard(s.lock);
         if (s.closed) return RET_FAIL;
         if (with_id) *id = next_id(s);
-        s.queue.push_back({s.next_order++, with_id ? *id : 0, shared});
+        s.queue.push_back({s.next_order++, with_id ? *id : 0, "", shared});
         s.changes++;
     }
     wake(s);
@@ -111,6 +114,7 @@ bool run_next_job(state_t& s, uint64_t last_order) {
         item = std::move(s.queue.front());
         s.queue.pop_front();
         if (item.id != 0) s.running.push_back(item.id);
+        if (!item.once_key.empty()) item.job = std::move(s.once.extract(item.once_key).mapped());
     }
     const ret_t result = (*item.job)();
     if (item.id == 0) {
@@ -124,7 +128,7 @@ bool run_next_job(state_t& s, uint64_t last_order) {
         const bool removed = mine == s.running.end();
         if (!removed) s.running.erase(mine);
         repeated = result == RET_REPEAT && !removed && !s.closed;
-        if (repeated) s.queue.push_back({s.next_order++, item.id, item.job});
+        if (repeated) s.queue.push_back({s.next_order++, item.id, "", item.job});
         if (repeated) s.changes++;
     }
     if (repeated) wake(s);
@@ -170,6 +174,24 @@ bool run_next_timer(state_t& s, steady::time_point now, uint32_t newest, uint64_
 } // namespace
 
 ret_t idle_queue(idle_job job) { return post(std::move(job), false, nullptr); }
+
+ret_t idle_queue_once(const std::string& key, idle_job job) {
+    if (!job || key.empty()) return RET_BAD_PARAMS;
+    state_t& s = state();
+    auto shared = std::make_shared<idle_job>(std::move(job)); // ends as the job that it replaced, outside the lock
+    {
+        const std::lock_guard<std::mutex> guard(s.lock);
+        if (s.closed) return RET_FAIL;
+        job_ptr& pending = s.once[key];
+        const bool queued = pending != nullptr;
+        pending.swap(shared);
+        if (queued) return RET_OK;
+        s.queue.push_back({s.next_order++, 0, key, nullptr});
+        s.changes++;
+    }
+    wake(s);
+    return RET_OK;
+}
 
 uint32_t idle_add(idle_job job) {
     uint32_t id = 0;
@@ -312,11 +334,13 @@ bool idle_run_until(const std::function<bool()>& done, uint32_t timeout_ms) {
 void idle_shutdown() {
     state_t& s = state();
     std::deque<queued_t> queue;
+    std::map<std::string, job_ptr> once;
     std::map<uint32_t, timer_entry_t> timers;
     {
         const std::lock_guard<std::mutex> guard(s.lock);
         s.closed = true;
         queue.swap(s.queue);
+        once.swap(s.once);
         timers.swap(s.timers);
         s.running.clear();
     }

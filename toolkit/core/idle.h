@@ -5,12 +5,18 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 using idle_job = std::function<ret_t()>;
 
 /// Queues `job` to run once on the GUI thread, after everything queued before it. Its result is only logged at
 /// debug level. Returns RET_FAIL after idle_shutdown (the job is destroyed unrun), else RET_OK. Any thread.
 ret_t idle_queue(idle_job job);
+
+/// As idle_queue, but at most one job of a key is pending: while one is, `job` takes its place (and its turn in the
+/// queue), and the one before is destroyed unrun. Once a job has begun to run, the next one is queued anew. For
+/// refreshes that are asked for more often than they can be done. RET_BAD_PARAMS for an empty key. Any thread.
+ret_t idle_queue_once(const std::string& key, idle_job job);
 
 /// As idle_queue, but a job that answers RET_REPEAT is queued again at the end. Returns an id above 0, 0 on
 /// failure.

@@ -1,13 +1,12 @@
-#include "toolkit/core/lock_grave.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/thread.h"
+#include "toolkit/core/worker.h"
 
 #include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <cstdlib>
 #include <mutex>
-#include <vector>
+#include <stop_token>
 
 struct tk_mutex {
     std::mutex lock;
@@ -17,7 +16,7 @@ struct tk_mutex {
 
 struct tk_semaphore {
     std::mutex lock;
-    std::condition_variable posted;
+    std::condition_variable_any posted;
     uint32_t count = 0;
     uint32_t waiters = 0;
 };
@@ -37,13 +36,10 @@ uint64_t thread_token() {
     return token;
 }
 
-/// Keeps what cannot be freed where it stays reachable.
-template <typename T>
-void bury(T* object) {
-    static std::mutex lock;
-    static std::vector<T*>* const grave = new std::vector<T*>;
-    const std::lock_guard<std::mutex> guard(lock);
-    grave->push_back(object);
+ret_t misuse(const char* what) {
+    log_write(LOG_LEVEL_ERROR, what);
+    if (abort_on_misuse) std::abort();
+    return RET_FAIL;
 }
 
 } // namespace
@@ -53,11 +49,7 @@ tk_mutex* tk_mutex_create() { return new tk_mutex; }
 ret_t tk_mutex_lock(tk_mutex* mutex) {
     if (mutex == nullptr) return RET_BAD_PARAMS;
     const uint64_t self = thread_token();
-    if (mutex->owner.load() == self) {
-        log_write(LOG_LEVEL_ERROR, "tk_mutex_lock: the calling thread holds this mutex already\n");
-        if (abort_on_misuse) std::abort();
-        return RET_FAIL;
-    }
+    if (mutex->owner.load() == self) return misuse("tk_mutex_lock: the calling thread holds this mutex already\n");
     mutex->users.fetch_add(1);
     mutex->lock.lock();
     mutex->owner.store(self);
@@ -84,12 +76,9 @@ ret_t tk_mutex_unlock(tk_mutex* mutex) {
 ret_t tk_mutex_destroy(tk_mutex* mutex) {
     if (mutex == nullptr) return RET_BAD_PARAMS;
     const bool held = mutex->owner.load() != 0 || mutex->users.load() != 0 || !mutex->lock.try_lock();
-    if (!held) mutex->lock.unlock();
-    if (held || tk_thread_any_let_go()) {
-        bury(mutex);
-    } else {
-        delete mutex;
-    }
+    if (held) return misuse("tk_mutex_destroy: a thread holds this mutex or waits for it\n");
+    mutex->lock.unlock();
+    delete mutex;
     return RET_OK;
 }
 
@@ -104,14 +93,9 @@ ret_t tk_semaphore_wait(tk_semaphore* semaphore, uint32_t timeout_ms) {
     const auto available = [semaphore] { return semaphore->count > 0; };
     std::unique_lock<std::mutex> guard(semaphore->lock);
     semaphore->waiters++;
-    if (timeout_ms == UINT32_MAX) {
-        semaphore->posted.wait(guard, available);
-    } else {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
-        semaphore->posted.wait_until(guard, end, available);
-    }
+    const bool taken = wait_stoppable(semaphore->posted, guard, worker_stop_token(), timeout_ms, available);
     semaphore->waiters--;
-    if (semaphore->count == 0) return RET_FAIL;
+    if (!taken) return RET_FAIL;
     semaphore->count--;
     return RET_OK;
 }
@@ -132,10 +116,7 @@ ret_t tk_semaphore_destroy(tk_semaphore* semaphore) {
         const std::lock_guard<std::mutex> guard(semaphore->lock);
         waited_for = semaphore->waiters != 0;
     }
-    if (waited_for || tk_thread_any_let_go()) {
-        bury(semaphore);
-    } else {
-        delete semaphore;
-    }
+    if (waited_for) return misuse("tk_semaphore_destroy: a thread waits for this semaphore\n");
+    delete semaphore;
     return RET_OK;
 }

@@ -1,7 +1,8 @@
 #include "toolkit/core/thread.h"
 
-#include "toolkit/core/lock_grave.h"
 #include "toolkit/core/text.h"
+#include "toolkit/core/thread_registry.h"
+#include "toolkit/core/worker.h"
 
 #include <algorithm>
 #include <atomic>
@@ -10,8 +11,8 @@
 #include <memory>
 #include <mutex>
 #include <pthread.h>
+#include <stop_token>
 #include <string>
-#include <thread>
 #include <utility>
 
 namespace {
@@ -33,23 +34,19 @@ constexpr std::size_t least_stack = sanitised ? 1024U * 1024U : 256U * 1024U;
 constexpr auto destroy_wait = std::chrono::milliseconds(200);
 constexpr std::size_t system_name_bytes = 15;
 
-std::atomic<uint32_t> alive_count{0};
-std::atomic<uint32_t> let_go_count{0};
-
 /// What the running thread and its owner share; the last of the two frees it.
 struct control_t {
     std::mutex lock;
-    std::condition_variable changed;
+    std::condition_variable ended;
     std::function<uint32_t()> entry;
     std::string name;
     uint32_t priority = 0;
     uint32_t stack_bytes = 0;
-    uint32_t result = 0;
+    std::atomic<uint32_t> result{0};
+    std::atomic<bool> running{false}; ///< from start until the entry has returned
     bool started = false;
     bool joined = false; ///< or detached
-    bool running = false;
-    bool stop = false;
-    bool let_go = false; ///< its owner went while it ran
+    std::stop_source stop;
     pthread_t thread{};
 };
 using control_ptr = std::shared_ptr<control_t>;
@@ -69,14 +66,13 @@ void* trampoline(void* argument) {
     }
     const uint32_t result = entry ? entry() : 0;
     entry = nullptr;
-    alive_count.fetch_sub(1);
+    control.result = result;
     {
         const std::lock_guard<std::mutex> guard(control.lock);
-        control.result = result;
         control.running = false;
-        if (control.let_go) let_go_count.fetch_sub(1);
-        control.changed.notify_all();
+        control.ended.notify_all();
     }
+    thread_registry_remove(control.stop);
     current = nullptr;
     return nullptr;
 }
@@ -98,12 +94,7 @@ void settle(control_t& control, std::unique_lock<std::mutex>& guard) {
     if (!control.started || control.joined) return;
     control.joined = true;
     const pthread_t thread = control.thread;
-    const bool self = current == &control;
-    if (control.running) {
-        control.let_go = true;
-        let_go_count.fetch_add(1);
-    }
-    const bool ended = !control.running && !self;
+    const bool ended = !control.running && current != &control;
     guard.unlock();
     if (ended) {
         pthread_join(thread, nullptr);
@@ -117,8 +108,6 @@ void settle(control_t& control, std::unique_lock<std::mutex>& guard) {
 struct tk_thread {
     control_ptr control = std::make_shared<control_t>();
 };
-
-bool tk_thread_any_let_go() { return let_go_count.load() > 0; }
 
 tk_thread* tk_thread_create(std::function<uint32_t()> entry) {
     auto* const thread = new tk_thread;
@@ -155,11 +144,11 @@ ret_t tk_thread_start(tk_thread* thread) {
     const std::lock_guard<std::mutex> guard(control.lock);
     if (control.started) return RET_FAIL;
     control.running = true;
-    alive_count.fetch_add(1);
+    thread_registry_add(control.stop);
     control.started = create(thread->control);
     if (control.started) return RET_OK;
-    alive_count.fetch_sub(1);
     control.running = false;
+    thread_registry_remove(control.stop);
     return RET_FAIL;
 }
 
@@ -180,12 +169,11 @@ ret_t tk_thread_destroy(tk_thread* thread) {
     if (thread == nullptr) return RET_OK;
     const std::unique_ptr<tk_thread> own(thread);
     control_t& control = *own->control;
+    control.stop.request_stop();
     std::unique_lock<std::mutex> guard(control.lock);
-    control.stop = true;
-    control.changed.notify_all();
     if (current != &control) {
         const auto end = std::chrono::steady_clock::now() + destroy_wait;
-        control.changed.wait_until(guard, end, [&control] { return !control.running; });
+        control.ended.wait_until(guard, end, [&control] { return !control.running; });
     }
     settle(control, guard);
     if (guard.owns_lock()) guard.unlock();
@@ -201,39 +189,20 @@ ret_t tk_thread_release(tk_thread* thread) {
     return RET_OK;
 }
 
-bool tk_thread_is_running(const tk_thread* thread) {
-    if (thread == nullptr) return false;
-    const std::lock_guard<std::mutex> guard(thread->control->lock);
-    return thread->control->running;
-}
+bool tk_thread_is_running(const tk_thread* thread) { return thread != nullptr && thread->control->running; }
 
 uint32_t tk_thread_result(const tk_thread* thread) {
-    if (thread == nullptr) return 0;
-    const std::lock_guard<std::mutex> guard(thread->control->lock);
-    return thread->control->result;
+    return thread != nullptr ? thread->control->result.load() : 0;
 }
 
 void tk_thread_request_stop(tk_thread* thread) {
-    if (thread == nullptr) return;
-    const std::lock_guard<std::mutex> guard(thread->control->lock);
-    thread->control->stop = true;
-    thread->control->changed.notify_all();
+    if (thread != nullptr) thread->control->stop.request_stop();
 }
 
-bool tk_thread_should_stop() {
-    if (current == nullptr) return false;
-    const std::lock_guard<std::mutex> guard(current->lock);
-    return current->stop;
-}
+bool tk_thread_should_stop() { return worker_should_stop(); }
 
-void sleep_ms(uint32_t ms) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-    if (current == nullptr) {
-        std::this_thread::sleep_until(end);
-        return;
-    }
-    std::unique_lock<std::mutex> guard(current->lock);
-    current->changed.wait_until(guard, end, [] { return current->stop; });
-}
+void sleep_ms(uint32_t ms) { static_cast<void>(worker_sleep_ms(ms)); }
 
-uint32_t tk_thread_alive_count() { return alive_count.load(); }
+uint32_t tk_thread_alive_count() { return workers_running(); }
+
+std::stop_token worker_stop_token() { return current != nullptr ? current->stop.get_token() : std::stop_token(); }

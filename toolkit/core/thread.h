@@ -1,4 +1,5 @@
-// Threads, mutexes and semaphores.
+// Threads, mutexes and semaphores. A thread that somebody owns is better a worker (worker.h), which is built on
+// these.
 #pragma once
 
 #include "toolkit/core/result.h"
@@ -19,14 +20,15 @@ tk_thread* tk_thread_create(std::function<uint32_t()> entry);
 ret_t tk_thread_set_name(tk_thread* thread, const char* name);
 const char* tk_thread_name(const tk_thread* thread);
 
-/// Priority as asked for (kept; the system's default scheduling is used). Before tk_thread_start.
+/// Priority as asked for. It is kept and not applied: every thread runs with the system's default scheduling.
+/// Before tk_thread_start.
 ret_t tk_thread_set_priority(tk_thread* thread, uint32_t priority);
 
 /// Stack size in bytes as asked for. The thread gets at least what the platform and the run-time library need.
 ret_t tk_thread_set_stack_size(tk_thread* thread, uint32_t bytes);
 
 /// Starts the thread. RET_FAIL when the system refuses or it was started before.
-ret_t tk_thread_start(tk_thread* thread);
+[[nodiscard]] ret_t tk_thread_start(tk_thread* thread);
 
 /// Waits until the entry has returned. RET_FAIL when it was never started or was joined before.
 ret_t tk_thread_join(tk_thread* thread);
@@ -44,16 +46,16 @@ bool tk_thread_is_running(const tk_thread* thread);
 /// What the entry returned, 0 before that.
 uint32_t tk_thread_result(const tk_thread* thread);
 
-/// Asks the thread to end soon: tk_thread_should_stop() turns true on it and its sleep_ms ends at once.
+/// Asks the thread to end soon: tk_thread_should_stop() turns true on it and the wait that it is in ends at once.
 void tk_thread_request_stop(tk_thread* thread);
 
-/// On a toolkit thread: whether it was asked to stop. On any other thread: false.
+/// On a toolkit thread: whether it was asked to stop. On any other thread: false. The same as worker_should_stop().
 bool tk_thread_should_stop();
 
 /// Sleeps, in milliseconds; ends early when the calling toolkit thread is asked to stop.
 void sleep_ms(uint32_t ms);
 
-/// How many toolkit threads are between start and the return of their entry. Any thread.
+/// As workers_running(). Any thread.
 uint32_t tk_thread_alive_count();
 
 /// A mutex that is not recursive: locking it twice on one thread is reported loudly (log and abort in debug
@@ -61,16 +63,20 @@ uint32_t tk_thread_alive_count();
 tk_mutex* tk_mutex_create();
 ret_t tk_mutex_lock(tk_mutex* mutex);
 /// RET_FAIL when another thread holds it.
-ret_t tk_mutex_try_lock(tk_mutex* mutex);
+[[nodiscard]] ret_t tk_mutex_try_lock(tk_mutex* mutex);
 /// RET_FAIL when the calling thread does not hold it.
 ret_t tk_mutex_unlock(tk_mutex* mutex);
-/// Frees the mutex; one that is held is kept alive (and leaked) rather than freed under its holder.
+/// Frees the mutex. One that is held or waited for is reported loudly (log and abort in debug builds) and not
+/// freed; RET_FAIL then.
 ret_t tk_mutex_destroy(tk_mutex* mutex);
 
 tk_semaphore* tk_semaphore_create(uint32_t count);
-/// Waits until the count is above 0 and takes one. `timeout_ms` 0xFFFFFFFF waits for ever. RET_FAIL on time-out.
+/// Waits until the count is above 0 and takes one. `timeout_ms` 0xFFFFFFFF waits for ever. RET_FAIL on time-out and
+/// when the calling worker is asked to stop.
 ret_t tk_semaphore_wait(tk_semaphore* semaphore, uint32_t timeout_ms);
 ret_t tk_semaphore_post(tk_semaphore* semaphore);
+/// Frees the semaphore. One that is waited for is reported loudly (log and abort in debug builds) and not freed;
+/// RET_FAIL then.
 ret_t tk_semaphore_destroy(tk_semaphore* semaphore);
 
 /// Holds a mutex for a scope; can let go early, and never unlocks twice.

@@ -1,0 +1,42 @@
+#include "serial/port_names.h"
+
+#include "toolkit/core/text.h"
+
+namespace {
+
+constexpr int port_names = 500;
+constexpr std::size_t port_text_max = 100;
+
+tk_object* map_create() {
+    tk_object* names = object_default_create();
+    for (int n = 0; n < port_names; n++)
+        tk_object_set_prop_str(names, tk_format("COM%d", n).c_str(), tk_format("\\\\.\\COM%d", n).c_str());
+    return names;
+}
+
+/// "COMn" to "\\.\COMn", and list positions to lines. Never destroyed: workers may look a name up while the process
+/// ends.
+tk_object* name_map() {
+    static tk_object* const names = map_create();
+    return names;
+}
+
+std::string position(uint32_t index) { return tk_format("%u", index); }
+
+} // namespace
+
+std::optional<std::string> port_path(const std::string& text, bool typed_paths) {
+    const std::string name = tk_utf8_cut(text, port_text_max);
+    if (name.empty()) return std::nullopt;
+    if (name.front() != 'C') return typed_paths ? name : std::string();
+    const std::string path = tk_object_get_prop_str(name_map(), name.c_str(), "");
+    return path.empty() ? std::nullopt : std::optional(path);
+}
+
+void port_list_line_set(uint32_t index, const std::string& line) {
+    tk_object_set_prop_str(name_map(), position(index).c_str(), line.c_str());
+}
+
+std::string port_list_line(uint32_t index) {
+    return tk_object_get_prop_str(name_map(), position(index).c_str(), "");
+}

@@ -1,0 +1,58 @@
+// Port texts and their device paths; the list's lines by position.
+#include "serial/port_names.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+namespace {
+
+TEST(port_names, com_names_map_to_device_paths) {
+    for (const bool typed : {true, false}) {
+        EXPECT_EQ(port_path("COM0", typed), "\\\\.\\COM0");
+        EXPECT_EQ(port_path("COM7", typed), "\\\\.\\COM7");
+        EXPECT_EQ(port_path("COM12", typed), "\\\\.\\COM12");
+        EXPECT_EQ(port_path("COM499", typed), "\\\\.\\COM499");
+    }
+}
+
+TEST(port_names, other_texts_with_a_leading_c_are_no_port) {
+    for (const char* text : {"COM500", "C", "COM", "COM07", "COM-1", "CON", "COM7 ", "COM4294967303"})
+        EXPECT_EQ(port_path(text, true), std::nullopt) << text;
+    EXPECT_EQ(port_path("", true), std::nullopt);
+    EXPECT_EQ(port_path("", false), std::nullopt);
+}
+
+TEST(port_names, other_texts_are_a_path_where_paths_may_be_typed) {
+    EXPECT_EQ(port_path("\\\\.\\COM7", true), "\\\\.\\COM7");
+    EXPECT_EQ(port_path("\\\\.\\COM7", false), "");
+    EXPECT_EQ(port_path("com7", true), "com7");
+}
+
+TEST(port_names, only_the_first_hundred_bytes_count) {
+    EXPECT_EQ(port_path(std::string(300, 'x'), true), std::string(100, 'x'));
+    const std::string base(99, 'x');
+    EXPECT_EQ(port_path(base + "串口", true), base) << "no half character";
+}
+
+TEST(port_names, lines_are_kept_by_position_and_are_no_names) {
+    EXPECT_EQ(port_list_line(1000), "");
+    port_list_line_set(1000, "\\\\.\\COM12");
+    EXPECT_EQ(port_list_line(1000), "\\\\.\\COM12");
+    port_list_line_set(1000, "COM3");
+    EXPECT_EQ(port_list_line(1000), "COM3");
+    EXPECT_EQ(port_path("1000", true), "1000");
+    EXPECT_EQ(port_path("1000", false), "");
+}
+
+TEST(port_names, any_thread_may_ask_while_another_keeps_lines) {
+    std::thread loader([] {
+        for (uint32_t i = 0; i < 500; i++) port_list_line_set(2000 + i, "COM3");
+    });
+    for (int i = 0; i < 500; i++) EXPECT_EQ(port_path("COM3", true), "\\\\.\\COM3");
+    loader.join();
+    EXPECT_EQ(port_list_line(2499), "COM3");
+}
+
+} // namespace
