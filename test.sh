@@ -60,54 +60,29 @@ result() {
 # Leaves out of ctest's output what went well.
 brief() { grep -vE '^ *[0-9]+/[0-9]+ Test .* Passed |^ +Start +[0-9]+:'; }
 
-# run_preset NAME PRESET SECTIONS [cmake option...]: builds a preset in build/NAME and runs its tests under a virtual
+# run_preset PRESET SECTIONS: builds a preset and runs its tests, with the surroundings that it names, under a virtual
 # display.
 run_preset() {
-    local name=$1 preset=$2 sections=$3 log=build/$1-tests.log
-    shift 3
-    say "$name: build"
+    local preset=$1 sections=$2 log=build/$1-tests.log
+    say "$preset: build"
     # shellcheck disable=SC2086 # a list of words
-    if ! scripts/install.sh $sections || ! configure "$preset" -B "build/$name" "$@" || ! build "$name"; then
-        result "$name (build)" 0 1
+    if ! scripts/install.sh $sections || ! configure "$preset" || ! build "$preset"; then
+        result "$preset (build)" 0 1
         return
     fi
-    say "$name: tests"
-    with_display ctest --test-dir "build/$name" --output-on-failure -j "$jobs" "${ctest_options[@]}" 2>&1 |
-        tee "$log" | brief
+    say "$preset: tests"
+    with_display ctest --preset "$preset" -j "$jobs" "${ctest_options[@]}" 2>&1 | tee "$log" | brief
     # shellcheck disable=SC2046 # two numbers
-    result "$name" $(count_ctest "$log")
+    result "$preset" $(count_ctest "$log")
 }
 
-# Known reports of libraries that are not ours, if there are any.
-suppressions() {
-    if [ -f "tests/$1.supp" ]; then echo ":suppressions=$PWD/tests/$1.supp"; fi
-}
-
-run_dev() { run_preset dev dev "build gui display"; }
-run_clang() { run_preset clang clang "build gui display clang"; }
-
+run_dev() { run_preset dev "build gui display"; }
+run_clang() { run_preset clang "build gui display clang"; }
 # Clang builds sanitised code in about half the time, and is the second compiler that has to be content.
-# run_sanitised PRESET SECTIONS [cmake option...]
-run_sanitised() {
-    local preset=$1 sections=$2
-    shift 2
-    run_preset "clang-$preset" "$preset" "$sections clang" -DCMAKE_CXX_COMPILER=clang++-14 \
-        -DCMAKE_CXX_FLAGS_DEBUG=-g1 "$@"
-}
-
-run_asan() {
-    ASAN_OPTIONS=detect_stack_use_after_return=1 \
-        UBSAN_OPTIONS=print_stacktrace=1 \
-        LSAN_OPTIONS=print_suppressions=0$(suppressions lsan) \
-        run_sanitised asan "build gui display"
-}
-
+run_asan() { run_preset asan "build gui display clang"; }
 # Without the window library: it comes uninstrumented, so every event that it hands over between threads would be
 # reported. All threads of the program live in the rooms that are left.
-run_tsan() {
-    TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1$(suppressions tsan) \
-        run_sanitised tsan "build display" -DVKT_GUI=OFF
-}
+run_tsan() { run_preset tsan "build display clang"; }
 
 run_windows() {
     local log=build/windows-tests.log sections="build windows" options=(-DVKT_GUI=OFF) display=() prefix
@@ -154,7 +129,7 @@ run_lint() {
         return
     fi
     local check ok=0 bad=0
-    for check in "tools/lint --self-test" tests/tools/scripts_test.sh tools/lint; do
+    for check in "tools/lint --self-test" tests/tools/scripts_test.sh tools/lint "tools/include_picture --check"; do
         if $check; then ok=$((ok + 1)); else bad=$((bad + 1)); fi
     done
     result lint "$ok" "$bad"

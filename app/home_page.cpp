@@ -1,15 +1,16 @@
 #include "app/home_page.h"
 
 #include "app/data_monitor.h"
-#include "app/err_display.h"
+#include "app/families.h"
 #include "app/home_scroll.h"
 #include "app/model_switch.h"
-#include "app/navigator.h"
 #include "app/port_selector.h"
 #include "app/session_buttons.h"
 #include "app/start_objects.h"
 #include "app/ui_state.h"
 #include "serial/port_list.h"
+#include "shell/err_display.h"
+#include "shell/navigator.h"
 #include "toolkit/core/idle.h"
 #include "toolkit/core/log.h"
 
@@ -38,34 +39,19 @@ constexpr binding bindings[] = {
     {"button_default", event_type::click, model_restore_defaults},
     {"button_data", event_type::click, data_monitor_pressed},
     {"progress_button", event_type::click, progress_forward},
-    {"code_mode", event_type::click, model_show_code},
-    {"code_mode_vkt510a", event_type::click, model_show_code},
-    {"code_mode_vkt610b", event_type::click, model_show_code},
     {"button_copy", event_type::click, code_copy},
 };
 
-struct hidden_row {
-    const char* name;
-    bool disabled;
-};
-
-constexpr hidden_row hidden_at_start[] = {
-    {"code_mode_vkt510a", true}, {"code_mode_vkt610b", true}, {"vkt610b_view_1", true},
-    {"vkt510a_view_1", true},    {"progress_bar", false},     {"label2", false},
-    {"label3", false},           {"label4", false},           {"hscroll_label", false},
-};
+constexpr const char* hidden_at_start[] = {"progress_bar", "label2", "label3", "label4", "hscroll_label"};
 
 void bind(widget* home) {
     for (const auto& row : bindings)
-        widget_on(widget_lookup(home, row.name), row.type,
+        widget_on(widget_need(home, row.name), row.type,
                   [home, handler = row.handler](const event&) { return handler(home); });
-    for (const auto& row : hidden_at_start) {
-        widget* w = widget_lookup(home, row.name);
-        widget_set_visible(w, false);
-        if (row.disabled) widget_set_enable(w, false);
-    }
+    for (const char* name : hidden_at_start) widget_set_visible(widget_lookup(home, name), false);
+    model_bind(home);
     for (const char* name : {"version_name", "version_foot"})
-        widget_set_text_utf8(widget_lookup(home, name), version_text);
+        widget_set_text_utf8(widget_need(home, name), version_text);
     port_selector_bind(home);
     home_scroll_bind(home);
 }

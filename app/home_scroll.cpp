@@ -74,14 +74,14 @@ ret_t home_scroll_resized(widget* home) {
 }
 
 void home_scroll_bind(widget* home) {
-    widget_set_value_int(widget_lookup(home, "scroll_bar_d_home"), 0);
-    widget_on(widget_lookup(home, "scroll_bar_d_home"), event_type::value_changed,
+    widget_set_value_int(widget_need(home, "scroll_bar_d_home"), 0);
+    widget_on(widget_need(home, "scroll_bar_d_home"), event_type::value_changed,
               [home](const event&) { return scroll_vertical(home); });
-    widget_on(widget_lookup(home, "scroll_bar_d_home_c"), event_type::value_changed,
+    widget_on(widget_need(home, "scroll_bar_d_home_c"), event_type::value_changed,
               [home](const event&) { return scroll_horizontal(home); });
-    widget_on(widget_lookup(home, "scroll_view_home"), event_type::wheel,
+    widget_on(widget_need(home, "scroll_view_home"), event_type::wheel,
               [home](const event& e) { return wheel(home, e.delta); });
     for (const char* name : {"view1", "view"})
         for (const event_type type : {event_type::move, event_type::resize})
-            widget_on(widget_lookup(home, name), type, [home](const event&) { return home_scroll_resized(home); });
+            widget_on(widget_need(home, name), type, [home](const event&) { return home_scroll_resized(home); });
 }

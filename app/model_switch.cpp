@@ -1,21 +1,29 @@
 #include "app/model_switch.h"
 
+#include "app/devices.h"
 #include "app/paths.h"
-#include "config/dev_obj.h"
+#include "shell/navigator.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
 
-#include <array>
-#include <vector>
+#include <algorithm>
+#include <set>
 
 namespace {
 
-constexpr const char* start_model = "VKT531A";
 constexpr std::size_t model_text_max = 100;
 
-std::array<bool, family_count> prepared; // this window's tabs of the family are bound
+/// The model chosen first; where it is none of the families in use, their first.
+const char* start_model() {
+    constexpr const char* usual = "VKT531A";
+    return pages_of_model(usual) != nullptr ? usual : families().front()->of->models.front().name;
+}
 
-bool& prepared_of(const family_pages& pages) { return prepared[static_cast<std::size_t>(pages.of)]; }
+/// Families whose tabs are bound in this window.
+std::set<const family_pages*>& prepared() {
+    static auto& bound = *new std::set<const family_pages*>;
+    return bound;
+}
 
 void show(widget* home, const char* name, bool on) {
     widget* w = widget_lookup(home, name);
@@ -23,17 +31,22 @@ void show(widget* home, const char* name, bool on) {
     widget_set_enable(w, on);
 }
 
+ret_t tab_fill(widget* set, const family_pages& pages, const page_tab& tab) {
+    dev_obj* dev = device_of(pages);
+    return dev == nullptr ? RET_FAIL : tab.init(widget_lookup(set, tab.page), *dev);
+}
+
 // The page is looked up below its page set: pages of several families may share widget names.
 ret_t tab_show(widget* home, const family_pages& pages, const page_tab& tab) {
     widget* set = widget_lookup(home, pages.page_set);
     const ret_t ret = pages_set_active_by_name(set, tab.page);
-    return ret == RET_OK ? tab.init(widget_lookup(set, tab.page)) : ret;
+    return ret == RET_OK ? tab_fill(set, pages, tab) : ret;
 }
 
 // A tab's value changes when it goes off too; only the one that is on shows its page.
 void tabs_bind(widget* home, const family_pages& pages) {
     for (const auto& tab : pages.tabs) {
-        widget* button = widget_lookup(home, tab.button);
+        widget* button = widget_need(home, tab.button);
         widget_on(button, event_type::value_changed, [home, button, &pages, &tab](const event&) {
             return widget_get_value_int(button) != 0 ? tab_show(home, pages, tab) : RET_OK;
         });
@@ -41,33 +54,31 @@ void tabs_bind(widget* home, const family_pages& pages) {
 }
 
 // The monitor's button appears only where there is a monitor to open.
-bool monitor_exists(const family_pages& pages) { return pages.data_monitor && layout_exists("data_page"); }
+bool monitor_exists(const family_pages& pages) {
+    return pages.of->monitor_refusal != nullptr && layout_exists("data_page");
+}
 
-// The generic family's first page and tab come up as the layout has them.
-ret_t pages_prepare(widget* home, const family_pages& pages, const dev_obj* dev) {
-    log_console(tk_format("设备名称: %s\n", dev->model == nullptr ? pages.device : dev->model));
-    if (prepared_of(pages)) return RET_OK;
+ret_t pages_prepare(widget* home, const family_pages& pages) {
+    log_console(tk_format("设备名称: %s\n", pages.of->device));
+    if (prepared().contains(&pages)) return RET_OK;
     if (widget_lookup(home, pages.page_set) == nullptr || pages.tabs.empty()) return RET_FAIL;
-    if (pages.of != family::generic) {
-        const auto& first = pages.tabs.front();
+    if (pages.starts_at_first_tab) {
         widget_set_value_int(widget_lookup(home, "scroll_bar_d_home"), 0);
         pages_set_active(widget_lookup(home, pages.page_set), 0);
-        widget_set_value_int(widget_lookup(home, first.button), 1);
+        widget_set_value_int(widget_lookup(home, pages.tabs.front().button), 1);
     }
     tabs_bind(home, pages);
-    prepared_of(pages) = true;
+    prepared().insert(&pages);
     return RET_OK;
 }
 
 ret_t visibility_apply(widget* home, const family_pages& chosen) {
-    if (dev_get(chosen.of) == nullptr) {
+    if (device_of(chosen) == nullptr) {
         log_console("dev_info == NULL error ");
         return RET_INIT_FAILED;
     }
     show(home, "button_serial_assistant", false);
-    for (const family of : {family::generic, family::b, family::a}) {
-        const family_pages* pages = family_pages_of(of);
-        if (pages == nullptr) continue;
+    for (const family_pages* pages : families()) {
         show(home, pages->container, false);
         show(home, pages->code_mode, false);
     }
@@ -78,26 +89,32 @@ ret_t visibility_apply(widget* home, const family_pages& chosen) {
     return RET_OK;
 }
 
-// Objects that were replaced: a thread may still know one. Never destroyed.
-std::vector<dev_obj*>& retired() {
-    static auto& objects = *new std::vector<dev_obj*>;
-    return objects;
+/// Shows a device's configuration as text.
+ret_t code_show(const family_pages& pages, bool restored) {
+    widget* home = navigator_find("home_page");
+    widget* box = widget_lookup(home, "mledit");
+    widget* form = widget_lookup(home, pages.code_mode);
+    const dev_obj* dev = device_of(pages);
+    if (dev == nullptr || box == nullptr || form == nullptr) {
+        if (pages.code_lost != nullptr) log_console(pages.code_lost);
+        return RET_FAIL;
+    }
+    const bool alternative = widget_get_value_int(form) != 0;
+    return widget_set_text_utf8(box, pages.of->code_text(*dev, {alternative, restored}).c_str());
 }
 
-// Makes the device object if need be (always, when `renew`) and prepares the pages; the console says what failed.
+// Makes the device if need be, and prepares the pages when that, `renew` or the window asks for it; the console
+// says what failed.
 ret_t device_ready(widget* home, const family_pages& pages, bool renew) {
-    const bool missing = dev_get(pages.of) == nullptr;
-    if (missing || renew) {
-        dev_obj* dev = dev_open(pages.device);
-        if (dev == nullptr) {
-            log_console(tk_format("%s产品初始化失败\n", pages.log_name));
-            return RET_FAIL;
-        }
-        if (!missing) retired().push_back(dev_get(pages.of));
-        dev_set(pages.of, dev);
+    const bool missing = device_of(pages) == nullptr;
+    dev_obj* dev = device_make(pages);
+    if (dev == nullptr) {
+        log_console(tk_format("%s产品初始化失败\n", pages.log_name));
+        return RET_FAIL;
     }
-    if (!missing && !renew && prepared_of(pages)) return RET_OK;
-    if (pages_prepare(home, pages, dev_get(pages.of)) == RET_OK) return RET_OK;
+    dev->shown = [&pages] { static_cast<void>(code_show(pages, false)); };
+    if (!missing && !renew && prepared().contains(&pages)) return RET_OK;
+    if (pages_prepare(home, pages) == RET_OK) return RET_OK;
     log_console(tk_format("%s初始化按键列表失败\n", pages.log_name));
     return RET_FAIL;
 }
@@ -112,20 +129,31 @@ ret_t family_show(widget* home, const family_pages& pages, bool renew) {
 
 } // namespace
 
+void model_bind(widget* home) {
+    for (const family_pages* pages : families()) {
+        widget_on(widget_need(home, pages->code_mode), event_type::click,
+                  [home](const event&) { return model_show_code(home); });
+        if (pages == pages_of_model(start_model())) continue;
+        show(home, pages->container, false);
+        show(home, pages->code_mode, false);
+    }
+}
+
 void model_selector_fill(widget* home) {
     widget* selector = widget_lookup(home, "combo_box_ex_dev");
     combo_box_reset_options(selector);
-    for (const auto& row : models)
-        if (family_pages_of(row.of) != nullptr) combo_box_append_option(selector, row.selector_value, row.name);
-    widget_set_value_int(selector, model_find(start_model)->selector_value);
-    set_current_model(start_model);
+    for (const family_pages* pages : families())
+        for (const family_model& row : pages->of->models) {
+            combo_box_append_option(selector, row.selector_value, row.name);
+            if (std::string_view(row.name) == start_model()) widget_set_value_int(selector, row.selector_value);
+        }
+    set_current_model(start_model());
 }
 
-void model_window_changed() { prepared.fill(false); }
+void model_window_changed() { prepared().clear(); }
 
 const family_pages* model_selected(widget* home) {
-    const model_row* row = model_find(widget_get_text_utf8(widget_lookup(home, "combo_box_ex_dev")));
-    return row == nullptr ? nullptr : family_pages_of(row->of);
+    return pages_of_model(widget_get_text_utf8(widget_lookup(home, "combo_box_ex_dev")));
 }
 
 ret_t model_switch(widget* home) {
@@ -141,9 +169,9 @@ ret_t model_switch(widget* home) {
 }
 
 ret_t model_start(widget* home) {
-    const family_pages* pages = family_pages_of(family::generic);
+    const family_pages* pages = pages_of_model(start_model());
     if (pages == nullptr) return RET_INIT_FAILED;
-    if (const auto encode = family_ops_of(family::generic).encode) encode(nullptr);
+    if (dev_obj* dev = device_of(*pages)) static_cast<void>(dev_encode(*dev));
     return family_show(home, *pages, true) == RET_OK ? RET_OK : RET_INIT_FAILED;
 }
 
@@ -152,18 +180,20 @@ ret_t model_page_refresh(widget* home) {
     if (pages == nullptr) return RET_FAIL;
     for (const auto& tab : pages->tabs)
         if (widget_get_value_int(widget_lookup(home, tab.button)) != 0)
-            return tab.init(widget_lookup(widget_lookup(home, pages->page_set), tab.page));
+            return tab_fill(widget_lookup(home, pages->page_set), *pages, tab);
     return RET_FAIL;
 }
 
 ret_t model_show_code(widget* home) {
     const family_pages* pages = model_selected(home);
-    return pages == nullptr || pages->show_code == nullptr ? RET_FAIL : pages->show_code(home);
+    return pages == nullptr ? RET_FAIL : code_show(*pages, false);
 }
 
 ret_t model_restore_defaults(widget* home) {
     const family_pages* pages = model_selected(home);
-    if (pages == nullptr || pages->restore_defaults == nullptr) return RET_FAIL;
-    const ret_t ret = pages->restore_defaults(home);
+    dev_obj* dev = pages == nullptr ? nullptr : device_of(*pages);
+    if (dev == nullptr) return RET_FAIL;
+    dev_restore(*dev);
+    const ret_t ret = code_show(*pages, true);
     return ret == RET_OK ? model_page_refresh(home) : ret;
 }

@@ -1,10 +1,11 @@
 // Choosing a model: the family's device object, its pages, and what of the home page it shows. GUI thread only.
 #pragma once
 
-#include "config/pages/family_pages.h"
-#include "toolkit/ravel/widget.h"
+#include "fields/family_pages.h"
 
-/// Fills the model selector with the models whose family is registered and chooses VKT531A.
+/// Binds the switches of the code view, and hides what is another family's than the start model's.
+void model_bind(widget* home);
+/// Fills the model selector with every model and chooses VKT531A.
 void model_selector_fill(widget* home);
 
 /// Value change of the model selector: the shown text becomes the current model, the family's device object is made
@@ -12,14 +13,15 @@ void model_selector_fill(widget* home);
 /// console says why, the page set before stays on screen); RET_OK and nothing done for a text that is no model.
 ret_t model_switch(widget* home);
 
-/// Makes the generic device object anew, prepares its pages and shows them: the home page's own start.
+/// Makes the start model's device (one that is there keeps its values, and encodes them), prepares its pages and
+/// shows them: the home page's own start.
 /// RET_INIT_FAILED when that did not work.
 ret_t model_start(widget* home);
 
 /// Forgets which families' tabs were bound: the home page is a new window.
 void model_window_changed();
 
-/// The registered family of the model that the selector shows; null when there is none.
+/// The family of the model that the selector shows; null when there is none.
 const family_pages* model_selected(widget* home);
 /// Fills the page whose tab is on (the first of the family's tabs whose value is not 0) from the store.
 ret_t model_page_refresh(widget* home);

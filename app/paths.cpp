@@ -25,5 +25,5 @@ void error_log_name_from_now() {
 }
 
 void log_folder_ensure() {
-    if (!fs_dir_exist(os_fs(), log_folder)) fs_create_dir(os_fs(), log_folder);
+    if (!fs_dir_exist(os_fs(), log_folder)) static_cast<void>(fs_create_dir(os_fs(), log_folder));
 }

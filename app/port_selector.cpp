@@ -1,8 +1,8 @@
 #include "app/port_selector.h"
 
-#include "app/err_display.h"
-#include "app/navigator.h"
 #include "serial/port_list.h"
+#include "shell/err_display.h"
+#include "shell/navigator.h"
 #include "toolkit/core/idle.h"
 
 #include <string>
@@ -58,7 +58,7 @@ void port_selector_connect() {
 }
 
 void port_selector_bind(widget* home) {
-    widget_on(widget_lookup(home, "combo_box_ex_serial"), event_type::pointer_down, [](const event&) {
+    widget_on(widget_need(home, "combo_box_ex_serial"), event_type::pointer_down, [](const event&) {
         port_list_load_start();
         return RET_OK;
     });

@@ -1,21 +1,25 @@
 #include "app/progress.h"
 
-#include "app/data_monitor.h"
+#include "app/devices.h"
 #include "app/model_switch.h"
-#include "app/navigator.h"
-#include "serial/session.h"
+#include "shell/err_display.h"
+#include "shell/navigator.h"
 #include "toolkit/core/idle.h"
 #include "toolkit/core/log.h"
 #include "toolkit/ravel/window_manager.h"
 
 #include <atomic>
-#include <memory>
+#include <utility>
 
 namespace {
 
 constexpr const char* window_name = "progress";
-constexpr uint32_t no_percentage = 0xFFFFFFFF;
-constexpr uint8_t no_operation = 255;
+
+// GUI thread only.
+progress_finish& finish_wanted() {
+    static auto& wanted = *new progress_finish;
+    return wanted;
+}
 
 struct status_row {
     uint8_t operation;
@@ -57,60 +61,52 @@ void ok_show(widget* win, bool finished) {
 }
 
 ret_t ok_clicked(const event&) {
-    const monitor_answer answer = data_monitor_finish();
-    if (answer == monitor_answer::refused) return data_monitor_show_refusal();
+    const progress_finish finish = std::exchange(finish_wanted(), {});
+    if (finish.refusal)
+        if (const char* why = finish.refusal()) return err_display_show(why);
     const ret_t ret = navigator_switch_to("home_page", true);
     window_is_open();
-    return answer == monitor_answer::open ? navigator_to("data_page") : ret;
+    return finish.then ? finish.then() : ret;
 }
 
 } // namespace
 
-tk_object_ptr progress_report(uint32_t percent, const std::string& text, uint8_t operation) {
-    tk_object_ptr report(object_default_create());
-    if (window_is_open()) tk_object_set_prop_str(report.get(), "win", window_name);
-    tk_object_set_prop_uint32(report.get(), "propgress_value", percent);
-    tk_object_set_prop_str(report.get(), "text_name", text.c_str());
-    tk_object_set_prop_uint8(report.get(), "flage", operation);
-    return report;
+ret_t progress_post(uint32_t percent, const std::string& text, uint8_t operation) {
+    const progress_report report{window_is_open(), percent, text, operation};
+    return idle_queue([report] { return progress_update(report); });
 }
 
-ret_t progress_post(widget* /*window*/, uint32_t percent, const std::string& text, uint8_t operation) {
-    const std::shared_ptr<tk_object> report = progress_report(percent, text, operation);
-    return idle_queue([report] { return progress_update(report.get()); });
-}
-
-ret_t progress_update(const tk_object* report) {
-    widget* win = tk_object_has_prop(report, "win") ? navigator_find(window_name) : nullptr;
-    const uint32_t percent = tk_object_get_prop_uint32(report, "propgress_value", no_percentage);
-    if (win == nullptr || percent == no_percentage || !tk_object_has_prop(report, "text_name"))
-        return RET_INIT_FAILED;
+ret_t progress_update(const progress_report& report) {
+    widget* win = report.window_open ? navigator_find(window_name) : nullptr;
+    if (win == nullptr) return RET_INIT_FAILED;
     widget* bar = widget_lookup(win, "progress_bar");
     widget* step = widget_lookup(win, "label3");
     widget_set_visible(bar, true);
     widget_set_visible(step, true);
-    widget_set_value_int(bar, static_cast<int32_t>(percent));
-    widget_set_text_utf8(step, tk_object_get_prop_str(report, "text_name", "").c_str());
-    status_show(win, percent, tk_object_get_prop_uint8(report, "flage", no_operation));
-    if (percent == 100) model_page_refresh(navigator_find("home_page"));
-    ok_show(win, percent == 100);
+    widget_set_value_int(bar, static_cast<int32_t>(report.percent));
+    widget_set_text_utf8(step, report.text.c_str());
+    status_show(win, report.percent, report.operation);
+    if (report.percent == 100) model_page_refresh(navigator_find("home_page"));
+    ok_show(win, report.percent == 100);
     progress_esc_refresh();
     return RET_OK;
 }
 
+void progress_then(progress_finish finish) { finish_wanted() = std::move(finish); }
+
 ret_t progress_init(widget* win, const void* /*context*/) {
     RETURN_IF_NOT(win != nullptr, "win != NULL", __func__, RET_BAD_PARAMS);
     widget_set_prop_bool(win, "to_modal", false);
-    widget_on(widget_lookup(win, "ok"), event_type::click, ok_clicked);
+    widget_on(widget_need(win, "ok"), event_type::click, ok_clicked);
     window_open_flag = true;
-    if (!session_any_running()) data_monitor_forget();
+    if (!session_any_running()) progress_then({});
     ok_show(win, !session_any_running());
     progress_esc_refresh();
     return RET_OK;
 }
 
 ret_t progress_open_for_run() {
-    data_monitor_forget();
+    progress_then({});
     const ret_t ret = navigator_to(window_name);
     widget* win = navigator_find(window_name);
     if (win == nullptr) return RET_FAIL;

@@ -1,12 +1,11 @@
 #include "app/start_objects.h"
 
+#include "app/devices.h"
 #include "app/home_scroll.h"
 #include "app/paths.h"
 #include "app/port_selector.h"
-#include "app/session_news.h"
-#include "config/dev_obj.h"
+#include "app/session_results.h"
 #include "serial/port_list.h"
-#include "serial/session.h"
 
 namespace {
 
@@ -16,11 +15,7 @@ unsigned opened = 0;
 
 void start_objects_create() {
     if (opened++ != 0) return;
-    config_objects_create();
-    session_context& generic = session_of(family::generic);
-    generic.operation = 0;
-    generic.port_open = false;
-    session_news_connect();
+    devices_report_to(session_results);
     port_selector_connect();
     error_log_name_from_now();
     log_folder_ensure();

@@ -1,10 +1,11 @@
 #include "app/application.h"
 #include "app/assets.h"
 #include "app/command_line.h"
-#include "app/navigator.h"
 #include "app/paths.h"
 #include "platform/com_port.h"
 #include "platform/system.h"
+#include "shell/navigator.h"
+#include "toolkit/core/worker.h"
 #include "toolkit/ravel/ravel.h"
 
 #include <chrono>
@@ -119,6 +120,6 @@ int vkt_main(const std::wstring& command_line) {
         std::fflush(stdout);
     }
     // A worker that has not ended by now must not see the process being taken down around it.
-    if (tk_thread_alive_count() != 0) platform_exit_now(status);
+    if (workers_running() != 0) platform_exit_now(status);
     return status;
 }

@@ -1,7 +1,7 @@
 // One page edit: store, image, check byte, code view.
 #include "app/application.h"
-#include "app/navigator.h"
 #include "platform/com_port.h"
+#include "shell/navigator.h"
 #include "toolkit/ravel/ravel.h"
 
 #include <benchmark/benchmark.h>

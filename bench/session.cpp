@@ -1,7 +1,6 @@
 // A whole read and a whole write against a module paced at 9600 8N2, beside the time that their bytes need on the
 // wire.
-#include "serial/session.h"
-#include "config/dev_obj.h"
+#include "dev_generic/family.h"
 #include "sim/module.h"
 #include "toolkit/core/date_time.h"
 #include "toolkit/core/idle.h"
@@ -31,11 +30,32 @@ constexpr measured sessions[] = {
 bool finished = false;
 bool failed = false;
 
+session_reports reports() {
+    const auto post = [](bool* flag) {
+        idle_queue([flag] {
+            *flag = true;
+            return RET_OK;
+        });
+    };
+    session_reports out;
+    out.finished = [post](uint32_t) { post(&finished); };
+    out.failed = [post](const session_failure&) { post(&failed); };
+    return out;
+}
+
+dev_obj& device() {
+    static const family_descriptor* const families[] = {&generic_family};
+    static const auto dev = dev_open(families, "VKT531A", reports());
+    return *dev;
+}
+
 bool run(session_kind kind) {
     finished = failed = false;
-    const session_input input{"COM7", "VKT531A", false};
-    if (session_start(family::generic, kind, input) != RET_OK) return false;
+    session_input input = dev_session_input(device(), kind, false);
+    input.port_text = "COM7";
+    if (device().session.start(kind, std::move(input)) != RET_OK) return false;
     const bool ended = idle_run_until([] { return finished || failed; }, patience_ms);
+    device().session.join(device().session.last_run());
     return ended && !failed;
 }
 
@@ -67,22 +87,6 @@ bool print(const measured& m) {
 
 int main() {
     idle_set_gui_thread();
-    config_objects_create();
-    session_reports reports;
-    reports.finished = [](family of) {
-        idle_queue([of] {
-            session_join_threads(of);
-            finished = true;
-            return RET_OK;
-        });
-    };
-    reports.fail = [](family, const std::string&, const std::string&, uint8_t) {
-        idle_queue([] {
-            failed = true;
-            return RET_OK;
-        });
-    };
-    session_set_reports(std::move(reports));
     session_log_path() = "bench_session_log.txt";
     const auto module = sim::module_start(sim::model::vkt531a, "COM7");
     if (module == nullptr || !run(session_kind::connect)) {
@@ -92,7 +96,7 @@ int main() {
     module->set_paced(true);
     bool good = true;
     for (const measured& m : sessions) good = print(m) && good;
-    session_close_port(family::generic);
+    device().session.drop();
     std::remove("bench_session_log.txt");
     return good ? 0 : 1;
 }

@@ -48,6 +48,15 @@ function(vkt_library name)
     endif()
 endfunction()
 
+# vkt_family(FOLDER [LINK target...] [PAGES target...]): a family of models: vkt_FOLDER, and with windows vkt_FOLDER_pages.
+function(vkt_family folder)
+    cmake_parse_arguments(F "" "" "LINK;PAGES" ${ARGN})
+    vkt_library(vkt_${folder} LINK vkt_session ${F_LINK})
+    if(VKT_GUI)
+        vkt_library(vkt_${folder}_pages DIRS ${CMAKE_CURRENT_SOURCE_DIR}/pages LINK vkt_${folder} vkt_fields ${F_PAGES})
+    endif()
+endfunction()
+
 # vkt_test(NAME DIR dir [WHOLE] [LINK target...] [LABELS label...]): one GoogleTest program of every .cpp in the folder.
 # WHOLE makes it one test of ctest; otherwise each test of the program is one.
 function(vkt_test name)
@@ -58,6 +67,7 @@ function(vkt_test name)
     endif()
     add_executable(${name} ${sources})
     target_link_libraries(${name} PRIVATE ${A_LINK} vkt_flags vkt_gtest)
+    target_compile_definitions(${name} PRIVATE VKT_SOURCE_TREE="${PROJECT_SOURCE_DIR}")
     target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <functional> <string> <vector>)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/${A_DIR})
     set(labels)

@@ -1,5 +1,6 @@
 #include "dev_b/bit_timing.h"
 
+#include "dev_b/fields.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
 
@@ -12,21 +13,21 @@ namespace {
 constexpr uint32_t clock_khz = 200000;
 constexpr double sample_point_tolerance = 0.00001; // of the bit
 
-constexpr const char* divider_key = "canfd_bps_do_div_vkt610b";
+namespace f = vkt610b_field;
 
 /// A register of the timing and the value it holds.
-struct timing_key {
-    const char* key;
+struct timing_register {
+    const field& what;
     uint32_t timing_values::*member;
 };
-using phase_keys = std::array<timing_key, 3>;
-constexpr std::array<phase_keys, 2> value_keys = {{
-    {{{"canfd_bps_do_brp_z_vkt610b", &timing_values::brp},
-      {"canfd_bps_do_tseg1_z_vkt610b", &timing_values::tseg1},
-      {"canfd_bps_do_tseg2_z_vkt610b", &timing_values::tseg2}}},
-    {{{"canfd_bps_do_brp_c_vkt610b", &timing_values::brp},
-      {"canfd_bps_do_tseg1_c_vkt610b", &timing_values::tseg1},
-      {"canfd_bps_do_tseg2_c_vkt610b", &timing_values::tseg2}}},
+using phase_registers = std::array<timing_register, 3>;
+constexpr std::array<phase_registers, 2> registers = {{
+    {{{f::nominal_brp, &timing_values::brp},
+      {f::nominal_tseg1, &timing_values::tseg1},
+      {f::nominal_tseg2, &timing_values::tseg2}}},
+    {{{f::data_brp, &timing_values::brp},
+      {f::data_tseg1, &timing_values::tseg1},
+      {f::data_tseg2, &timing_values::tseg2}}},
 }};
 
 /// Rates that a stored timing may have to be loaded, in kbit/s.
@@ -47,17 +48,25 @@ uint32_t with_half(uint32_t word, int channel, uint32_t value) {
     return (word & 0xFFFF0000) | (value & 0xFFFF);
 }
 
-uint32_t get(const tk_object* props, const char* key) { return tk_object_get_prop_uint32(props, key, 0); }
+uint32_t get(const tk_object* props, const field& what) { return tk_object_get_prop_uint32(props, what.key, 0); }
 
-void set(tk_object* props, const char* key, uint32_t value, ret_t* result) {
-    if (tk_object_set_prop_uint32(props, key, value) == RET_OK) return;
-    log_write(LOG_LEVEL_ERROR, tk_format("set %s failed!\n", key));
+void set(tk_object* props, const field& what, uint32_t value, ret_t* result) {
+    if (tk_object_set_prop_uint32(props, what.key, value) == RET_OK) return;
+    log_write(LOG_LEVEL_ERROR, tk_format("set %s failed!\n", what.key));
     *result = RET_FAIL;
+}
+
+template <int N>
+const field& rate_of_channel(timing_phase phase) {
+    return phase == timing_phase::nominal ? f::canfd<N>::nominal_rate : f::canfd<N>::data_rate;
+}
+const field& rate_of(int channel, timing_phase phase) {
+    return channel == 2 ? rate_of_channel<2>(phase) : rate_of_channel<1>(phase);
 }
 
 timing_values stored_values(const tk_object* props, int channel, timing_phase phase) {
     timing_values out;
-    for (const auto& row : value_keys[timing_at(phase)]) out.*row.member = half_of(get(props, row.key), channel);
+    for (const auto& row : registers[timing_at(phase)]) out.*row.member = half_of(get(props, row.what), channel);
     return out;
 }
 
@@ -101,12 +110,13 @@ std::string timing_percent_text(double percent) {
 }
 
 uint8_t timing_bus_mode(const tk_object* props, int channel) {
-    return tk_object_get_prop_uint8(props, tk_format("canfd%d_mode_vkt610b", channel).c_str(), 1);
+    const field& mode = channel == 2 ? f::canfd<2>::bus_mode : f::canfd<1>::bus_mode;
+    return tk_object_get_prop_uint8(props, mode.key, static_cast<uint8_t>(mode.fallback));
 }
 
 timing_opening timing_open(const tk_object* props, int channel) {
     timing_opening out;
-    const uint32_t word = get(props, divider_key);
+    const uint32_t word = get(props, f::timing_divider);
     const uint64_t code = channel == 2 ? half_of(word, 2) : word;
     out.divider_word = static_cast<int32_t>(word);
     out.data_enabled = timing_bus_mode(props, channel) != 0;
@@ -142,25 +152,25 @@ bool timing_valid(const timing_form& form, uint8_t bus_mode) {
 
 ret_t timing_store(tk_object* props, int channel, const timing_form& form, uint8_t bus_mode) {
     ret_t result = RET_OK;
-    const auto put = [&](const char* key, uint32_t value) {
-        set(props, key, with_half(get(props, key), channel, value), &result);
+    const auto put = [&](const field& what, uint32_t value) {
+        set(props, what, with_half(get(props, what), channel, value), &result);
     };
-    put(divider_key, static_cast<uint32_t>(form.divider_code));
+    put(f::timing_divider, static_cast<uint32_t>(form.divider_code));
     for (const auto phase : timing_phases) {
         if (phase == timing_phase::data && bus_mode == 0) continue;
-        for (const auto& row : value_keys[timing_at(phase)])
-            put(row.key, form.values[timing_at(phase)].*row.member);
+        for (const auto& row : registers[timing_at(phase)])
+            put(row.what, form.values[timing_at(phase)].*row.member);
     }
     return result;
 }
 
 ret_t timing_store_forced(tk_object* props, const timing_form& form) {
     ret_t result = RET_OK;
-    if (form.divider_code >= 0) set(props, divider_key, static_cast<uint32_t>(form.divider_code), &result);
+    if (form.divider_code >= 0) set(props, f::timing_divider, static_cast<uint32_t>(form.divider_code), &result);
     for (const auto phase : timing_phases)
-        for (const auto& row : value_keys[timing_at(phase)]) {
+        for (const auto& row : registers[timing_at(phase)]) {
             const uint32_t value = form.values[timing_at(phase)].*row.member & 0xFFFF;
-            set(props, row.key, (get(props, row.key) | 0xFF) & value, &result);
+            set(props, row.what, (get(props, row.what) | 0xFF) & value, &result);
         }
     return result;
 }
@@ -168,9 +178,8 @@ ret_t timing_store_forced(tk_object* props, const timing_form& form) {
 ret_t timing_store_rate(tk_object* props, int channel, timing_phase phase, int32_t kbit) {
     const int index = timing_rate_index(phase, kbit);
     if (index < 0) return RET_FAIL;
-    const char* const name = phase == timing_phase::nominal ? "zc" : "data";
-    const std::string key = tk_format("canfd%d_speed_%s_vkt610b", channel, name);
-    if (tk_object_set_prop_uint8(props, key.c_str(), static_cast<uint8_t>(index)) == RET_OK) return RET_OK;
-    log_write(LOG_LEVEL_ERROR, tk_format("set %s failed!\n", key.c_str()));
+    const field& what = rate_of(channel, phase);
+    if (tk_object_set_prop_uint8(props, what.key, static_cast<uint8_t>(index)) == RET_OK) return RET_OK;
+    log_write(LOG_LEVEL_ERROR, tk_format("set %s failed!\n", what.key));
     return RET_FAIL;
 }

@@ -8,7 +8,7 @@
 // No function here locks: those that read or write a store are called under the B device object's mutex.
 #pragma once
 
-#include "toolkit/core/object.h"
+#include "session/field.h"
 
 #include <array>
 #include <cstddef>
@@ -21,15 +21,10 @@ enum class timing_phase : uint8_t { nominal = 0, data = 1 };
 inline constexpr std::array timing_phases = {timing_phase::nominal, timing_phase::data};
 constexpr std::size_t timing_at(timing_phase phase) { return static_cast<std::size_t>(phase); }
 
-/// An option of a selector: what it stores and what it shows.
-struct timing_option {
-    int32_t value;
-    const char* text;
-};
 /// Divider codes and the dividers they stand for.
-inline constexpr std::array<timing_option, 4> timing_dividers = {{{0, "2"}, {2, "4"}, {3, "5"}, {6, "8"}}};
+inline constexpr std::array<choice_option, 4> timing_dividers = {{{0, "2"}, {2, "4"}, {3, "5"}, {6, "8"}}};
 /// Rates of a phase in kbit/s; the position is the channel's rate index.
-inline constexpr std::array<timing_option, 11> timing_nominal_rates = {{{40, "40K"},
+inline constexpr std::array<choice_option, 11> timing_nominal_rates = {{{40, "40K"},
                                                                         {50, "50K"},
                                                                         {80, "80K"},
                                                                         {100, "100K"},
@@ -40,9 +35,9 @@ inline constexpr std::array<timing_option, 11> timing_nominal_rates = {{{40, "40
                                                                         {500, "500K"},
                                                                         {800, "800K"},
                                                                         {1000, "1M"}}};
-inline constexpr std::array<timing_option, 7> timing_data_rates = {
+inline constexpr std::array<choice_option, 7> timing_data_rates = {
     {{400, "400K"}, {500, "500K"}, {800, "800K"}, {1000, "1M"}, {2000, "2M"}, {4000, "4M"}, {5000, "5M"}}};
-constexpr std::span<const timing_option> timing_rates(timing_phase phase) {
+constexpr std::span<const choice_option> timing_rates(timing_phase phase) {
     if (phase == timing_phase::nominal) return timing_nominal_rates;
     return timing_data_rates;
 }
@@ -69,7 +64,7 @@ double timing_hundredths(double value);
 /// A sample point as the calculator shows it: two decimals, rounded ("80.00").
 std::string timing_percent_text(double percent);
 
-// ---- opening ---------------------------------------------------------------------------------------------
+// ---- opening ----
 
 /// A phase that the store's timing fills.
 struct timing_loaded {
@@ -90,10 +85,10 @@ struct timing_opening {
 /// while channel 2's half is 0; channel 2's divider is its own half + 2.
 timing_opening timing_open(const tk_object* props, int channel);
 
-/// "canfdN_mode_vkt610b": 0 classic CAN, 1 CAN FD, 2 both; 1 when missing.
+/// A channel's bus mode: 0 classic CAN, 1 CAN FD, 2 both; 1 when missing.
 uint8_t timing_bus_mode(const tk_object* props, int channel);
 
-// ---- check and store -------------------------------------------------------------------------------------
+// ---- check and store ----
 
 /// What stands in the calculator when "ok" is pressed.
 struct timing_form {

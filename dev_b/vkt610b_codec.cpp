@@ -17,62 +17,75 @@ void seal(std::array<uint8_t, N>& frame) {
     frame[N - 1] = static_cast<uint8_t>(crc >> 8);
 }
 
-bool is_byte(const vkt610b_field& field) { return field.width <= 8; }
-
-uint32_t get(const tk_object* props, const vkt610b_field& field) {
-    if (is_byte(field))
-        return tk_object_get_prop_uint8(props, field.key.text, static_cast<uint8_t>(field.fallback));
-    return tk_object_get_prop_uint32(props, field.key.text, field.fallback);
+uint32_t get(const tk_object* props, const field& row) {
+    if (row.form == value_form::word) return tk_object_get_prop_uint32(props, row.key, row.fallback);
+    return tk_object_get_prop_uint8(props, row.key, static_cast<uint8_t>(row.fallback));
 }
 
-ret_t set(tk_object* props, const vkt610b_field& field, uint32_t value) {
-    if (is_byte(field)) return tk_object_set_prop_uint8(props, field.key.text, static_cast<uint8_t>(value));
-    return tk_object_set_prop_uint32(props, field.key.text, value);
+void set(tk_object* props, const field& row, uint32_t value) {
+    if (row.form == value_form::word)
+        tk_object_set_prop_uint32(props, row.key, value);
+    else
+        tk_object_set_prop_uint8(props, row.key, static_cast<uint8_t>(value));
 }
 
 } // namespace
 
-vkt610b_state& vkt610b_state_get() {
-    static vkt610b_state state;
-    return state;
+vkt610b_regs vkt610b_props_to_regs(const tk_object* props) {
+    vkt610b_regs regs{};
+    for (const field& row : vkt610b_fields) {
+        const uint32_t value = get(props, row) << row.place.bit;
+        uint32_t& word = regs[row.place.at];
+        word = row.adds ? word + value : word | value;
+    }
+    return regs;
 }
 
-void vkt610b_props_to_regs(const tk_object* props, vkt610b_regs_t& regs) {
-    regs.fill(0);
-    for (const auto& field : vkt610b_fields) {
-        const uint32_t value = get(props, field) << field.bit;
-        uint32_t& word = regs[field.word];
-        word = field.adds ? word + value : word | value;
+void vkt610b_regs_to_props(const vkt610b_regs& regs, tk_object* props) {
+    for (const field& row : vkt610b_fields) {
+        const uint32_t mask = row.place.bits == 32 ? 0xFFFFFFFFu : (1u << row.place.bits) - 1;
+        set(props, row, (regs[row.place.at] >> row.place.bit) & mask);
     }
 }
 
-ret_t vkt610b_regs_to_props(const vkt610b_regs_t& regs, tk_object* props) {
-    for (const auto& field : vkt610b_fields) {
-        const uint32_t mask = field.width == 32 ? 0xFFFFFFFFu : (1u << field.width) - 1;
-        set(props, field, (regs[field.word] >> field.bit) & mask);
-    }
-    return RET_OK;
+vkt610b_regs vkt610b_regs_from_bytes(vkt610b_image_view bytes) {
+    vkt610b_regs regs{};
+    for (std::size_t i = 0; i < bytes.size(); ++i) regs[i / 4] |= static_cast<uint32_t>(bytes[i]) << (8 * (i % 4));
+    return regs;
 }
 
-void vkt610b_regs_from_bytes(std::span<const uint8_t, vkt610b_image_bytes> bytes, vkt610b_regs_t& regs) {
-    for (std::size_t r = 0; r < regs.size(); ++r) {
-        regs[r] = 0;
-        for (std::size_t i = 0; i < 4; ++i) regs[r] |= static_cast<uint32_t>(bytes[4 * r + i]) << (8 * i);
-    }
+void vkt610b_regs_to_bytes(const vkt610b_regs& regs, vkt610b_image bytes) {
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(regs[i / 4] >> (8 * (i % 4)));
 }
 
-void vkt610b_rebuild(const tk_object* props, vkt610b_state& state) {
-    state.source = props;
-    state.built = true;
-    vkt610b_props_to_regs(props, state.regs);
-    for (const auto form : {vkt610b_form::aa, vkt610b_form::ac}) {
-        const auto f = static_cast<std::size_t>(form);
-        state.listing[f].clear();
-        for (std::size_t r = 0; r < vkt610b_writable_count; ++r) {
-            state.commands[f][r] = vkt610b_write_command(form, static_cast<uint8_t>(r), state.regs[r]);
-            state.listing[f] += vkt610b_listing_line(state.commands[f][r]);
-        }
-    }
+std::array<vkt610b_command, vkt610b_writable_count> vkt610b_write_commands(vkt610b_image_view image,
+                                                                           vkt610b_form form) {
+    const vkt610b_regs regs = vkt610b_regs_from_bytes(image);
+    std::array<vkt610b_command, vkt610b_writable_count> out{};
+    for (std::size_t r = 0; r < out.size(); ++r)
+        out[r] = vkt610b_write_command(form, static_cast<uint8_t>(r), regs[r]);
+    return out;
+}
+
+std::string vkt610b_listing(vkt610b_image_view image, vkt610b_form form) {
+    std::string text;
+    for (const vkt610b_command& command : vkt610b_write_commands(image, form))
+        text += vkt610b_listing_line(command);
+    return text;
+}
+
+vkt610b_command vkt610b_command_in(vkt610b_form form, std::span<const uint8_t> command) {
+    vkt610b_command out{};
+    std::copy_n(command.begin(), std::min(command.size(), out.size()), out.begin());
+    out[0] = first_byte(form);
+    seal(out);
+    return out;
+}
+
+bool vkt610b_check_is_good(std::span<const uint8_t> frame) {
+    if (frame.size() < 2) return false;
+    const uint16_t crc = crc16_x25(frame.data(), frame.size() - 2);
+    return frame[frame.size() - 2] == (crc & 0xFF) && frame.back() == crc >> 8;
 }
 
 vkt610b_command vkt610b_write_command(vkt610b_form form, uint8_t reg, uint32_t value) {

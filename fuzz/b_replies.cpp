@@ -1,10 +1,8 @@
 // Replies of the B family. Input: exchange, flags, register, reply. What a reply has to be, and which bits of it
 // the program keeps, is written down here anew, from the wire's description.
-#include "config/dev_obj.h"
 #include "dev_b/bit_timing.h"
-#include "dev_b/vkt610b_session_ops.h"
+#include "dev_b/family.h"
 #include "fuzz/reply_stage.h"
-#include "serial/b_ops.h"
 #include "sim/wire.h"
 
 #include <algorithm>
@@ -12,8 +10,8 @@
 
 namespace {
 
-constexpr staged_exchange read_all = {family::b, session_kind::read, 0, 146};
-constexpr staged_exchange write_one = {family::b, session_kind::write, 0, 7};
+constexpr staged_exchange read_all = {&vkt610b_family, session_kind::read, 0, 146};
+constexpr staged_exchange write_one = {&vkt610b_family, session_kind::write, 0, 7};
 // Byte 0 of a reply may be anything.
 constexpr std::array<uint8_t, 3> read_head = {0x8E, 0x05, 0xFF};
 constexpr std::array<uint8_t, 4> write_head = {0x03, 0x02, 0xFF, 0x80};
@@ -46,14 +44,24 @@ bool is_good(const reply_bytes& reply, std::size_t size, std::span<const uint8_t
     return sent == check_of(reply, size) && std::equal(head.begin(), head.end(), reply.begin() + 1);
 }
 
-tk_object* props() { return dev_get(family::b)->props; }
+dev_obj& device() {
+    static const family_descriptor* const families[] = {&vkt610b_family};
+    static const auto dev = dev_open(families, "VKT610B");
+    return *dev;
+}
+tk_object* props() { return device().props.get(); }
+session_bytes write_frame(uint32_t r, bool ac) {
+    return dev_session_input(device(), session_kind::write, ac).requests.at(r);
+}
+
+vkt610b_regs registers() { return vkt610b_regs_from_bytes(vkt610b_image_of(device())); }
 
 /// All write frames of one table, taken by a module: its memory after that.
 sim::bytes memory_after_writes(bool ac) {
     sim::bytes memory(140, 0);
     std::vector<uint8_t> all;
     for (uint32_t r = 0; r < 34; r++) {
-        const b_write_frame frame = b_session_ops_get().write_frame(r, ac);
+        const session_bytes frame = write_frame(r, ac);
         sim::request_reader reader(sim::tribe::b);
         reader.feed(frame.data(), frame.size());
         sim::request asked;
@@ -63,7 +71,8 @@ sim::bytes memory_after_writes(bool ac) {
         all.push_back(static_cast<uint8_t>(r));
         all.insert(all.end(), frame.begin(), frame.end());
     }
-    must(listed_bytes(vkt610b_state_get().listing[ac]) == all, "a listing shows the registers' numbers and frames");
+    must(listed_bytes(vkt610b_code_mode(device(), {.alternative = ac})) == all,
+         "a listing shows the registers' numbers and frames");
     return memory;
 }
 
@@ -81,15 +90,13 @@ void check_calculator(int channel) {
 }
 
 void check_accepted(const reply_bytes& reply) {
-    vkt610b_regs_t regs{};
+    vkt610b_regs regs{};
     for (std::size_t r = 0; r < regs.size(); r++) {
         for (std::size_t i = 0; i < 4; i++) regs[r] |= static_cast<uint32_t>(reply[4 + 4 * r + i]) << (8 * i);
         regs[r] &= meant_bits(r);
     }
-    must(vkt610b_state_get().regs == regs, "the registers are the reply's, less the bits without a meaning");
-    vkt610b_regs_t packed{};
-    vkt610b_props_to_regs(props(), packed);
-    must(packed == regs, "the store holds every register");
+    must(registers() == regs, "the registers are the reply's, less the bits without a meaning");
+    must(vkt610b_props_to_regs(props()) == regs, "the store holds every register");
     for (const bool ac : {false, true}) {
         const sim::bytes memory = memory_after_writes(ac);
         for (std::size_t i = 0; i < 136; i++)
@@ -105,36 +112,31 @@ void check_accepted(const reply_bytes& reply) {
 
 void check_read(uint8_t flags, fuzz_input& in) {
     const reply_bytes reply = reply_of(read_all.reply, read_head, flags, in);
-    const vkt610b_regs_t before = vkt610b_state_get().regs;
-    const staged_end got = reply_stage_play(read_all, reply, 0, true);
+    const vkt610b_regs before = registers();
+    const staged_end got = reply_stage_play(read_all, reply, {}, true);
     const bool good = is_good(reply, read_all.reply, read_head);
     must(got.end == (good ? step_end::good : step_end::failed) && got.logs.size() == !good,
          "a reply is judged as the wire has it");
-    must(got.image_changes == good && got.finished == good, "a good read comes to its end, no other does");
+    must(got.images.size() == good && got.finished == good, "a good read comes to its end, no other does");
+    for (const session_bytes& image : got.images) dev_accept(device(), image);
     if (good)
         check_accepted(reply);
     else
-        must(vkt610b_state_get().regs == before, "only a good reply changes the registers");
+        must(registers() == before, "only a good reply changes the registers");
 }
 
 void check_write(uint8_t flags, uint32_t reg, fuzz_input& in) {
     const reply_bytes reply = reply_of(write_one.reply, write_head, flags, in);
-    const staged_end got = reply_stage_play(write_one, reply, reg, false);
+    const staged_end got = reply_stage_play(write_one, reply, write_frame(reg, false), false);
     const bool good = is_good(reply, write_one.reply, write_head);
     must(got.end == (good ? step_end::good : step_end::failed) && got.logs.size() == !good,
          "an acknowledgement is judged as the wire has it");
 }
 
-void init() {
-    reply_stage_init();
-    vkt610b_session_ops_register();
-    dev_set(family::b, dev_open("VKT610B"));
-}
-
 } // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-    static const bool ready = (init(), true);
+    static const bool ready = (reply_stage_init(), true);
     must(ready, "the stage is set");
     fuzz_input in(data, size);
     const bool write = in.below(2) == 1;

@@ -1,9 +1,8 @@
 // The port list's file and its names. Input: a list of names, or a file's text.
 #include "serial/port_list.h"
 
-#include "config/dev_obj.h"
 #include "fuzz/fuzz.h"
-#include "serial/port.h"
+#include "serial/port_names.h"
 #include "toolkit/core/text.h"
 
 #include <algorithm>
@@ -31,15 +30,15 @@ bool known(const std::string& name) {
 
 void check_path(const std::string& text) {
     const std::string name = tk_utf8_cut(text, longest);
-    for (const family of : {family::generic, family::a, family::b}) {
-        const auto path = port_path(of, text);
+    for (const bool typed_paths : {true, false}) {
+        const auto path = port_path(text, typed_paths);
         if (name.empty()) {
             must(!path, "no text is no port");
         } else if (name[0] == 'C') {
             const std::string c_name = name.c_str();
             must(path.has_value() == known(c_name) && (!path || *path == device + c_name), "a name is a known one");
         } else {
-            must(path && *path == (of == family::b ? "" : name), "anything else is a path itself");
+            must(path && *path == (typed_paths ? name : ""), "anything else is a path itself");
         }
     }
 }
@@ -87,8 +86,6 @@ void check_names(const std::string& text) {
 } // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-    static const bool ready = config_objects_create() == RET_OK;
-    must(ready, "the known names are there");
     fuzz_input in(data, size);
     const bool names = in.below(2) == 1;
     const std::string text = in.text();

@@ -1,6 +1,5 @@
 #include "fuzz/reply_stage.h"
 
-#include "config/dev_obj.h"
 #include "toolkit/core/date_time.h"
 #include "toolkit/core/idle.h"
 
@@ -8,7 +7,6 @@
 
 namespace {
 
-constexpr const char* model_of[] = {"VKT531A", "VKT510A", "VKT610B"};
 constexpr std::size_t log_limit = 400; ///< a whole reply of 65 bytes in hex, and the words around it
 
 /// One line or a few: nothing in it but what a log can show.
@@ -17,18 +15,22 @@ bool printable(const std::string& text) {
 }
 
 session_reports reports_into(staged_end* out) {
-    session_reports reports;
-    reports.progress = [](uint32_t percent, const std::string& text, uint8_t) {
-        must(percent <= 100 && !text.empty(), "progress is a percentage with a text");
+    return {
+        .progress =
+            [](const session_progress& p) {
+                must(p.percent <= 100 && !p.text.empty(), "progress is a percentage with a text");
+            },
+        .failed =
+            [out](const session_failure& failure) {
+                must(failure.log_line.size() <= log_limit && printable(failure.log_line),
+                     "a failure's log text is short and printable");
+                out->logs.push_back(failure.log_line);
+                out->texts.push_back(failure.text);
+            },
+        .image = [out](const session_bytes& image) { out->images.push_back(image); },
+        .connected = {},
+        .finished = [out](uint32_t) { out->finished++; },
     };
-    reports.fail = [out](family, const std::string& log, const std::string& text, uint8_t) {
-        must(log.size() <= log_limit && printable(log), "a failure's log text is short and printable");
-        out->logs.push_back(log);
-        out->texts.push_back(text);
-    };
-    reports.image_changed = [out](family) { out->image_changes++; };
-    reports.finished = [out](family) { out->finished++; };
-    return reports;
 }
 
 } // namespace
@@ -38,13 +40,12 @@ void reply_stage_init() {
         .hour = 13, .minute = 5, .second = 9, .year = 2025, .month = 9, .day = 29};
     date_time_set_test_clock(&fixed_time);
     idle_set_gui_thread();
-    config_objects_create();
     session_log_path() = "log.txt";
 }
 
-staged_end reply_stage_play(const staged_exchange& staged, std::span<const uint8_t> reply, uint32_t index,
-                            bool finish) {
-    const session_script* script = session_script_of(staged.of, staged.kind);
+staged_end reply_stage_play(const staged_exchange& staged, std::span<const uint8_t> reply,
+                            std::span<const uint8_t> request, bool finish) {
+    const session_script* script = script_find(staged.of->scripts, staged.kind);
     must(script != nullptr, "the session exists");
     std::size_t at = 0;
     for (std::size_t nth = staged.nth; at < script->steps.size(); at++) {
@@ -56,10 +57,10 @@ staged_end reply_stage_play(const staged_exchange& staged, std::span<const uint8
     must(with.reply == staged.reply, "as many bytes are read as the reply has");
 
     staged_end out;
-    session_run run(staged.of, *script,
-                    {.port_text = "COM7", .model = model_of[static_cast<std::size_t>(staged.of)]},
-                    reports_into(&out));
-    run.index = index;
+    session_state state;
+    session_run run(*staged.of, *script, 1, {.port_text = "COM7", .model = staged.of->device, .requests = {}},
+                    state, {}, reports_into(&out));
+    run.request = request;
     std::copy_n(reply.begin(), std::min(reply.size(), staged.reply), run.reply.begin());
     out.end = run.check_reply(with);
     for (; finish && out.end == step_end::good && at < script->steps.size(); at++)

@@ -214,12 +214,3 @@ uint32_t& port_watcher_period_ms() {
     static uint32_t period = 60000;
     return period;
 }
-
-void port_list_threads_destroy() {
-    list_workers& w = workers();
-    for (worker* one : {&w.one_shot, &w.watcher}) {
-        one->request_stop();
-        one->join();
-    }
-    w.loading = false;
-}

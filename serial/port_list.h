@@ -1,4 +1,5 @@
-// The COM-port list: scan into "com_list.txt", load from it, the one-shot load and the watcher.
+// The COM-port list: scan into "com_list.txt", load from it, the one-shot load and the watcher. Their workers end
+// when all workers are asked to.
 #pragma once
 
 #include "toolkit/core/result.h"
@@ -30,10 +31,6 @@ void port_list_load_start();
 void port_watcher_start();
 /// Milliseconds, 60000 at first; tests choose another before they start the watcher.
 uint32_t& port_watcher_period_ms();
-/// The watcher goes on: nothing needs to be let go of.
-inline void port_watcher_release() {}
-/// Exit: asks both workers to stop and waits until they have ended. GUI thread.
-void port_list_threads_destroy();
 
 // ---- the list's text ----
 

@@ -109,8 +109,7 @@ bool write_report() {
     return (std::fclose(file) == 0) && stored && std::rename(fresh.c_str(), report_path.c_str()) == 0;
 }
 
-// ---- commands
-// ---------------------------------------------------------------------------------------------------------
+// ---- commands ----
 
 void set_fault(simulated* one, const std::string& text) {
     sim::fault_plan plan;
@@ -187,8 +186,7 @@ bool run_command(const std::string& line) {
     return true;
 }
 
-// ---- start
-// --------------------------------------------------------------------------------------------------------------
+// ---- start ----
 
 struct options {
     std::vector<std::pair<std::string, std::string>> faults, memories; ///< port, text

@@ -7,24 +7,28 @@ import xml.etree.ElementTree as ElementTree
 
 LAYOUTS = "res/default/ui"
 # Where tables and look-ups of widgets stand.
-ROOMS = re.compile(r"^(app|shell|fields|config/pages|(dev_\w+|monitor|assistant)(/pages)?)/[^/]+\.(cpp|h)$")
+ROOMS = re.compile(r"^(app|shell|fields|(dev_\w+|monitor|assistant)(/pages)?)/[^/]+\.(cpp|h)$")
 
 # Types whose rows name widgets: which members do, counted from 0, and by name where rows name their members. A member that
 # is a row of another type stands with that type's name.
 ROWS = {
-    "page_row": {0: "name", "name": "name", "refreshes": "name"},
+    "page_row": {0: "name", "name": "name"},
+    "lost_line": {0: "name", 1: "name"},
     "page_tab": {0: "name", 1: "name", "button": "name", "page": "name"},
-    "page_table": {0: "name", 4: "name", 5: "name", "name": "name", "scroll_view": "name", "scroll_bar": "name"},
+    "page_table": {0: "name", 3: "name", 4: "name", "name": "name", "scroll_view": "name", "scroll_bar": "name"},
     "family_pages": {"container": "name", "code_mode": "name", "page_set": "name"},
     "inner_pages": {0: "name", 1: "page_tab", "page_set": "name", "tabs": "page_tab"},
     "binding": {0: "name", "name": "name"},
-    "hidden_row": {0: "name", "name": "name"},
     "rule": {0: "name", "name": "name"},
 }
 # Functions that get a widget's name: which argument, from the end.
 CALLS = {"widget_lookup": -1, "widget_need": -1, "widget_child": -1, "navigator_find": -1, "show": -2}
 # Asked for, and left out by the layouts so far; the code copes.
 OPTIONAL = {"button_serial_assistant"}
+
+# A name that is made for both channels, its number in the place of the '#': vkt610b_named<"edit_canfd#", N>
+OF_CHANNEL = re.compile(r'\w+<("(?:\\.|[^"\\\n])*"), \w+>')
+CHANNELS = "12"
 
 STRING = re.compile(r'"((?:\\.|[^"\\\n])*)"$')
 COMMENT = re.compile(r'("(?:\\.|[^"\\\n])*")|//[^\n]*|/\*(?:.|\n)*?\*/')
@@ -107,7 +111,7 @@ def names_in_value(text, offset, value, kind):
     if kind == "name":
         found = STRING.match(value)
         if found:
-            yield offset, found.group(1)
+            yield from ((offset, name) for name in sorted({found.group(1).replace("#", n) for n in CHANNELS}))
     elif kind is not None and value.startswith("{"):
         yield from names_in_group(text, offset, ROWS[kind])
 
@@ -127,6 +131,7 @@ def names_in_group(text, offset, row):
 def names_in(text):
     """Every widget name that a source text gives as it is: (offset, name)."""
     text = COMMENT.sub(lambda m: m.group(1) or re.sub(r"[^\n]", " ", m.group()), text)
+    text = OF_CHANNEL.sub(lambda m: m.group(1).ljust(len(m.group())), text)
     for found in DECLARATION.finditer(text):
         yield from names_in_group(text, found.end(), ROWS[found.group(1)])
     for found in CALL.finditer(text):

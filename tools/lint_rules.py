@@ -8,16 +8,17 @@ from collections import namedtuple
 
 CORE = ["platform", "toolkit/core"]
 VIEW = ["toolkit/ravel", "toolkit/table_view"]
-MODEL = CORE + ["config"]
-SERIAL = MODEL + ["serial"]
-DEVICES = SERIAL + ["dev_a", "dev_b"]
-PAGES = VIEW + ["config/pages"]
-DEVICE_PAGES = PAGES + ["dev_a/pages", "dev_b/pages"]
-ALL = DEVICES + DEVICE_PAGES + ["monitor", "assistant", "app"]
+SESSION = CORE + ["serial", "session"]
+SHELL = CORE + VIEW + ["shell"]
+FIELDS = SESSION + SHELL + ["fields"]
+FAMILIES = ["dev_generic", "dev_a", "dev_b"]
+ENGINES = SESSION + ["f7"] + FAMILIES + ["monitor", "assistant"]
+PAGES = [f"{folder}/pages" for folder in FAMILIES]
+ALL = ENGINES + FIELDS + PAGES + ["monitor/pages", "assistant/pages", "app"]
 
 # Folder: the folders whose headers its files may include, besides its own. Arrows go down only; the longest folder
-# that holds a file counts. What is not below toolkit/ravel builds without a window system; what stands in qt/ is behind
-# the wall.
+# that holds a file counts. What does not include toolkit/ravel builds without a window system; what stands in qt/ is
+# behind the wall.
 LAYERS = {
     "platform": [],
     "toolkit/core": ["platform"],
@@ -25,27 +26,36 @@ LAYERS = {
     "toolkit/ravel/qt": CORE + ["toolkit/ravel"],
     "toolkit/table_view": CORE + ["toolkit/ravel"],
     "toolkit/table_view/qt": CORE + ["toolkit/ravel", "toolkit/ravel/qt", "toolkit/table_view"],
-    "config": CORE,
-    "config/pages": MODEL + VIEW,
-    "serial": MODEL,
-    "dev_a": SERIAL,
-    "dev_a/pages": SERIAL + ["dev_a"] + PAGES,
-    "dev_b": SERIAL,
-    "dev_b/pages": SERIAL + ["dev_b"] + PAGES,
-    "monitor": DEVICES + DEVICE_PAGES,
-    "assistant": DEVICES + DEVICE_PAGES,
-    "app": ALL,
+    "serial": CORE,
+    "session": CORE + ["serial"],
+    "f7": SESSION,
+    "dev_generic": SESSION + ["f7"],
+    "dev_a": SESSION + ["f7"],
+    "dev_b": SESSION,
+    "monitor": SESSION,
+    "assistant": SESSION,
+    "shell": CORE + VIEW,
+    "fields": SESSION + SHELL,
+    "dev_generic/pages": FIELDS + ["f7", "dev_generic"],
+    "dev_a/pages": FIELDS + ["f7", "dev_a"],
+    "dev_b/pages": FIELDS + ["dev_b"],
+    "monitor/pages": FIELDS + ["monitor"],
+    "assistant/pages": FIELDS + ["assistant"],
+    "app": [room for room in ALL if room not in FAMILIES + PAGES + ["f7"]],
     "sim": ["platform"],
     "tools": ALL,
     "bench": ALL + ["sim", "tools"],
     "fuzz": ALL + ["sim", "tools"],
     "tests": ALL + ["sim", "tools", "fuzz"],
-    "tests/toolkit": VIEW + CORE + ["toolkit/ravel/qt", "toolkit/table_view/qt", "tests"],
+    "tests/toolkit/ravel": VIEW + CORE + ["toolkit/ravel/qt", "toolkit/table_view/qt", "tests"],
     "tests/walls": VIEW + ["toolkit/ravel/qt"],
 }
 
+# One file names the families.
+EXTRA_LAYERS = {"app/families.cpp": PAGES}
+
 # The last are texts that must not compile.
-GUI_LIBRARY_ROOMS = ("toolkit/ravel/qt/", "toolkit/table_view/qt/", "tests/toolkit/", "tests/walls/")
+GUI_LIBRARY_ROOMS = ("toolkit/ravel/qt/", "toolkit/table_view/qt/", "tests/toolkit/ravel/", "tests/walls/")
 SYSTEM_ROOMS = ("platform/", "sim/", "tests/")
 # System headers: pattern, and where they may be included. pthread.h is there on both systems.
 SYSTEM_HEADERS = [
@@ -64,7 +74,7 @@ ANY = r""
 TESTS = r"^tests/.*\.(cpp|h|drive|sh|py)$"
 
 # The file that tests the toolkit's own sleeping.
-SLEEP_EXEMPT = {"tests/core/sleep_test.cpp"}
+SLEEP_EXEMPT = {"tests/toolkit/core/sleep_test.cpp"}
 
 
 def rule(name, pattern, files, message):

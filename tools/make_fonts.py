@@ -2,7 +2,7 @@
 """Makes the two small fonts that the program brings along: every character of its own texts, and no other.
 
 The whole CJK font costs about 7 MB of memory and a third of the start; what the small ones lack still comes from it.
-Run it again when a text gains a new character (tests/toolkit/fonts_test.cpp tells). Needs python3-fonttools and
+Run it again when a text gains a new character (tests/toolkit/ravel/fonts_test.cpp tells). Needs python3-fonttools and
 fonts-noto-cjk.
 """
 import pathlib
@@ -16,7 +16,8 @@ FONTS = {  # family -> the name of the one it is cut from
     "VKT Sans": "Noto Sans CJK SC",
     "VKT Mono": "Noto Sans Mono CJK SC",
 }
-ROOMS = ["app", "assistant", "config", "dev_a", "dev_b", "monitor", "platform", "serial", "toolkit", "res/default"]
+ROOMS = ["app", "assistant", "dev_a", "dev_b", "dev_generic", "f7", "fields", "monitor", "platform", "serial", "session",
+         "shell", "toolkit", "res/default"]
 KINDS = {".cpp", ".h", ".ui", ".ts", ".qss"}
 FAMILY_IDS, COPYRIGHT_ID, LICENCE_IDS = (1, 4, 6, 16), 0, (13, 14)
 

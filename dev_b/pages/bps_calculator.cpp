@@ -2,7 +2,6 @@
 
 #include "dev_b/pages/bps_error.h"
 #include "dev_b/pages/bps_form.h"
-#include "dev_b/pages/vkt610b_code_view.h"
 #include "toolkit/core/idle.h"
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/window_manager.h"
@@ -22,6 +21,7 @@ struct candidates {
 };
 
 struct calculator {
+    dev_obj& dev;
     widget* dialog;
     int channel;
     std::array<bps_phase, 2> phases;
@@ -33,7 +33,7 @@ struct calculator {
 };
 using calculator_ptr = std::shared_ptr<calculator>;
 
-// ---- what shows
+// ---- what shows ----
 
 /// Rate and sample point of what stands in the edits, marked when they are what was chosen and typed.
 void show_result(const calculator& c, timing_phase phase) {
@@ -60,7 +60,7 @@ void show_clock(const calculator& c) {
     const int32_t code = widget_get_value_int(c.of(timing_phase::nominal).divider);
     const std::string text = code < 0 ? "时间份额时钟 —" : tk_format("时间份额时钟 %d MHz", clock_mhz / (code + 2));
     const std::string name = tk_format("canfd%d_label1_clock_c_vkt610b", c.channel);
-    widget_set_text_utf8(widget_lookup(c.dialog, name.c_str()), text.c_str());
+    widget_set_text_utf8(widget_need(c.dialog, name.c_str()), text.c_str());
 }
 
 std::string count_text(std::size_t count, bool more) {
@@ -97,7 +97,7 @@ void rebuild(const calculator_ptr& c, timing_phase phase) {
     show_result(*c, phase);
 }
 
-// ---- the candidate list
+// ---- the candidate list ----
 
 ret_t show_item(const calculator& c, timing_phase phase, uint32_t index, widget* row) {
     const timing_list& list = c.found_of(phase).list;
@@ -136,7 +136,7 @@ void attach_list(const calculator_ptr& c, timing_phase phase) {
     });
 }
 
-// ---- what the user does
+// ---- what the user does ----
 
 ret_t change_divider(const calculator_ptr& c, timing_phase phase) {
     if (phase == timing_phase::nominal) {
@@ -151,8 +151,8 @@ ret_t change_divider(const calculator_ptr& c, timing_phase phase) {
 
 ret_t change_rate(const calculator_ptr& c, timing_phase phase) {
     const int32_t rate = widget_get_value_int(c->of(phase).rate);
-    const ret_t result =
-        vkt610b_change_store([&](tk_object* props) { return timing_store_rate(props, c->channel, phase, rate); });
+    const ret_t result = bps_change_store(
+        c->dev, [&](tk_object* props) { return timing_store_rate(props, c->channel, phase, rate); });
     rebuild(c, phase);
     return result;
 }
@@ -169,19 +169,14 @@ void attach_edit(const calculator_ptr& c, timing_phase phase, widget* edit) {
     });
 }
 
-uint8_t bus_mode(int channel) {
-    const tk_lock hold(vkt610b_mutex());
-    return timing_bus_mode(vkt610b_props(), channel);
-}
-
 ret_t press_ok(const calculator& c) {
     const timing_form form = bps_form_read(c.dialog, c.channel);
-    const uint8_t mode = bus_mode(c.channel);
+    const uint8_t mode = timing_bus_mode(c.dev.props.get(), c.channel);
     if (timing_valid(form, mode)) {
-        vkt610b_change_store([&](tk_object* props) { return timing_store(props, c.channel, form, mode); });
+        bps_change_store(c.dev, [&](tk_object* props) { return timing_store(props, c.channel, form, mode); });
         return dialog_quit(c.dialog, 0);
     }
-    return bps_error_ask() == bps_error_stored ? dialog_quit(c.dialog, bps_error_stored) : RET_OK;
+    return bps_error_ask(c.dev) == bps_error_stored ? dialog_quit(c.dialog, bps_error_stored) : RET_OK;
 }
 
 void attach_phase(const calculator_ptr& c, timing_phase phase) {
@@ -197,13 +192,13 @@ void attach_phase(const calculator_ptr& c, timing_phase phase) {
 void attach(const calculator_ptr& c) {
     for (const auto phase : timing_phases) attach_phase(c, phase);
     const auto button = [&](const char* name) {
-        return widget_lookup(c->dialog, tk_format("canfd%d_%s", c->channel, name).c_str());
+        return widget_need(c->dialog, tk_format("canfd%d_%s", c->channel, name).c_str());
     };
     widget_on(button("ok"), event_type::click, [c](const event&) { return press_ok(*c); });
     widget_on(button("back"), event_type::click, [c](const event&) { return dialog_quit(c->dialog, 0); });
 }
 
-// ---- opening
+// ---- opening ----
 
 void load_phase(const bps_phase& at, const timing_loaded& loaded) {
     widget_set_value_int(at.divider, loaded.divider_code);
@@ -220,10 +215,7 @@ void enable_data(const bps_phase& data, bool on) {
 }
 
 void load(const calculator& c) {
-    const timing_opening opening = [&] {
-        const tk_lock hold(vkt610b_mutex());
-        return timing_open(vkt610b_props(), c.channel);
-    }();
+    const timing_opening opening = timing_open(c.dev.props.get(), c.channel);
     for (const auto phase : timing_phases) {
         const auto i = timing_at(phase);
         widget_set_value_int(c.phases[i].divider, opening.divider_word);
@@ -235,15 +227,14 @@ void load(const calculator& c) {
 
 } // namespace
 
-uint32_t bps_calculator_open(int channel) {
-    if (vkt610b_mutex() == nullptr) return 0;
+uint32_t bps_calculator_open(dev_obj& dev, int channel) {
     widget* dialog = window_open(bps_window_name(channel));
     if (dialog == nullptr) return 0;
-    const auto c = std::make_shared<calculator>(calculator{dialog, channel, {}, {}});
+    const auto c = std::make_shared<calculator>(calculator{dev, dialog, channel, {}, {}});
     for (const auto phase : timing_phases) c->phases[timing_at(phase)] = bps_phase_find(dialog, channel, phase);
     attach(c);
     load(*c);
-    widget_set_text_utf8(widget_lookup(dialog, "bps_title"), tk_format("CANFD%d 位定时", channel).c_str());
+    widget_set_text_utf8(widget_need(dialog, "bps_title"), tk_format("CANFD%d 位定时", channel).c_str());
     show_clock(*c);
     for (const auto phase : timing_phases) rebuild(c, phase);
     const uint32_t code = dialog_modal(dialog);

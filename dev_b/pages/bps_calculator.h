@@ -2,9 +2,9 @@
 // or typed, checked and stored. GUI thread only.
 #pragma once
 
-#include <cstdint>
+#include "session/dev_obj.h"
 
 /// Opens the calculator of channel 1 or 2, filled from the store, and runs it until it closes. 0 when it stored a
 /// valid timing or was left without storing (or could not be opened, which the log tells), 1 when a timing was
-/// forced. A rate that was chosen in it stays chosen either way. No lock may be held.
-uint32_t bps_calculator_open(int channel);
+/// forced. A rate that was chosen in it stays chosen either way.
+uint32_t bps_calculator_open(dev_obj& dev, int channel);

@@ -1,14 +1,13 @@
 #include "dev_b/pages/bps_error.h"
 
 #include "dev_b/pages/bps_form.h"
-#include "dev_b/pages/vkt610b_code_view.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/window_manager.h"
 
 namespace {
 
-void store_forced() {
+void store_forced(dev_obj& dev) {
     const char* name = bps_window_name(1);
     widget* calculator = widget_child(window_manager(), name);
     if (calculator == nullptr) {
@@ -16,18 +15,18 @@ void store_forced() {
         return;
     }
     const timing_form form = bps_form_read(calculator, 1);
-    vkt610b_change_store([&form](tk_object* props) { return timing_store_forced(props, form); });
+    bps_change_store(dev, [&form](tk_object* props) { return timing_store_forced(props, form); });
 }
 
 } // namespace
 
-uint32_t bps_error_ask() {
+uint32_t bps_error_ask(dev_obj& dev) {
     widget* dialog = window_open("bps_do_error");
     if (dialog == nullptr) return bps_error_back;
-    widget_on(widget_lookup(dialog, "canfd1_no"), event_type::click,
+    widget_on(widget_need(dialog, "canfd1_no"), event_type::click,
               [dialog](const event&) { return dialog_quit(dialog, bps_error_back); });
-    widget_on(widget_lookup(dialog, "canfd1_ok"), event_type::click, [dialog](const event&) {
-        store_forced();
+    widget_on(widget_need(dialog, "canfd1_ok"), event_type::click, [dialog, &dev](const event&) {
+        store_forced(dev);
         return dialog_quit(dialog, bps_error_stored);
     });
     return dialog_modal(dialog);

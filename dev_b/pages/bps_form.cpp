@@ -9,16 +9,16 @@ const char* bps_window_name(int channel) {
 bps_phase bps_phase_find(widget* dialog, int channel, timing_phase phase) {
     const char letter = phase == timing_phase::nominal ? 'z' : 'c';
     const auto by_channel = [&](const char* name) {
-        return widget_lookup(dialog, tk_format("canfd%d_%s_%c", channel, name, letter).c_str());
+        return widget_need(dialog, tk_format("canfd%d_%s_%c", channel, name, letter).c_str());
     };
     bps_phase out;
     out.divider = by_channel("div");
-    out.rate = widget_lookup(dialog, tk_format("combo_box_ex_bps_%c_vkt610b_canfd%d", letter, channel).c_str());
-    out.sample_point = widget_lookup(dialog, tk_format("canfd%d_edit_smp_%c_vkt610b", channel, letter).c_str());
+    out.rate = widget_need(dialog, tk_format("combo_box_ex_bps_%c_vkt610b_canfd%d", letter, channel).c_str());
+    out.sample_point = widget_need(dialog, tk_format("canfd%d_edit_smp_%c_vkt610b", channel, letter).c_str());
     out.brp = by_channel("brp");
     out.tseg1 = by_channel("tseg1");
     out.tseg2 = by_channel("tseg2");
-    out.list = widget_lookup(dialog, tk_format("list_view_%c", letter).c_str());
+    out.list = widget_need(dialog, tk_format("list_view_%c", letter).c_str());
     out.result = by_channel("result");
     out.count = by_channel("count");
     return out;
@@ -41,4 +41,11 @@ timing_form bps_form_read(widget* dialog, int channel) {
         out.sample_point[i] = timing_number(edits.sample_point);
     }
     return out;
+}
+
+ret_t bps_change_store(dev_obj& dev, const std::function<ret_t(tk_object* props)>& work) {
+    const ret_t result = work(dev.props.get());
+    static_cast<void>(dev_encode(dev));
+    dev_show(dev);
+    return result;
 }

@@ -3,6 +3,7 @@
 
 #include "dev_b/bit_timing.h"
 #include "dev_b/timing_list.h"
+#include "session/dev_obj.h"
 #include "toolkit/ravel/widget.h"
 
 #include <array>
@@ -29,3 +30,6 @@ bps_phase bps_phase_find(widget* dialog, int channel, timing_phase phase);
 timing_edits bps_edits_read(const bps_phase& phase);
 /// What "ok" looks at; the divider is the nominal phase's.
 timing_form bps_form_read(widget* dialog, int channel);
+
+/// Runs `work` on the store, encodes it and shows the code. Answers what `work` answers.
+ret_t bps_change_store(dev_obj& dev, const std::function<ret_t(tk_object* props)>& work);

@@ -2,16 +2,15 @@
 // calculator.
 #pragma once
 
-#include "config/pages/row_kinds.h"
+#include "fields/row_kinds.h"
 
-/// Selector of the serial side and the CAN side together (vkt610b_routes). The row's key is the protocol's; the
-/// channel's is stored and shown with it.
+/// Selector of the serial side and the CAN side together (vkt610b_routes). The row's field is the protocol; the
+/// channel is stored and shown with it.
 extern const kind_ops vkt610b_route_ops;
 /// Edits of an acceptance mask or code: eight hex digits, held to what the frame kind has bits for. Stored when the
 /// edit is left or at Enter. What is held for display only stays in the store as it is.
-extern const kind_ops vkt610b_standard_filter_ops, vkt610b_extended_filter_ops;
+extern const kind_ops vkt610b_filter_ops;
 /// Label of the version register.
 extern const kind_ops vkt610b_version_ops;
-/// Button that opens the bit timing calculator of the channel that its name carries ("canfd1", "canfd2"). The page
-/// is filled again afterwards.
-extern const kind_ops vkt610b_calculator_ops;
+/// Button that opens the bit timing calculator of channel 1 or 2. The page is filled again afterwards.
+extern const kind_ops vkt610b_calculator_ops[2];

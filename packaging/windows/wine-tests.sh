@@ -17,7 +17,7 @@ windows_build=${VKT_WINDOWS_BUILD:-$root/build/windows}
 host_build=${VKT_HOST_BUILD:-$root/build/dev}
 wine_dir=${VKT_WINE_DIR:-$root/build/wine}
 pty_host=$host_build/stage/bin/pty_host
-ports=(COM7 COM8 COM9 COM12)
+ports=(COM7 COM8 COM9 COM12 COM{21..36})
 
 die() {
     echo "wine-tests: $*" >&2

@@ -1,9 +1,10 @@
 #include "app/application.h"
 
 #include "app/assets.h"
-#include "app/err_display.h"
 #include "platform/system.h"
-#include "tests/app/app_fixture.h"
+#include "shell/err_display.h"
+#include "tests/support/app_fixture.h"
+#include "toolkit/ravel/ravel.h"
 
 namespace {
 

@@ -1,6 +1,7 @@
 #include "app/data_monitor.h"
 
-#include "tests/app/app_fixture.h"
+#include "dev_b/pages/vkt610b_pages.h"
+#include "tests/support/app_fixture.h"
 
 namespace {
 
@@ -15,7 +16,7 @@ class data_monitor : public app_test {
 
     static std::string top() { return widget_name(window_manager_get_top_window(window_manager())); }
     static void set(const char* key, uint8_t value) {
-        tk_object_set_prop_uint8(dev_get(family::b)->props, key, value);
+        tk_object_set_prop_uint8(device(vkt610b_pages).props.get(), key, value);
     }
 };
 
@@ -29,13 +30,13 @@ TEST_F(data_monitor, the_button_shows_for_this_family_only) {
 
 TEST_F(data_monitor, one_object_serves_all_three_models) {
     pick("combo_box_ex_dev", "VKT630B");
-    dev_obj* made = dev_get(family::b);
+    dev_obj* made = device_of(vkt610b_pages);
     ASSERT_NE(made, nullptr);
-    EXPECT_STREQ(made->model, "VKT610B");
+    EXPECT_STREQ(made->of.device, "VKT610B");
     EXPECT_EQ(current_model(), "VKT630B");
     EXPECT_TRUE(visible("code_mode_vkt610b"));
     pick("combo_box_ex_dev", "VKT631B");
-    EXPECT_EQ(dev_get(family::b), made);
+    EXPECT_EQ(device_of(vkt610b_pages), made);
 }
 
 TEST_F(data_monitor, it_needs_a_connection) {
@@ -60,8 +61,8 @@ TEST_F(data_monitor, disconnect_tells_the_module_to_leave_configuration_mode) {
     EXPECT_EQ(module->mode(), "transfer");
     press_ok();
     EXPECT_EQ(buttons(), "cfmp");
-    EXPECT_FALSE(session_of(family::b).port_open);
-    EXPECT_FALSE(session_of(family::b).connected);
+    EXPECT_FALSE(device(vkt610b_pages).session.port_open());
+    EXPECT_FALSE(device(vkt610b_pages).session.connected());
 }
 
 struct rate_case {

@@ -1,10 +1,12 @@
 #include "app/home_page.h"
 
 #include "app/start_objects.h"
-#include "config/pages/family_pages.h"
+#include "dev_a/pages/vkt510a_pages.h"
+#include "dev_generic/pages/generic_pages.h"
 #include "serial/port_list.h"
-#include "tests/app/app_fixture.h"
+#include "tests/support/app_fixture.h"
 #include "tests/support/user.h"
+#include "toolkit/core/worker.h"
 
 namespace {
 
@@ -96,18 +98,14 @@ TEST_F(home_page, the_log_folder_is_made_and_the_error_log_has_its_name) {
     EXPECT_FALSE(std::filesystem::exists("authority"));
 }
 
-TEST_F(home_page, opened_again_it_makes_no_second_store_and_no_second_watcher) {
-    tk_object* store = config_store();
-    tk_object* names = com_name_map();
-    dev_obj* before = dev_get(family::generic);
-    const uint32_t threads = tk_thread_alive_count();
+TEST_F(home_page, opened_again_it_makes_no_second_device_and_no_second_watcher) {
+    dev_obj* before = device_of(generic_pages);
+    const uint32_t threads = workers_running();
     const unsigned opened = start_objects_opened();
     ASSERT_EQ(navigator_to("home_page"), RET_OK);
     EXPECT_EQ(start_objects_opened(), opened + 1);
-    EXPECT_EQ(config_store(), store);
-    EXPECT_EQ(com_name_map(), names);
-    EXPECT_EQ(tk_thread_alive_count(), threads);
-    EXPECT_NE(dev_get(family::generic), before);
+    EXPECT_EQ(workers_running(), threads);
+    EXPECT_EQ(device_of(generic_pages), before);
 }
 
 TEST_F(home_page, opened_again_its_tabs_work) {
@@ -129,7 +127,7 @@ class home_page_tab : public app_test, public testing::WithParamInterface<tab_ca
 
 TEST_P(home_page_tab, shows_its_page_alone) {
     pick("combo_box_ex_dev", GetParam().model);
-    const family_pages* pages = family_pages_of(model_find(GetParam().model)->of);
+    const family_pages* pages = pages_of_model(GetParam().model);
     click(home(), pages->tabs[GetParam().button == std::string(pages->tabs[1].button) ? 0 : 1].button);
     click(home(), GetParam().button);
     for (const auto& tab : pages->tabs) {
@@ -154,11 +152,11 @@ INSTANTIATE_TEST_SUITE_P(tabs, home_page_tab,
                          [](const auto& test) { return std::string(test.param.button); });
 
 TEST_F(home_page, choosing_the_a_model_makes_its_object_once_and_shows_only_its_widgets) {
-    EXPECT_EQ(dev_get(family::a), nullptr);
+    EXPECT_EQ(device_of(vkt510a_pages), nullptr);
     pick("combo_box_ex_dev", "VKT510A");
-    dev_obj* made = dev_get(family::a);
+    dev_obj* made = device_of(vkt510a_pages);
     ASSERT_NE(made, nullptr);
-    EXPECT_STREQ(made->model, "VKT510A");
+    EXPECT_STREQ(made->of.device, "VKT510A");
     EXPECT_EQ(current_model(), "VKT510A");
     EXPECT_THAT(said(), HasSubstr("开始初始化\n设备名称: VKT510A\n"));
     for (const char* name : {"vkt510a_view_1", "code_mode_vkt510a"})
@@ -172,7 +170,7 @@ TEST_F(home_page, choosing_the_a_model_makes_its_object_once_and_shows_only_its_
     EXPECT_FALSE(visible("vkt510a_view_1") || visible("code_mode_vkt510a"));
     said_clear();
     pick("combo_box_ex_dev", "VKT510A");
-    EXPECT_EQ(dev_get(family::a), made);
+    EXPECT_EQ(device_of(vkt510a_pages), made);
     EXPECT_EQ(said(), "开始初始化\n");
 }
 

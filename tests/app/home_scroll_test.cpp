@@ -1,6 +1,6 @@
 #include "app/home_scroll.h"
 
-#include "tests/app/app_fixture.h"
+#include "tests/support/app_fixture.h"
 #include "tests/support/user.h"
 
 namespace {

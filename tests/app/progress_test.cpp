@@ -1,9 +1,13 @@
 #include "app/progress.h"
 
-#include "app/err_display.h"
-#include "app/session_news.h"
+#include "app/paths.h"
+#include "app/session_results.h"
 #include "app/ui_state.h"
-#include "tests/app/app_fixture.h"
+#include "dev_generic/pages/generic_pages.h"
+#include "shell/err_display.h"
+#include "tests/support/app_fixture.h"
+#include "tests/support/user.h"
+#include "toolkit/core/worker.h"
 
 namespace {
 
@@ -13,8 +17,11 @@ class progress_window : public app_test {
   protected:
     void open() { ASSERT_EQ(navigator_to("progress"), RET_OK); }
     static void report(uint32_t percent, const char* step, uint8_t code) {
-        progress_post(nullptr, percent, step, code);
+        progress_post(percent, step, code);
         settle();
+    }
+    static ret_t fail(session_kind kind, const char* log_line, const char* shown_text) {
+        return session_fail_post(generic_pages, {.run = 0, .kind = kind, .log_line = log_line, .text = shown_text});
     }
     static bool shown(const char* name) { return widget_get_visible(widget_lookup(progress(), name)); }
     static int bar() { return widget_get_value_int(widget_lookup(progress(), "progress_bar")); }
@@ -73,14 +80,14 @@ TEST_F(progress_window, a_report_below_100_after_100_hides_ok_again) {
 
 TEST_F(progress_window, a_report_of_100_fills_the_visible_page) {
     click(home(), "table_button_uart");
-    tk_object_set_prop_uint8(config_store(), "uart_baud_rate", 9);
+    tk_object_set_prop_uint8(device(generic_pages).props.get(), "uart_baud_rate", 9);
     open();
     report(100, "读配置完成", 3);
     EXPECT_EQ(text(at("page_uart"), "combo_box_ex_bps"), "1200");
 }
 
 TEST_F(progress_window, a_report_without_a_window_is_dropped_even_if_one_opens) {
-    progress_post(nullptr, 70, "早", 3);
+    progress_post(70, "早", 3);
     open();
     settle();
     EXPECT_NE(text(progress(), "label3"), "早");
@@ -89,39 +96,33 @@ TEST_F(progress_window, a_report_without_a_window_is_dropped_even_if_one_opens) 
 
 TEST_F(progress_window, a_report_finds_the_window_by_name) {
     open();
-    progress_post(nullptr, 70, "一", 3);
+    progress_post(70, "一", 3);
     open(); // single instance: another window now
     settle();
     EXPECT_EQ(text(progress(), "label3"), "一");
 }
 
-TEST_F(progress_window, malformed_reports_are_dropped) {
+TEST_F(progress_window, without_a_window_nothing_is_shown) {
+    EXPECT_EQ(progress_update({.window_open = true, .percent = 40, .text = "一", .operation = 3}), RET_INIT_FAILED);
     open();
-    for (const char* missing : {"win", "propgress_value", "text_name"}) {
-        const tk_object_ptr made = progress_report(40, "一", 3);
-        tk_object_remove_prop(made.get(), missing);
-        EXPECT_EQ(progress_update(made.get()), RET_INIT_FAILED) << missing;
-    }
-    const tk_object_ptr invalid = progress_report(0xFFFFFFFF, "一", 3);
-    EXPECT_EQ(progress_update(invalid.get()), RET_INIT_FAILED);
+    EXPECT_EQ(progress_update({.window_open = false, .percent = 40, .text = "一", .operation = 3}),
+              RET_INIT_FAILED);
     EXPECT_NE(text(progress(), "label3"), "一");
-    const tk_object_ptr no_code = progress_report(40, "二", 3);
-    tk_object_remove_prop(no_code.get(), "flage");
-    EXPECT_EQ(progress_update(no_code.get()), RET_OK);
+    EXPECT_EQ(progress_update({.window_open = true, .percent = 40, .text = "二", .operation = 3}), RET_OK);
     EXPECT_EQ(text(progress(), "label3"), "二");
 }
 
 TEST_F(progress_window, reports_come_from_any_thread_in_order) {
     open();
-    tk_thread* worker = tk_thread_create([] {
-        for (uint32_t percent = 1; percent <= 90; ++percent)
-            progress_post(nullptr, percent, tk_format("%u", percent), 3);
-        return 0u;
-    });
-    ASSERT_EQ(tk_thread_start(worker), RET_OK);
+    worker session;
+    ASSERT_EQ(session.start({},
+                            [] {
+                                for (uint32_t percent = 1; percent <= 90; ++percent)
+                                    progress_post(percent, tk_format("%u", percent), 3);
+                                return 0u;
+                            }),
+              RET_OK);
     EXPECT_TRUE(wait([] { return bar() == 90; }));
-    tk_thread_join(worker);
-    tk_thread_destroy(worker);
     EXPECT_EQ(text(progress(), "label3"), "90");
 }
 
@@ -140,13 +141,106 @@ TEST_F(progress_window, init_without_a_window_is_refused) {
     EXPECT_THAT(said(), HasSubstr("condition(win != NULL) failed!\n"));
 }
 
+// ---- what "ok" leads to
+
+class progress_end : public progress_window {
+  protected:
+    /// Wishes for something after the run under way.
+    void wish() {
+        progress_then({.refusal = {}, .then = [this] {
+                           ++led;
+                           led_from_home =
+                               progress() == nullptr && window_manager_get_top_window(window_manager()) == home();
+                           return RET_OK;
+                       }});
+    }
+    void finish_and_press_ok() {
+        report(100, "读配置完成", operation::read);
+        press_ok();
+        settle();
+        EXPECT_EQ(progress(), nullptr);
+    }
+    int led = 0;
+    bool led_from_home = false;
+};
+
+TEST_F(progress_end, ok_leads_on_once_the_home_page_is_back) {
+    progress_open_for_run();
+    wish();
+    finish_and_press_ok();
+    EXPECT_EQ(led, 1);
+    EXPECT_TRUE(led_from_home);
+    progress_open_for_run();
+    finish_and_press_ok();
+    EXPECT_EQ(led, 1);
+}
+
+TEST_F(progress_end, a_refusal_is_shown_over_the_window_and_leads_nowhere) {
+    progress_open_for_run();
+    progress_then({.refusal = [] { return "请更换波特率后重试"; },
+                   .then =
+                       [this] {
+                           ++led;
+                           return RET_OK;
+                       }});
+    report(100, "读配置完成", operation::read);
+    answer_message();
+    press_ok();
+    settle();
+    EXPECT_EQ(message_seen, "请更换波特率后重试");
+    EXPECT_EQ(window_manager_get_top_window(window_manager()), progress());
+    finish_and_press_ok();
+    EXPECT_EQ(led, 0);
+}
+
+TEST_F(progress_end, is_forgotten_when_the_window_is_left_by_esc) {
+    progress_open_for_run();
+    wish();
+    report(100, "读配置完成", operation::read);
+    EXPECT_EQ(user_does("key Esc"), "");
+    settle();
+    ASSERT_EQ(progress(), nullptr);
+    click(home(), "progress_button");
+    press_ok();
+    settle();
+    EXPECT_EQ(led, 0);
+}
+
+TEST_F(progress_end, is_forgotten_when_another_run_begins_while_one_goes_on) {
+    connect();
+    module->plan({.what = sim::fault::silent, .times = 0xFFFFFFFF});
+    click(home(), "button_read");
+    ASSERT_TRUE(wait([this] { return module->count().reads == 1; }));
+    wish();
+    progress_open_for_run();
+    com::abort_all();
+    ASSERT_TRUE(wait([] { return !session_any_running() && shown("ok"); }));
+    press_ok();
+    settle();
+    EXPECT_EQ(progress(), nullptr);
+    EXPECT_EQ(led, 0);
+}
+
+TEST_F(progress_end, stays_while_the_window_is_asked_for_again_during_a_run) {
+    connect();
+    module->plan({.what = sim::fault::silent, .times = 0xFFFFFFFF});
+    click(home(), "button_read");
+    ASSERT_TRUE(wait([this] { return module->count().reads == 1; }));
+    wish();
+    ASSERT_EQ(navigator_to("progress"), RET_OK); // single instance: another window now
+    com::abort_all();
+    ASSERT_TRUE(wait([] { return !session_any_running() && shown("ok"); }));
+    press_ok();
+    settle();
+    EXPECT_EQ(led, 1);
+}
+
 // ---- failure reports
-// ------------------------------------------------------------------------------------------------
 
 TEST_F(progress_window, a_failed_connect_returns_to_idle) {
     ui_state_apply(home(), ui_state::connecting);
     open();
-    EXPECT_EQ(session_fail_post(family::generic, "line one\n", "串口打开失败", 1), RET_INIT_FAILED);
+    EXPECT_EQ(fail(session_kind::connect, "line one\n", "串口打开失败"), RET_INIT_FAILED);
     settle();
     EXPECT_EQ(buttons(), "cfmp");
     EXPECT_EQ(text(home(), "state_word"), "未连接");
@@ -157,10 +251,10 @@ TEST_F(progress_window, a_failed_connect_returns_to_idle) {
 }
 
 TEST_F(progress_window, a_failed_read_or_write_returns_to_connected) {
-    for (const uint8_t state : {uint8_t{2}, uint8_t{3}}) {
+    for (const session_kind kind : {session_kind::write, session_kind::read}) {
         ui_state_apply(home(), ui_state::busy);
         open();
-        session_fail_post(family::generic, "x", "检测配置失败", state);
+        fail(kind, "x", "检测配置失败");
         settle();
         EXPECT_EQ(buttons(), "drwf");
         EXPECT_EQ(text(home(), "state_word"), "已连接");
@@ -170,8 +264,8 @@ TEST_F(progress_window, a_failed_read_or_write_returns_to_connected) {
 }
 
 TEST_F(progress_window, a_failure_is_appended_to_both_logs_as_it_stands) {
-    session_fail_post(family::generic, "first\n\n", "一", 3);
-    session_fail_post(family::generic, "second", "二", 3);
+    fail(session_kind::read, "first\n\n", "一");
+    fail(session_kind::read, "second", "二");
     settle();
     std::string logged;
     for (const auto& entry : std::filesystem::directory_iterator(tree() / "log"))
@@ -183,38 +277,29 @@ TEST_F(progress_window, a_failure_is_appended_to_both_logs_as_it_stands) {
     EXPECT_THAT(file_text(tree() / "log" / "p_v_info.txt"), testing::EndsWith("first\n\nsecond"));
 }
 
-TEST_F(progress_window, a_failure_report_without_its_parts_is_dropped) {
+TEST_F(progress_window, a_failure_without_a_home_page_or_an_error_log_is_dropped) {
+    const session_failure failure{.run = 0, .kind = session_kind::read, .log_line = "x", .text = "一"};
     ui_state_apply(home(), ui_state::busy);
-    for (const char* missing : {"win", "char_log", "progress_text"}) {
-        const tk_object_ptr made(object_default_create());
-        for (const char* key : {"win", "char_log", "progress_text"})
-            if (key != std::string(missing)) tk_object_set_prop_str(made.get(), key, "home_page");
-        EXPECT_EQ(session_fail_display(made.get()), RET_INIT_FAILED) << missing;
-        EXPECT_EQ(buttons(), "");
-    }
-}
-
-TEST_F(progress_window, a_failure_report_without_a_state_counts_as_connected) {
-    ui_state_apply(home(), ui_state::busy);
-    const tk_object_ptr made(object_default_create());
-    tk_object_set_prop_str(made.get(), "win", "home_page");
-    tk_object_set_prop_str(made.get(), "char_log", "x");
-    tk_object_set_prop_str(made.get(), "progress_text", "一");
-    EXPECT_EQ(session_fail_display(made.get()), RET_OK);
-    EXPECT_EQ(buttons(), "drwf");
+    const std::string usual = std::exchange(error_log_path(), "..");
+    EXPECT_EQ(session_fail_display(generic_pages, failure), RET_INIT_FAILED);
+    EXPECT_EQ(buttons(), "");
+    error_log_path() = usual;
+    open();
+    navigator_close("home_page");
+    EXPECT_EQ(session_fail_display(generic_pages, failure), RET_INIT_FAILED);
+    EXPECT_NE(text(progress(), "label3"), "一");
 }
 
 TEST_F(progress_window, the_failure_is_shown_before_later_reports_of_the_same_thread) {
     open();
-    session_fail_post(family::generic, "x", "校验配置失败", 3);
-    progress_post(nullptr, 80, "上传配置.....", 3);
+    fail(session_kind::read, "x", "校验配置失败");
+    progress_post(80, "上传配置.....", 3);
     settle();
     EXPECT_EQ(text(progress(), "label3"), "上传配置.....");
     EXPECT_EQ(bar(), 80);
 }
 
 // ---- messages
-// -------------------------------------------------------------------------------------------------------
 
 TEST_F(progress_window, a_message_shows_its_text_and_closes_on_ok) {
     answer_message();
@@ -231,13 +316,14 @@ TEST_F(progress_window, a_message_init_without_a_window_is_refused) {
 }
 
 TEST_F(progress_window, a_message_may_come_from_another_thread) {
-    tk_thread* worker = tk_thread_create([] {
-        err_display_post("无权限，请使用管理员权限运行程序");
-        return 0u;
-    });
-    ASSERT_EQ(tk_thread_start(worker), RET_OK);
-    tk_thread_join(worker);
-    tk_thread_destroy(worker);
+    worker other;
+    ASSERT_EQ(other.start({},
+                          [] {
+                              err_display_post("无权限，请使用管理员权限运行程序");
+                              return 0u;
+                          }),
+              RET_OK);
+    EXPECT_EQ(other.join(), RET_OK);
     answer_message();
     EXPECT_TRUE(wait([this] { return !message_seen.empty() && message() == nullptr; }));
     EXPECT_EQ(message_seen, "无权限，请使用管理员权限运行程序");

@@ -1,7 +1,10 @@
 #include "app/session_buttons.h"
 
+#include "app/paths.h"
 #include "app/ui_state.h"
-#include "tests/app/app_fixture.h"
+#include "dev_b/pages/vkt610b_pages.h"
+#include "dev_generic/pages/generic_pages.h"
+#include "tests/support/app_fixture.h"
 #include "tests/support/pattern.h"
 #include "tests/support/user.h"
 
@@ -93,9 +96,8 @@ TEST_P(connect_failures, return_to_idle_with_the_port_closed) {
     EXPECT_EQ(run("button"), GetParam().shown);
     EXPECT_EQ(text(progress(), "label"), "   连接失败");
     EXPECT_EQ(buttons(), "cfmp");
-    EXPECT_FALSE(session_of(family::generic).port_open);
-    EXPECT_FALSE(session_of(family::generic).connected);
-    EXPECT_EQ(session_of(family::generic).connect_thread, nullptr);
+    EXPECT_FALSE(device(generic_pages).session.port_open());
+    EXPECT_FALSE(device(generic_pages).session.connected());
     press_ok();
     // And the next try works.
     module->plan({});
@@ -166,8 +168,8 @@ TEST_F(session_buttons, disconnect_closes_the_port_and_returns_to_idle) {
     click(home(), "button2");
     EXPECT_TRUE(wait([] { return !session_any_running() && ui_state_get() == ui_state::idle; }));
     EXPECT_EQ(buttons(), "cfmp");
-    EXPECT_FALSE(session_of(family::generic).port_open);
-    EXPECT_FALSE(session_of(family::generic).connected);
+    EXPECT_FALSE(device(generic_pages).session.port_open());
+    EXPECT_FALSE(device(generic_pages).session.connected());
     EXPECT_EQ(progress(), nullptr);
     EXPECT_EQ(run("button"), "连接成功");
 }
@@ -206,82 +208,71 @@ TEST_F(session_buttons, the_read_handlers_first_report_is_not_seen) {
     EXPECT_THAT(text(progress(), "label"), testing::StrEq("   读取配置状态"));
 }
 
-// Which old handles a handler lets go of before it starts its session.
-class old_handles : public session_buttons {
-  protected:
-    void SetUp() override {
-        app_test::SetUp();
-        for (session_context* of : {&session_of(family::generic), &session_of(family::a), &session_of(family::b)})
-            for (tk_thread** slot : {&of->connect_thread, &of->read_thread, &of->write_thread})
-                *slot = tk_thread_create([] { return 0u; });
-        session_of(family::generic).connected = true;
-    }
-    void TearDown() override {
-        for (session_context* of : {&session_of(family::generic), &session_of(family::a), &session_of(family::b)})
-            for (tk_thread** slot : {&of->connect_thread, &of->read_thread, &of->write_thread})
-                session_release_thread(slot);
-        app_test::TearDown();
-    }
-    static std::string kept() {
-        std::string names;
-        for (const auto& [name, of] : {std::pair{'g', family::generic}, {'a', family::a}, {'b', family::b}}) {
-            const session_context& c = session_of(of);
-            for (const auto& [kind, thread] :
-                 {std::pair{'c', c.connect_thread}, {'r', c.read_thread}, {'w', c.write_thread}})
-                if (thread != nullptr) names += std::string{name, kind, ' '};
-        }
-        return names;
-    }
-};
-
-// The model is one that starts nothing, so that what is left in the slots is what the handler left there.
-TEST_F(old_handles, connect_lets_go_of_every_connect_thread) {
-    widget_set_value_int(at("combo_box_ex_dev"), 99);
+TEST_F(session_buttons, the_first_step_of_a_connect) {
+    widget_set_value_int(at("combo_box_ex_dev"), 99); // starts nothing: the first report is the last
     session_connect_pressed(home());
-    EXPECT_EQ(kept(), "gr gw ar aw br bw ");
-}
-
-TEST_F(old_handles, read_lets_go_of_the_generic_and_the_b_read_thread) {
-    set_current_model("VKT999");
-    session_read_pressed(home());
-    EXPECT_EQ(kept(), "gc gw ac ar aw bc bw ");
-}
-
-TEST_F(old_handles, write_lets_go_of_the_generic_write_and_the_b_connect_thread) {
-    set_current_model("VKT999");
-    session_write_pressed(home());
-    EXPECT_EQ(kept(), "gc gr ac ar aw br bw ");
-}
-
-struct first_step {
-    const char* name;
-    ret_t (*press)(widget*);
-    const char* step;
-    const char* status;
-};
-
-class first_steps : public session_buttons, public testing::WithParamInterface<first_step> {};
-
-TEST_P(first_steps, of_a_run) {
-    session_of(family::generic).connected = true;
-    set_current_model("VKT999"); // starts nothing: the first report is the last
-    widget_set_value_int(at("combo_box_ex_dev"), 99);
-    GetParam().press(home());
     settle();
-    EXPECT_EQ(text(progress(), "label3"), GetParam().step);
-    EXPECT_EQ(text(progress(), "label"), GetParam().status);
+    EXPECT_EQ(text(progress(), "label3"), "开始连接.....");
+    EXPECT_EQ(text(progress(), "label"), "   连接设备状态");
     EXPECT_EQ(widget_get_value_int(widget_lookup(progress(), "progress_bar")), 10);
     // Nothing runs, so the window can be left.
     EXPECT_TRUE(widget_get_visible(widget_lookup(progress(), "ok")));
     EXPECT_EQ(buttons(), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    runs, first_steps,
-    testing::Values(first_step{"connect", session_connect_pressed, "开始连接.....", "   连接设备状态"},
-                    first_step{"read", session_read_pressed, "获取配置.....", "   读取配置状态"},
-                    first_step{"write", session_write_pressed, "获取配置.....", "   写配置状态"}),
-    [](const auto& test) { return std::string(test.param.name); });
+// A transfer that cannot start: a session that nobody saw starting still has the port.
+class second_transfer : public session_buttons {
+  protected:
+    void SetUp() override {
+        app_test::SetUp();
+        connect();
+        module->plan({.what = sim::fault::silent, .times = 0xFFFFFFFF});
+        dev_obj& dev = device(generic_pages);
+        ASSERT_EQ(dev.session.start(session_kind::read, dev_session_input(dev, session_kind::read, false)), RET_OK);
+        ASSERT_TRUE(wait([this] { return module->count().reads == 1; }));
+        settle();
+    }
+};
+
+struct transfer_case {
+    const char* name;
+    const char* button;
+    const char* status;
+    const char* failed;
+};
+
+class second_transfers : public second_transfer, public testing::WithParamInterface<transfer_case> {};
+
+TEST_P(second_transfers, show_their_first_step) {
+    // Without an error log failures are not shown, so the first report is the last.
+    const std::string usual = std::exchange(error_log_path(), "..");
+    click(home(), GetParam().button);
+    settle();
+    EXPECT_EQ(text(progress(), "label3"), "获取配置.....");
+    EXPECT_EQ(text(progress(), "label"), GetParam().status);
+    EXPECT_EQ(widget_get_value_int(widget_lookup(progress(), "progress_bar")), 10);
+    EXPECT_FALSE(widget_get_visible(widget_lookup(progress(), "ok")));
+    EXPECT_EQ(buttons(), "");
+    com::abort_all();
+    // Nothing runs, so the window can be left.
+    EXPECT_TRUE(wait([] { return widget_get_visible(widget_lookup(progress(), "ok")); }));
+    EXPECT_EQ(buttons(), "");
+    error_log_path() = usual;
+}
+
+TEST_P(second_transfers, fail_like_their_first_exchange) {
+    click(home(), GetParam().button);
+    settle();
+    EXPECT_EQ(text(progress(), "label3"), GetParam().failed);
+    EXPECT_EQ(text(progress(), "label"), "   连接失败");
+    EXPECT_EQ(buttons(), "drwf");
+    EXPECT_THAT(file_text(error_log_path()), testing::EndsWith("\nVKT531A\nsession thread not started!\n\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(runs, second_transfers,
+                         testing::Values(transfer_case{"read", "button_read", "   读取配置状态", "读配置命令失败"},
+                                         transfer_case{"write", "button_write", "   写配置状态", "写配置命令失败"}),
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST_F(session_buttons, the_a_family_connects_reads_and_writes) {
     connect("VKT510A");
@@ -321,7 +312,7 @@ TEST_P(b_port_lost, at_a_register_gives_the_buttons_back) {
     EXPECT_EQ(text(progress(), "label"), "   模式转换结束");
     press_ok();
     EXPECT_EQ(buttons(), "cfmp");
-    EXPECT_FALSE(session_of(family::b).port_open);
+    EXPECT_FALSE(device(vkt610b_pages).session.port_open());
 }
 INSTANTIATE_TEST_SUITE_P(registers, b_port_lost, testing::Values(0u, 12u, 33u),
                          [](const auto& one) { return std::to_string(one.param); });

@@ -1,8 +1,7 @@
-// Property objects of the B family for tests.
+// Stores of the B family for tests.
 #pragma once
 
-#include "config/defaults.h"
-#include "toolkit/core/object.h"
+#include "dev_b/fields.h"
 
 #include <initializer_list>
 #include <string>
@@ -11,7 +10,7 @@
 /// A store as it is when the device object was just made.
 inline tk_object_ptr b_default_props() {
     tk_object_ptr props(object_default_create());
-    defaults_write(family::b, props.get());
+    fields_set_defaults(vkt610b_fields, props.get());
     return props;
 }
 
@@ -25,17 +24,3 @@ inline tk_object_ptr b_props(std::initializer_list<std::pair<const char*, uint32
 inline uint32_t b_value(const tk_object_ptr& props, const char* key) {
     return tk_object_get_prop_uint32(props.get(), key, 0xDEADBEEF);
 }
-
-/// Collects what is logged while it lives.
-class log_catcher {
-  public:
-    log_catcher();
-    ~log_catcher();
-    log_catcher(const log_catcher&) = delete;
-    log_catcher& operator=(const log_catcher&) = delete;
-    const std::string& text() const { return text_; }
-
-  private:
-    std::string text_;
-    int level_;
-};

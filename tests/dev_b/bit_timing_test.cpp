@@ -65,7 +65,7 @@ TEST(TimingNumber, PercentTextIsRounded) {
 TEST(TimingOptions, DividersAndRates) {
     const auto text_of = [](auto options) {
         std::string out;
-        for (const timing_option& o : options) out += std::to_string(o.value) + "=" + o.text + " ";
+        for (const choice_option& o : options) out += std::to_string(o.value) + "=" + o.text + " ";
         return out;
     };
     EXPECT_EQ(text_of(timing_dividers), "0=2 2=4 3=5 6=8 ");

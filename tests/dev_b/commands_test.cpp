@@ -57,6 +57,23 @@ std::string listing_of(const char* const (&commands)[34]) {
     return out;
 }
 
+/// Both command tables of a store, and their listings.
+struct tables {
+    std::array<std::array<vkt610b_command, 34>, 2> commands;
+    std::array<std::string, 2> listing;
+};
+tables tables_of(const tk_object_ptr& props) {
+    std::array<uint8_t, 140> image{};
+    vkt610b_regs_to_bytes(vkt610b_props_to_regs(props.get()), image);
+    tables out{};
+    for (const auto form : {vkt610b_form::aa, vkt610b_form::ac}) {
+        const auto f = static_cast<std::size_t>(form);
+        out.commands[f] = vkt610b_write_commands(image, form);
+        out.listing[f] = vkt610b_listing(image, form);
+    }
+    return out;
+}
+
 TEST(Crc16X25, HasTheStandardCheckValue) {
     const std::string digits = "123456789";
     const std::vector<uint8_t> bytes(digits.begin(), digits.end());
@@ -74,8 +91,7 @@ TEST(Commands, ValueGoesLeastSignificantByteFirst) {
 }
 
 TEST(Commands, BothTablesOfAFreshStore) {
-    vkt610b_state state;
-    vkt610b_rebuild(b_default_props().get(), state);
+    const tables state = tables_of(b_default_props());
     for (std::size_t r = 0; r < 34; ++r) {
         EXPECT_EQ(vec(state.commands[0][r]), bytes_of(default_aa[r])) << "register " << r;
         EXPECT_EQ(vec(state.commands[1][r]), bytes_of(default_ac[r])) << "register " << r;
@@ -83,8 +99,7 @@ TEST(Commands, BothTablesOfAFreshStore) {
 }
 
 TEST(Commands, TheTwoFormsDifferInFirstByteAndChecksumOnly) {
-    vkt610b_state state;
-    vkt610b_rebuild(b_default_props().get(), state);
+    const tables state = tables_of(b_default_props());
     for (std::size_t r = 0; r < 34; ++r) {
         const auto aa = vec(state.commands[0][r]);
         const auto ac = vec(state.commands[1][r]);
@@ -94,11 +109,28 @@ TEST(Commands, TheTwoFormsDifferInFirstByteAndChecksumOnly) {
     }
 }
 
-TEST(Commands, ZeroSelectsAaAndAnyOtherValueAc) {
-    EXPECT_EQ(vkt610b_form_of(0), vkt610b_form::aa);
-    EXPECT_EQ(vkt610b_form_of(1), vkt610b_form::ac);
-    EXPECT_EQ(vkt610b_form_of(7), vkt610b_form::ac);
-    EXPECT_EQ(vkt610b_form_of(-1), vkt610b_form::ac);
+TEST(Commands, TheAlternativeFormIsAc) {
+    EXPECT_EQ(vkt610b_form_of(false), vkt610b_form::aa);
+    EXPECT_EQ(vkt610b_form_of(true), vkt610b_form::ac);
+}
+
+TEST(Commands, ACommandCanBePutIntoTheOtherForm) {
+    for (std::size_t r = 0; r < 34; ++r) {
+        EXPECT_EQ(vec(vkt610b_command_in(vkt610b_form::aa, bytes_of(default_ac[r]))), bytes_of(default_aa[r]));
+        EXPECT_EQ(vec(vkt610b_command_in(vkt610b_form::ac, bytes_of(default_ac[r]))), bytes_of(default_ac[r]));
+    }
+}
+
+TEST(Commands, ACheckIsTheCrcOfAllBytesBeforeIt) {
+    auto frame = bytes_of("AA0702FF07785634128C08");
+    EXPECT_TRUE(vkt610b_check_is_good(frame));
+    for (std::size_t i = 0; i < frame.size(); ++i) {
+        frame[i] ^= 0x10;
+        EXPECT_FALSE(vkt610b_check_is_good(frame)) << i;
+        frame[i] ^= 0x10;
+    }
+    EXPECT_FALSE(vkt610b_check_is_good({}));
+    EXPECT_FALSE(vkt610b_check_is_good(bytes_of("00")));
 }
 
 TEST(Listing, LineOfRegisterZero) {
@@ -107,18 +139,16 @@ TEST(Listing, LineOfRegisterZero) {
 }
 
 TEST(Listing, BothTextsOfAFreshStore) {
-    vkt610b_state state;
-    vkt610b_rebuild(b_default_props().get(), state);
+    const tables state = tables_of(b_default_props());
     EXPECT_EQ(state.listing[0], listing_of(default_aa));
     EXPECT_EQ(state.listing[1], listing_of(default_ac));
 }
 
-TEST(Listing, RebuildingReplacesTheText) {
+TEST(Listing, FollowsTheStore) {
     const tk_object_ptr props = b_default_props();
-    vkt610b_state state;
-    vkt610b_rebuild(props.get(), state);
+    ASSERT_NE(tables_of(props).listing[0].find("AA0702FF0103000000"), std::string::npos);
     tk_object_set_prop_uint8(props.get(), "change_can_channel_vkt610b", 0);
-    vkt610b_rebuild(props.get(), state);
+    const tables state = tables_of(props);
     EXPECT_EQ(std::count(state.listing[0].begin(), state.listing[0].end(), '\n'), 34);
     EXPECT_NE(state.listing[0].find("寄存器 01 的配置指令: AA0702FF0102000000"), std::string::npos);
     EXPECT_EQ(state.listing[0].find("AA0702FF0103000000"), std::string::npos);
@@ -128,8 +158,7 @@ TEST(Listing, ChoosingBothUartsAndBothChannelsGivesThree) {
     const tk_object_ptr props = b_default_props();
     tk_object_set_prop_uint8(props.get(), "change_protcol_vkt610b", vkt610b_routes[2].protocol);
     tk_object_set_prop_uint8(props.get(), "change_can_channel_vkt610b", vkt610b_routes[2].channel);
-    vkt610b_state state;
-    vkt610b_rebuild(props.get(), state);
+    const tables state = tables_of(props);
     EXPECT_NE(state.listing[0].find("寄存器 01 的配置指令: AA0702FF0103000000"), std::string::npos);
 }
 

@@ -1,6 +1,6 @@
 // Candidate files: their lines, the filters, and whatever else may stand in such a file.
-#include "dev_b/b_props.h"
 #include "dev_b/timing_list.h"
+#include "tests/support/console_capture.h"
 #include "toolkit/core/fs.h"
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ struct read_result {
 
 read_result read_back(const std::string& content, const timing_filter& filter = {}) {
     const list_file file(content);
-    const log_catcher log;
+    console_capture log(LOG_LEVEL_DEBUG);
     read_result out{};
     timing_list list;
     list.add("left over from the last file");
@@ -129,7 +129,7 @@ TEST(TimingEdits, ValuesOfTheTexts) {
 }
 
 TEST(TimingListRead, MissingFileIsAnEmptyListWithoutAMessage) {
-    const log_catcher log;
+    console_capture log(LOG_LEVEL_DEBUG);
     timing_list list;
     list.add("old");
     std::size_t bad = 9;
@@ -218,7 +218,7 @@ TEST(TimingListReader, AMillionLinesComeInManyPieces) {
 }
 TEST(TimingListReader, BadLinesAreToldAtTheEnd) {
     const list_file file(many_lines(40000) + "junk");
-    const log_catcher log;
+    console_capture log(LOG_LEVEL_DEBUG);
     timing_list_reader reader(file.path(), {});
     timing_list list;
     ASSERT_TRUE(reader.read_on(&list));

@@ -1,6 +1,7 @@
 // What the calculator accepts, and what each of its stores writes.
 #include "dev_b/b_props.h"
 #include "dev_b/bit_timing.h"
+#include "tests/support/console_capture.h"
 
 #include <gtest/gtest.h>
 
@@ -125,7 +126,7 @@ TEST(TimingStore, ClassicCanLeavesTheDataKeysAlone) {
 TEST(TimingStore, AKeyThatIsRefusedIsNamedAndTheOthersAreWritten) {
     const tk_object_ptr props = filled_props(0);
     tk_object_refuse(props.get(), "canfd_bps_do_tseg1_z_vkt610b");
-    const log_catcher log;
+    console_capture log(LOG_LEVEL_DEBUG);
     EXPECT_EQ(timing_store(props.get(), 1, good_form(), 1), RET_FAIL);
     EXPECT_EQ(log.text(), "set canfd_bps_do_tseg1_z_vkt610b failed!\n");
     EXPECT_EQ(stored(props), (std::vector<uint32_t>{2, 5, 0, 4, 1, 20, 5}));
@@ -177,7 +178,7 @@ TEST(TimingRateStore, ARateThatIsNotOfferedStoresNothing) {
 TEST(TimingRateStore, ARefusedKeyIsNamed) {
     const tk_object_ptr props = b_default_props();
     tk_object_refuse(props.get(), "canfd2_speed_data_vkt610b");
-    const log_catcher log;
+    console_capture log(LOG_LEVEL_DEBUG);
     EXPECT_EQ(timing_store_rate(props.get(), 2, timing_phase::data, 400), RET_FAIL);
     EXPECT_EQ(log.text(), "set canfd2_speed_data_vkt610b failed!\n");
 }

@@ -1,45 +1,48 @@
 // The input drain and the one-shot mode text.
-#include "serial/port.h"
-#include "tests/serial/console_capture.h"
-#include "tests/support/session_fixture.h"
+#include "serial/mode_text.h"
+#include "sim/module.h"
+#include "tests/support/console_capture.h"
+#include "toolkit/core/idle.h"
+
+#include <gmock/gmock.h>
 
 namespace {
 
-class port_calls : public session_test {
+constexpr uint32_t patience_ms = 30000;
+
+class port_calls : public testing::Test {
   protected:
     void SetUp() override {
-        session_test::SetUp();
-        plug("VKT610B");
-        port_.emplace(port_open("\\\\.\\COM7"));
-        ASSERT_TRUE(port_->valid());
-        port_configure(port());
+        com::fault_clear();
+        com::resume_all();
+        idle_set_gui_thread();
+        port_timing_get() = {.drain_wait_ms = 10000, .timeouts = {200, 0, 600, 500, 1000}};
+        module = sim::module_start(sim::model::vkt610b, "COM7");
+        ASSERT_NE(module, nullptr);
+        ASSERT_EQ(owner.open("\\\\.\\COM7"), RET_OK);
+        port = owner.take(0);
+        port.configure();
         com::fault_clear();
     }
     void TearDown() override {
-        port_.reset();
-        session_test::TearDown();
-    }
-    HANDLE port() { return port_->get(); }
-    DWORD waiting() {
-        DWORD errors = 0;
-        COMSTAT status{};
-        return com::ClearCommError(port(), &errors, &status) ? status.cbInQue : 0;
+        com::fault_clear();
+        port_timing_get() = {};
     }
     /// Lets the module send `count` bytes and waits until they are in the queue.
     void fill(DWORD count) {
         module->babble(std::vector<uint8_t>(count, 0x42));
-        ASSERT_TRUE(idle_run_until([&] { return waiting() >= count; }, session_patience_ms));
+        ASSERT_TRUE(idle_run_until([&] { return port.waiting() >= count; }, patience_ms));
         com::fault_clear();
     }
 
     console_capture console;
-
-  private:
-    std::optional<owned_handle> port_;
+    std::unique_ptr<sim::module_t> module;
+    com_port owner;
+    port_lease port; // before its owner is closed
 };
 
 TEST_F(port_calls, drain_of_an_empty_queue_reads_nothing) {
-    port_drain(port());
+    port.drain();
     EXPECT_EQ(com::call_count(com::call::create_event), 1u);
     EXPECT_EQ(com::call_count(com::call::clear_comm_error), 1u);
     EXPECT_EQ(com::call_count(com::call::read_file), 0u);
@@ -48,18 +51,18 @@ TEST_F(port_calls, drain_of_an_empty_queue_reads_nothing) {
 
 TEST_F(port_calls, drain_swallows_one_burst) {
     fill(40);
-    port_drain(port());
-    EXPECT_EQ(waiting(), 0u);
+    port.drain();
+    EXPECT_EQ(port.waiting(), 0u);
     EXPECT_EQ(com::call_count(com::call::read_file), 1u);
     EXPECT_EQ(console.text(), "");
 }
 
 TEST_F(port_calls, drain_takes_256_bytes_and_fails_in_its_second_round) {
     fill(300);
-    port_drain(port());
+    port.drain();
     EXPECT_EQ(com::call_count(com::call::create_event), 1u);
     EXPECT_EQ(com::call_count(com::call::read_file), 2u);
-    EXPECT_EQ(waiting(), 44u) << "the second round has no event to read with";
+    EXPECT_EQ(port.waiting(), 44u) << "the second round has no event to read with";
     EXPECT_EQ(console.text(), "ReadFile failed with error 6\n");
 }
 
@@ -75,52 +78,51 @@ TEST_F(port_calls, drain_says_what_failed) {
     for (const auto& [call, line] : failures) {
         fill(10);
         com::fault_set(call, 0, 1, 87);
-        port_drain(port());
+        port.drain();
         said += line;
         EXPECT_EQ(console.text(), said);
         com::fault_clear();
-        com::PurgeComm(port(), PURGE_RXCLEAR);
+        port.purge(PURGE_RXCLEAR);
     }
     fill(10);
     com::fault_set(com::call::clear_comm_error, 1, 1, 87);
-    port_drain(port());
+    port.drain();
     EXPECT_EQ(console.text(), said + "ClearCommError failed with error 87\n");
 }
 
 TEST_F(port_calls, mode_text_goes_out) {
-    mode_text_write(port(), mode_config);
-    ASSERT_TRUE(idle_run_until([this] { return module->mode() == "config"; }, session_patience_ms));
-    mode_text_write(port(), mode_transfer);
-    ASSERT_TRUE(idle_run_until([this] { return module->mode() == "transfer"; }, session_patience_ms));
+    mode_text_write(port, mode_config);
+    ASSERT_TRUE(idle_run_until([this] { return module->mode() == "config"; }, patience_ms));
+    mode_text_write(port, mode_transfer);
+    ASSERT_TRUE(idle_run_until([this] { return module->mode() == "transfer"; }, patience_ms));
     EXPECT_EQ(console.text(), "");
     EXPECT_EQ(module->count().mode_texts, 2u);
 }
 
 TEST_F(port_calls, mode_text_says_what_failed) {
     com::fault_set(com::call::create_event, 0, 1, 8);
-    mode_text_write(port(), mode_config);
+    mode_text_write(port, mode_config);
     com::fault_set(com::call::write_file, 0, 1, 87);
-    mode_text_write(port(), mode_config);
+    mode_text_write(port, mode_config);
     com::fault_set(com::call::write_file, 0, 1, 997);
     com::fault_set(com::call::wait_for_single_object, 0, 1, 6);
-    mode_text_write(port(), mode_config);
+    mode_text_write(port, mode_config);
     com::fault_set(com::call::get_overlapped_result, 1, 1, 87);
-    mode_text_write(port(), 9);
+    mode_text_write(port, 9);
     EXPECT_EQ(console.text(), "Create event for async write failed\n"
                               "Async write operation failed with error code: 87\n"
                               "Wait for async write operation failed\n");
-    mode_text_write(port(), mode_config);
+    mode_text_write(port, mode_config);
     EXPECT_THAT(console.text(), testing::EndsWith("Get overlapped result for async write failed\n"));
 }
 
 TEST_F(port_calls, a_failed_wait_leaves_no_operation_behind) {
-    session_timing_get().drain_wait_ms = 1;
     std::array<uint8_t, 8> bytes{};
-    const io_result read = port_read(port(), bytes, 20);
+    const io_result read = port.read(bytes, 20);
     EXPECT_EQ(read.step, io_step::wait);
     fill(8);
-    EXPECT_EQ(waiting(), 8u) << "nobody reads any more";
-    const io_result again = port_read(port(), bytes, 1000);
+    EXPECT_EQ(port.waiting(), 8u) << "nobody reads any more";
+    const io_result again = port.read(bytes, 1000);
     EXPECT_TRUE(again.ok());
     EXPECT_EQ(again.bytes, 8u);
     EXPECT_EQ(bytes[7], 0x42);
@@ -128,7 +130,7 @@ TEST_F(port_calls, a_failed_wait_leaves_no_operation_behind) {
 
 TEST_F(port_calls, a_read_that_ends_empty_is_a_failed_wait) {
     std::array<uint8_t, 8> bytes{};
-    EXPECT_EQ(port_read(port(), bytes, 60000).step, io_step::wait) << "ended by the port's own time-out";
+    EXPECT_EQ(port.read(bytes, 60000).step, io_step::wait) << "ended by the port's own time-out";
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 #include "serial/port_lease.h"
 
 #include "sim/line.h"
-#include "tests/serial/console_capture.h"
+#include "tests/support/console_capture.h"
 #include "toolkit/core/date_time.h"
 #include "toolkit/core/worker.h"
 

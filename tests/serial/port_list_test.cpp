@@ -3,7 +3,7 @@
 
 #include "platform/com_port.h"
 #include "serial/port_names.h"
-#include "tests/serial/console_capture.h"
+#include "tests/support/console_capture.h"
 #include "tests/support/scratch_folder.h"
 #include "toolkit/core/fs.h"
 #include "toolkit/core/idle.h"
@@ -49,8 +49,7 @@ class port_list : public testing::Test {
                             .no_permission = [this] { ++refused; }});
     }
     void TearDown() override {
-        port_list_threads_destroy();
-        EXPECT_EQ(workers_running(), 0u);
+        EXPECT_EQ(workers_stop_all(patience_ms), 0u);
         idle_dispatch();
         port_list_set_view({});
         com::fault_clear();
@@ -218,13 +217,14 @@ TEST_F(port_list, a_watcher_has_forgotten_what_was_asked_of_the_one_before) {
     ASSERT_TRUE(idle_run_until([] { return com::call_count(com::call::query_dos_device) == 1; }, patience_ms));
     port_watcher_start();
     ASSERT_TRUE(idle_run_until([] { return com::call_count(com::call::query_dos_device) == 2; }, patience_ms));
-    port_list_threads_destroy();
+    EXPECT_EQ(workers_stop_all(patience_ms), 0u);
     EXPECT_EQ(com::call_count(com::call::query_dos_device), 2u);
 }
 
 TEST_F(port_list, a_load_that_was_stopped_can_be_started_again) {
     port_list_load_start();
-    port_list_threads_destroy();
+    EXPECT_EQ(workers_stop_all(patience_ms), 0u);
+    ASSERT_TRUE(idle_run_until([this] { return finished == 1; }, patience_ms)) << "it says that it has finished";
     ASSERT_TRUE(load());
 }
 

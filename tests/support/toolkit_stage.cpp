@@ -1,11 +1,16 @@
 #include "tests/support/toolkit_stage.h"
 
+#include "app/assets.h"
+#include "tests/support/user.h"
 #include "toolkit/ravel/ravel.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
 
+#include <memory>
+
 namespace {
+
+constexpr uint32_t patience_ms = 30000;
 
 class toolkit_life : public testing::Environment {
   public:
@@ -14,17 +19,33 @@ class toolkit_life : public testing::Environment {
 
 } // namespace
 
-void toolkit_stage_start() {
+std::string toolkit_stage_resources() { return VKT_SOURCE_TREE "/res"; }
+
+void toolkit_stage_start(const std::string& resources) {
     static bool started = false;
     if (started) return;
     started = true;
-    const auto resources = std::filesystem::path(__FILE__).parent_path() / "../../res";
     tk_pre_init();
-    ASSERT_EQ(tk_init(1280, 750, app_type::desktop, "pages", resources.string().c_str()), RET_OK);
-    assets_manager_set_theme("default");
-    assets_manager_preload_style();
-    tk_init_assets();
+    const std::string root = resources.empty() ? toolkit_stage_resources() : resources;
+    ASSERT_EQ(tk_init(1280, 750, app_type::desktop, "VKTCfgTools", root.c_str()), RET_OK);
+    system_info_set_default_font("default");
+    ASSERT_EQ(assets_init("default"), RET_OK);
     tk_ext_widgets_init();
     locale_info_change("zh", "CN");
     testing::AddGlobalTestEnvironment(new toolkit_life);
+}
+
+void toolkit_stage_clear() {
+    while (widget* top = window_manager_get_top_window(window_manager()))
+        window_manager_close_window_force(window_manager(), top);
+    EXPECT_TRUE(toolkit_stage_settle());
+}
+
+bool toolkit_stage_settle() {
+    const auto ran = std::make_shared<bool>(false);
+    idle_queue([ran] {
+        *ran = true;
+        return RET_OK;
+    });
+    return user_wait([ran] { return *ran; }, patience_ms);
 }

@@ -18,6 +18,18 @@ drive_reports reports_into(std::string* failed, std::function<void(bool good)> e
     return {echo, end};
 }
 
+std::string play(const std::string& script, const std::function<void()>& at_failure) {
+    std::string failed;
+    bool over = false;
+    const auto ended = [&](bool good) {
+        over = true;
+        if (!good) at_failure();
+    };
+    drive_play(script, reports_into(&failed, ended));
+    if (!user_wait([&over] { return over; }, script_patience_ms)) failed += "the script did not end";
+    return failed;
+}
+
 } // namespace
 
 bool user_wait(const std::function<bool()>& done, uint32_t timeout_ms) { return drive_wait(done, timeout_ms); }
@@ -27,15 +39,11 @@ void user_will_do(const std::string& script, std::string* failed) {
 }
 
 std::string user_does(const std::string& script) {
-    std::string failed;
-    bool over = false;
-    const auto ended = [&over](bool good) {
-        over = true;
-        if (!good) window_manager_back_to_home(window_manager());
-    };
-    drive_play(script, reports_into(&failed, ended));
-    if (!user_wait([&over] { return over; }, script_patience_ms)) failed += "the script did not end";
-    return failed;
+    return play(script, [] { window_manager_back_to_home(window_manager()); });
+}
+
+std::string user_tries(const std::string& script) {
+    return play(script, [] {});
 }
 
 std::string user_word(const std::string& text) { return drive_word(text); }

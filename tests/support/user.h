@@ -12,6 +12,9 @@ bool user_wait(const std::function<bool()>& done, uint32_t timeout_ms);
 /// dialog above the first window is closed then, so that no loop of one stays.
 std::string user_does(const std::string& script);
 
+/// The same for lines that are expected to fail: no dialog is closed then. Not for lines that open a modal dialog.
+std::string user_tries(const std::string& script);
+
 /// Plays `script` from whatever event loop runs next, a dialog's too. `failed` receives the line that failed and
 /// why; it must live until the script has ended.
 void user_will_do(const std::string& script, std::string* failed);

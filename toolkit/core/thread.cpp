@@ -1,7 +1,6 @@
 #include "toolkit/core/thread.h"
 
 #include "toolkit/core/text.h"
-#include "toolkit/core/thread_registry.h"
 #include "toolkit/core/worker.h"
 
 #include <algorithm>
@@ -14,6 +13,7 @@
 #include <stop_token>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -31,48 +31,60 @@ constexpr bool sanitised = false;
 
 /// What the system's calls, file names and log texts of one thread fit into with room to spare.
 constexpr std::size_t least_stack = sanitised ? 1024U * 1024U : 256U * 1024U;
-constexpr auto destroy_wait = std::chrono::milliseconds(200);
 constexpr std::size_t system_name_bytes = 15;
 
-/// What the running thread and its owner share; the last of the two frees it.
-struct control_t {
-    std::mutex lock;
-    std::condition_variable ended;
-    std::function<uint32_t()> entry;
+/// What a running thread, its owner and the registry share. The registry's lock guards what is neither atomic nor
+/// the owner's alone.
+struct thread_control {
+    std::function<uint32_t()> entry; ///< the thread's from its start on
     std::string name;
     uint32_t priority = 0;
     uint32_t stack_bytes = 0;
+    std::stop_source stop;
     std::atomic<uint32_t> result{0};
     std::atomic<bool> running{false}; ///< from start until the entry has returned
     bool started = false;
     bool joined = false; ///< or detached
-    std::stop_source stop;
     pthread_t thread{};
 };
-using control_ptr = std::shared_ptr<control_t>;
+using control_ptr = std::shared_ptr<thread_control>;
+
+struct thread_registry {
+    std::mutex lock;
+    std::condition_variable_any changed; ///< a thread was started or has ended
+    std::vector<control_ptr> known;      ///< started, and not both ended and joined
+};
+
+/// Never destroyed: threads may end while the process does.
+thread_registry& registry() {
+    static thread_registry* const r = new thread_registry;
+    return *r;
+}
 
 /// The calling thread's own block, null on threads that the toolkit did not make.
-thread_local control_t* current = nullptr;
+thread_local thread_control* current = nullptr;
+
+/// With the registry's lock held.
+void forget_if_done(const thread_control& control) {
+    if (control.running || !control.joined) return;
+    std::erase_if(registry().known, [&control](const control_ptr& one) { return one.get() == &control; });
+}
 
 void* trampoline(void* argument) {
     const std::unique_ptr<control_ptr> own(static_cast<control_ptr*>(argument));
-    control_t& control = **own;
+    thread_control& control = **own;
     current = &control;
-    std::function<uint32_t()> entry;
+    thread_registry& r = registry();
     {
-        const std::lock_guard<std::mutex> guard(control.lock);
-        entry = std::move(control.entry);
+        const std::lock_guard guard(r.lock);
         pthread_setname_np(pthread_self(), tk_utf8_cut(control.name, system_name_bytes).c_str());
     }
-    const uint32_t result = entry ? entry() : 0;
-    entry = nullptr;
-    control.result = result;
-    {
-        const std::lock_guard<std::mutex> guard(control.lock);
-        control.running = false;
-        control.ended.notify_all();
-    }
-    thread_registry_remove(control.stop);
+    control.result = control.entry ? control.entry() : 0;
+    control.entry = nullptr;
+    const std::lock_guard guard(r.lock);
+    control.running = false;
+    forget_if_done(control);
+    r.changed.notify_all();
     current = nullptr;
     return nullptr;
 }
@@ -89,24 +101,32 @@ bool create(const control_ptr& control) {
     return created;
 }
 
-/// Joins a thread that has ended and detaches one that has not.
-void settle(control_t& control, std::unique_lock<std::mutex>& guard) {
-    if (!control.started || control.joined) return;
-    control.joined = true;
-    const pthread_t thread = control.thread;
-    const bool ended = !control.running && current != &control;
+/// Waits for the thread's end, unless that was done before or it is the calling one.
+bool join(const control_ptr& control) {
+    thread_registry& r = registry();
+    std::unique_lock guard(r.lock);
+    if (!control->started || control->joined || current == control.get()) return false;
+    control->joined = true;
     guard.unlock();
-    if (ended) {
-        pthread_join(thread, nullptr);
-    } else {
-        pthread_detach(thread);
-    }
+    pthread_join(control->thread, nullptr);
+    guard.lock();
+    forget_if_done(*control);
+    return true;
+}
+
+/// Lets the system clean up after the thread when it ends, or at once when it has.
+void detach(const control_ptr& control) {
+    if (!control->running && join(control)) return;
+    const std::lock_guard guard(registry().lock);
+    if (!control->started || std::exchange(control->joined, true)) return;
+    pthread_detach(control->thread);
+    forget_if_done(*control);
 }
 
 } // namespace
 
 struct tk_thread {
-    control_ptr control = std::make_shared<control_t>();
+    control_ptr control = std::make_shared<thread_control>();
 };
 
 tk_thread* tk_thread_create(std::function<uint32_t()> entry) {
@@ -117,7 +137,7 @@ tk_thread* tk_thread_create(std::function<uint32_t()> entry) {
 
 ret_t tk_thread_set_name(tk_thread* thread, const char* name) {
     if (thread == nullptr || name == nullptr) return RET_BAD_PARAMS;
-    const std::lock_guard<std::mutex> guard(thread->control->lock);
+    const std::lock_guard guard(registry().lock);
     thread->control->name = name;
     return RET_OK;
 }
@@ -140,52 +160,45 @@ ret_t tk_thread_set_stack_size(tk_thread* thread, uint32_t bytes) {
 
 ret_t tk_thread_start(tk_thread* thread) {
     if (thread == nullptr) return RET_BAD_PARAMS;
-    control_t& control = *thread->control;
-    const std::lock_guard<std::mutex> guard(control.lock);
-    if (control.started) return RET_FAIL;
-    control.running = true;
-    thread_registry_add(control.stop);
-    control.started = create(thread->control);
-    if (control.started) return RET_OK;
-    control.running = false;
-    thread_registry_remove(control.stop);
+    const control_ptr& control = thread->control;
+    thread_registry& r = registry();
+    const std::lock_guard guard(r.lock);
+    if (control->started) return RET_FAIL;
+    r.known.push_back(control);
+    control->running = true;
+    control->started = create(control);
+    r.changed.notify_all();
+    if (control->started) return RET_OK;
+    control->running = false;
+    r.known.pop_back();
     return RET_FAIL;
 }
 
 ret_t tk_thread_join(tk_thread* thread) {
     if (thread == nullptr) return RET_BAD_PARAMS;
-    control_t& control = *thread->control;
-    pthread_t system_thread{};
-    {
-        const std::lock_guard<std::mutex> guard(control.lock);
-        if (!control.started || control.joined || current == &control) return RET_FAIL;
-        control.joined = true;
-        system_thread = control.thread;
-    }
-    return pthread_join(system_thread, nullptr) == 0 ? RET_OK : RET_FAIL;
+    return join(thread->control) ? RET_OK : RET_FAIL;
+}
+
+ret_t tk_thread_wait(const tk_thread* thread, uint32_t timeout_ms) {
+    if (thread == nullptr) return RET_BAD_PARAMS;
+    const thread_control& control = *thread->control;
+    thread_registry& r = registry();
+    std::unique_lock guard(r.lock);
+    const auto ended = [&control] { return !control.running; };
+    return wait_stoppable(r.changed, guard, worker_stop_token(), timeout_ms, ended) ? RET_OK : RET_FAIL;
 }
 
 ret_t tk_thread_destroy(tk_thread* thread) {
     if (thread == nullptr) return RET_OK;
-    const std::unique_ptr<tk_thread> own(thread);
-    control_t& control = *own->control;
-    control.stop.request_stop();
-    std::unique_lock<std::mutex> guard(control.lock);
-    if (current != &control) {
-        const auto end = std::chrono::steady_clock::now() + destroy_wait;
-        control.ended.wait_until(guard, end, [&control] { return !control.running; });
-    }
-    settle(control, guard);
-    if (guard.owns_lock()) guard.unlock();
-    return RET_OK;
+    tk_thread_request_stop(thread);
+    join(thread->control);
+    return tk_thread_release(thread);
 }
 
 ret_t tk_thread_release(tk_thread* thread) {
     if (thread == nullptr) return RET_OK;
     const std::unique_ptr<tk_thread> own(thread);
-    std::unique_lock<std::mutex> guard(own->control->lock);
-    settle(*own->control, guard);
-    if (guard.owns_lock()) guard.unlock();
+    detach(own->control);
     return RET_OK;
 }
 
@@ -203,6 +216,41 @@ bool tk_thread_should_stop() { return worker_should_stop(); }
 
 void sleep_ms(uint32_t ms) { static_cast<void>(worker_sleep_ms(ms)); }
 
-uint32_t tk_thread_alive_count() { return workers_running(); }
+// ---- all threads ----
 
 std::stop_token worker_stop_token() { return current != nullptr ? current->stop.get_token() : std::stop_token(); }
+
+uint32_t workers_running() {
+    thread_registry& r = registry();
+    const std::lock_guard guard(r.lock);
+    return static_cast<uint32_t>(
+        std::ranges::count_if(r.known, [](const auto& one) { return one->running.load(); }));
+}
+
+uint32_t workers_stop_all(uint32_t patience_ms) {
+    thread_registry& r = registry();
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(patience_ms);
+    const auto others = [&r] {
+        std::vector<control_ptr> all = r.known;
+        std::erase_if(all, [](const control_ptr& one) { return one.get() == current; });
+        return all;
+    };
+    const auto runs = [](const control_ptr& one) { return one->running.load(); };
+    const auto unasked = [](const control_ptr& one) { return !one->stop.stop_requested(); };
+    std::unique_lock guard(r.lock);
+    for (bool in_time = true; in_time && std::ranges::any_of(others(), runs);) {
+        const std::vector<control_ptr> asked = others();
+        if (std::ranges::none_of(asked, unasked)) {
+            in_time = r.changed.wait_until(guard, end) == std::cv_status::no_timeout;
+            continue;
+        }
+        guard.unlock(); // a stop runs what its waits have registered for it
+        for (const control_ptr& one : asked) one->stop.request_stop();
+        guard.lock();
+    }
+    const std::vector<control_ptr> left = others();
+    guard.unlock();
+    for (const control_ptr& one : left)
+        if (!one->running) join(one);
+    return static_cast<uint32_t>(std::ranges::count_if(left, runs));
+}

@@ -33,11 +33,16 @@ ret_t tk_thread_set_stack_size(tk_thread* thread, uint32_t bytes);
 /// Waits until the entry has returned. RET_FAIL when it was never started or was joined before.
 ret_t tk_thread_join(tk_thread* thread);
 
-/// Lets go of the thread object (null is allowed). A thread that still runs is asked to stop and is waited for up
-/// to 200 ms, never longer; what it may still touch of its thread object stays alive until it ends.
+/// Waits until the entry has returned, `timeout_ms` at most (0xFFFFFFFF: no limit). RET_FAIL on time-out and when
+/// the calling worker is asked to stop.
+ret_t tk_thread_wait(const tk_thread* thread, uint32_t timeout_ms);
+
+/// Asks the thread to stop, waits until it has ended and frees the object (null is allowed). On the thread itself
+/// it only asks.
 ret_t tk_thread_destroy(tk_thread* thread);
 
-/// Lets go of the thread object without asking the thread to stop and without waiting.
+/// Frees the object without asking the thread to stop and without waiting: for the final cleanup. What the thread
+/// uses of it stays alive until it ends.
 ret_t tk_thread_release(tk_thread* thread);
 
 /// True until the entry has returned; false when never started.
@@ -54,9 +59,6 @@ bool tk_thread_should_stop();
 
 /// Sleeps, in milliseconds; ends early when the calling toolkit thread is asked to stop.
 void sleep_ms(uint32_t ms);
-
-/// As workers_running(). Any thread.
-uint32_t tk_thread_alive_count();
 
 /// A mutex that is not recursive: locking it twice on one thread is reported loudly (log and abort in debug
 /// builds).

@@ -1,27 +1,12 @@
 #include "toolkit/core/worker.h"
 
 #include "toolkit/core/thread.h"
-#include "toolkit/core/thread_registry.h"
 
-#include <algorithm>
 #include <chrono>
 #include <thread>
 #include <utility>
-#include <vector>
 
 namespace {
-
-struct registry {
-    std::mutex lock;
-    std::condition_variable_any changed;
-    std::vector<std::stop_source> running;
-};
-
-/// Never destroyed: workers may end while the process does.
-registry& the_registry() {
-    static registry* const r = new registry;
-    return *r;
-}
 
 struct thread_release {
     void operator()(tk_thread* thread) const { tk_thread_release(thread); }
@@ -87,6 +72,11 @@ ret_t worker::join() {
     return tk_thread_join(thread.get()) == RET_OK || !tk_thread_is_running(thread.get()) ? RET_OK : RET_FAIL;
 }
 
+bool worker::wait_ended(uint32_t ms) const {
+    const thread_ptr thread = slot_->get();
+    return thread == nullptr || tk_thread_wait(thread.get(), ms) == RET_OK;
+}
+
 bool worker::running() const { return tk_thread_is_running(slot_->get().get()); }
 uint32_t worker::result() const { return tk_thread_result(slot_->get().get()); }
 const char* worker::name() const { return tk_thread_name(slot_->get().get()); }
@@ -110,47 +100,6 @@ bool worker_sleep_ms(uint32_t ms) {
     std::unique_lock guard(lock);
     never.wait_until(guard, stop, end, [] { return false; });
     return !stop.stop_requested();
-}
-
-void thread_registry_add(const std::stop_source& stop) {
-    registry& r = the_registry();
-    const std::lock_guard guard(r.lock);
-    r.running.push_back(stop);
-    r.changed.notify_all();
-}
-
-void thread_registry_remove(const std::stop_source& stop) {
-    registry& r = the_registry();
-    const std::lock_guard guard(r.lock);
-    std::erase(r.running, stop);
-    r.changed.notify_all();
-}
-
-uint32_t workers_running() {
-    registry& r = the_registry();
-    const std::lock_guard guard(r.lock);
-    return static_cast<uint32_t>(r.running.size());
-}
-
-uint32_t workers_stop_all(uint32_t patience_ms) {
-    registry& r = the_registry();
-    const std::stop_token self = worker_stop_token();
-    const auto is_self = [&self](const std::stop_source& one) { return one.get_token() == self; };
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(patience_ms);
-    std::unique_lock guard(r.lock);
-    for (bool in_time = true;;) {
-        std::vector<std::stop_source> others = r.running;
-        std::erase_if(others, is_self);
-        if (others.empty() || !in_time) return static_cast<uint32_t>(others.size());
-        const auto asked = [](const std::stop_source& one) { return one.stop_requested(); };
-        if (std::ranges::all_of(others, asked)) {
-            in_time = r.changed.wait_until(guard, end) == std::cv_status::no_timeout;
-            continue;
-        }
-        guard.unlock(); // a stop runs what its waits have registered for it
-        for (std::stop_source& one : others) one.request_stop();
-        guard.lock();
-    }
 }
 
 void worker_event::set() {

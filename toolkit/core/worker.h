@@ -43,6 +43,9 @@ class worker {
     /// Waits until the work has ended, for as long as it takes. RET_OK also when it had ended before; RET_FAIL when
     /// none was ever started, and on the worker's own thread.
     ret_t join();
+    /// Waits up to `ms` milliseconds (0xFFFFFFFF: for ever) for the work to end; true when none runs. False on
+    /// time-out and when the calling worker is asked to stop.
+    bool wait_ended(uint32_t ms) const;
     /// True from start until the work has returned and what it captured has been released.
     bool running() const;
     /// What the work returned; 0 before that.

@@ -1,0 +1,97 @@
+// The edits of hex digits. The generic family stores texts and forms them when an edit is left; the A family stores
+// numbers, filters while one types and scans when an edit is left.
+
+#include "fields/row_kinds.h"
+#include "toolkit/core/hex_text.h"
+#include "toolkit/core/log.h"
+#include "toolkit/core/text.h"
+
+namespace {
+
+// ---- texts ----
+
+void fill_text(const bound_row& at) { widget_set_text_utf8(at.w, row_text(at).c_str()); }
+
+/// The image's digits without blanks: what is typed over them is formed anew.
+ret_t show_image_digits(const bound_row& at) {
+    return widget_set_text_utf8(at.w, hex_digits_from_bytes(row_image_bytes(at)).c_str());
+}
+
+ret_t leave_text(const bound_row& at) {
+    const std::string typed = widget_get_text_utf8(at.w);
+    const std::string formed = hex_edit_form(typed);
+    if (formed == typed) return RET_OK; // formed already
+    widget_set_text_utf8(at.w, formed.c_str());
+    return row_store_text(at, formed);
+}
+
+ret_t change_pair(const bound_row& at) { return row_store_text(at, widget_get_text_utf8(at.w)); }
+
+// ---- numbers ----
+
+uint32_t row_word(const bound_row& at) { return field_word(at.what(), at.props()); }
+
+ret_t show_word(const bound_row& at) {
+    return widget_set_text_utf8(at.w, hex_pairs_from_word(row_word(at)).c_str());
+}
+void fill_word(const bound_row& at) { show_word(at); }
+ret_t focus_word(const bound_row& at) {
+    return widget_set_text_utf8(at.w, tk_format("%08X", row_word(at)).c_str());
+}
+
+ret_t show_byte(const bound_row& at) {
+    return widget_set_text_utf8(at.w, tk_format("%02X", row_number(at)).c_str());
+}
+void fill_byte(const bound_row& at) { show_byte(at); }
+ret_t focus_byte(const bound_row& at) {
+    const ret_t result = show_byte(at);
+    if (result != RET_OK) log_console("set f_vfocus failed!");
+    return result;
+}
+
+/// Takes out what does not belong; touches the edit only when something changed, so the cursor stays where it is.
+ret_t filter(const bound_row& at, const char* set_failed) {
+    const std::string typed = widget_get_text_utf8(at.w);
+    const std::string kept = hex_edit_filter(typed);
+    if (kept == typed || widget_set_text_utf8(at.w, kept.c_str()) == RET_OK) return RET_OK;
+    log_console(set_failed);
+    return RET_FAIL;
+}
+ret_t filter_word(const bound_row& at) { return filter(at, "set scherm0changing failed!"); }
+ret_t filter_byte(const bound_row& at) { return filter(at, "set f_vchanging failed!"); }
+
+/// An edit that is left as it was stores nothing: a window that closes takes the focus from its edits.
+ret_t leave_word(const bound_row& at) {
+    std::string typed = hex_edit_strip(widget_get_text_utf8(at.w));
+    if (typed.empty()) typed = "0";
+    uint32_t word = 0;
+    const bool scanned = hex_scan(typed, &word);
+    if (scanned && word == row_word(at)) return show_word(at);
+    if (scanned)
+        row_store(
+            at, [word](tk_object* props, const char* key) { return tk_object_set_prop_uint32(props, key, word); },
+            "");
+    show_word(at);
+    return row_show(at);
+}
+
+ret_t leave_byte(const bound_row& at) {
+    uint32_t word = 0;
+    const bool scanned = hex_scan(hex_edit_strip(widget_get_text_utf8(at.w)), &word);
+    const auto low = static_cast<uint8_t>(word);
+    if (scanned && low == row_number(at)) return show_byte(at);
+    if (!scanned) log_console("sscanf read f_v_value failed!");
+    if (scanned)
+        row_store(
+            at, [low](tk_object* props, const char* key) { return tk_object_set_prop_uint8(props, key, low); }, "");
+    if (show_byte(at) != RET_OK) log_console("set f_vblur failed!");
+    return row_show(at);
+}
+
+} // namespace
+
+const kind_ops hex_text_ops = {.fill = fill_text, .focus = show_image_digits, .blur = leave_text};
+const kind_ops hex_pair_ops = {.fill = fill_text, .changed = change_pair, .focus = show_image_digits};
+const kind_ops hex_word_ops = {.fill = fill_word, .changing = filter_word, .focus = focus_word, .blur = leave_word};
+const kind_ops hex_number_ops = {
+    .fill = fill_byte, .changing = filter_byte, .focus = focus_byte, .blur = leave_byte};

@@ -1,0 +1,192 @@
+#include "tests/toolkit/ravel/stage.h"
+
+#include "toolkit/ravel/qt/drive_input.h"
+#include "toolkit/ravel/qt/widget_class.h"
+
+#include <QApplication>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+class combos : public stage {
+  protected:
+    void SetUp() override {
+        stage::SetUp();
+        open(ui_window(ui_widget("QComboBox", "fixed", "10 10 200 32") +
+                       ui_widget("QComboBox", "port", "10 60 200 32", ui_flag("editable", true)) +
+                       ui_widget("QLineEdit", "edit", "10 110 200 32")));
+        fixed = at("fixed");
+        port = at("port");
+        combo_box_append_option(fixed, 11, "300");
+        combo_box_append_option(fixed, 4, "9600");
+        combo_box_append_option(fixed, 1, "115200");
+        for (widget* w : {fixed, port}) told.hear(w, event_type::value_changed);
+    }
+    static combo_widget* box(widget* w) { return static_cast<combo_widget*>(qwidget_of(w)); }
+    static bool list_is_open(widget* w) { return box(w)->popup_is_open(); }
+
+    /// Opens the list and picks a row with the pointer.
+    static void pick(widget* w, int row) {
+        const QPoint arrow = drive_list_spot(state_of(qwidget_of(w)));
+        click_at(w, arrow.x(), arrow.y());
+        ASSERT_TRUE(wait_until([w] { return list_is_open(w); }));
+        QAbstractItemView* list = box(w)->view();
+        const QPoint spot = list->visualRect(box(w)->model()->index(row, 0)).center();
+        // A list just opened by a press takes a release over a row for the end of that press.
+        wait_until([&] {
+            if (!list_is_open(w)) return true;
+            drive_press(list->viewport(), spot);
+            if (list_is_open(w)) drive_release(list->viewport(), spot);
+            return !list_is_open(w);
+        });
+        settle();
+    }
+
+    widget* fixed = nullptr;
+    widget* port = nullptr;
+};
+
+TEST_F(combos, options_keep_their_order_and_values_any_order) {
+    EXPECT_EQ(combo_box_count_options(fixed), 3);
+    EXPECT_TRUE(combo_box_has_option_text(fixed, "9600"));
+    EXPECT_FALSE(combo_box_has_option_text(fixed, "960"));
+    widget_set_value_int(fixed, 4);
+    EXPECT_EQ(widget_get_text_utf8(fixed), "9600");
+    widget_set_text_utf8(fixed, "115200");
+    EXPECT_EQ(widget_get_value_int(fixed), 1);
+    EXPECT_EQ(widget_set_text_utf8(fixed, "no such"), RET_FAIL);
+    EXPECT_EQ(widget_get_value_int(fixed), 1);
+    EXPECT_THAT(told.take(), IsEmpty());
+}
+
+TEST_F(combos, a_value_that_no_option_has_selects_and_shows_nothing) {
+    EXPECT_EQ(widget_get_value_int(fixed), 11) << "the first option of a list shows by itself";
+    widget_set_value_int(fixed, 99);
+    EXPECT_EQ(widget_get_text_utf8(fixed), "");
+    EXPECT_EQ(widget_get_value_int(fixed), -1);
+    combo_box_append_option(fixed, 5, "more");
+    EXPECT_EQ(widget_get_value_int(fixed), -1);
+}
+
+TEST_F(combos, picking_tells_and_picking_the_same_again_does_not) {
+    pick(fixed, 1);
+    EXPECT_EQ(widget_get_value_int(fixed), 4);
+    EXPECT_THAT(told.take(), ElementsAre("fixed:value_changed"));
+    pick(fixed, 1);
+    EXPECT_THAT(told.take(), IsEmpty());
+}
+
+TEST_F(combos, keys_and_the_wheel_on_the_focused_one_tell_each_change) {
+    click(at("edit"));
+    wheel(fixed, -120);
+    EXPECT_EQ(widget_get_value_int(fixed), 11) << "without the focus the wheel is not for it";
+    EXPECT_TRUE(widget_get_focused(at("edit")));
+    qwidget_of(fixed)->setFocus(Qt::TabFocusReason);
+    key("Down");
+    EXPECT_EQ(widget_get_value_int(fixed), 4);
+    wheel(fixed, -120);
+    EXPECT_EQ(widget_get_value_int(fixed), 1);
+    EXPECT_THAT(told.take(), SizeIs(2));
+    key("Down");
+    EXPECT_THAT(told.take(), IsEmpty()) << "the last option is the last";
+}
+
+TEST_F(combos, typed_text_is_taken_as_typed_on_enter_and_on_leaving) {
+    combo_box_append_option(port, 0, "COM7");
+    EXPECT_EQ(widget_get_text_utf8(port), "") << "an editable one keeps its text, none";
+    click(port);
+    type("COM12");
+    EXPECT_THAT(told.take(), IsEmpty()) << "not before it is left";
+    key("Enter");
+    EXPECT_THAT(told.take(), ElementsAre("port:value_changed"));
+    EXPECT_EQ(widget_get_text_utf8(port), "COM12");
+    EXPECT_EQ(widget_get_value_int(port), -1);
+    key("Ctrl+a");
+    type("COM7");
+    key("Tab");
+    EXPECT_THAT(told.take(), ElementsAre("port:value_changed"));
+    EXPECT_EQ(widget_get_value_int(port), 0) << "the text of an option means that option";
+    click(port);
+    key("Tab");
+    EXPECT_THAT(told.take(), IsEmpty());
+}
+
+TEST_F(combos, press_reaches_handlers_on_the_arrow_and_on_the_text) {
+    combo_box_append_option(port, 0, "COM7");
+    for (widget* w : {fixed, port}) told.hear(w, event_type::pointer_down);
+    click(port);
+    EXPECT_THAT(told.take(), ElementsAre("port:pointer_down"));
+    const QPoint arrow = drive_list_spot(state_of(qwidget_of(port)));
+    click_at(port, arrow.x(), arrow.y());
+    EXPECT_THAT(told.take(), ElementsAre("port:pointer_down"));
+    ASSERT_TRUE(wait_until([this] { return list_is_open(port); }));
+    box(port)->hidePopup();
+    click(fixed);
+    EXPECT_THAT(told.take(), ElementsAre("fixed:pointer_down"));
+    box(fixed)->hidePopup();
+}
+
+TEST_F(combos, refreshed_options_keep_the_choice_and_an_open_list_open) {
+    pick(fixed, 1);
+    told.take();
+    click(fixed);
+    ASSERT_TRUE(wait_until([this] { return list_is_open(fixed); }));
+    combo_box_set_options(fixed, {{0, "new"}, {7, "9600"}, {8, "a"}, {9, "b"}, {10, "c"}});
+    settle();
+    EXPECT_TRUE(list_is_open(fixed));
+    EXPECT_EQ(box(fixed)->view()->model()->rowCount(), 5);
+    EXPECT_GE(box(fixed)->view()->height(), 5 * 20) << "the list has room for the new rows";
+    EXPECT_EQ(widget_get_text_utf8(fixed), "9600");
+    EXPECT_EQ(widget_get_value_int(fixed), 7);
+    combo_box_append_option(fixed, 11, "d");
+    settle();
+    EXPECT_TRUE(list_is_open(fixed));
+    box(fixed)->hidePopup();
+    EXPECT_THAT(told.take(), IsEmpty());
+    combo_box_set_options(fixed, {{1, "x"}});
+    EXPECT_EQ(widget_get_value_int(fixed), -1) << "the chosen text is gone";
+}
+
+TEST_F(combos, typed_text_survives_refresh_and_reset) {
+    click(port);
+    type("COM3");
+    combo_box_set_options(port, {{0, "COM1"}, {1, "COM7"}});
+    EXPECT_EQ(widget_get_text_utf8(port), "COM3");
+    type("3");
+    EXPECT_EQ(widget_get_text_utf8(port), "COM33") << "the cursor stays where it was";
+    combo_box_reset_options(port);
+    EXPECT_EQ(widget_get_text_utf8(port), "COM33");
+    EXPECT_EQ(combo_box_count_options(port), 0);
+    combo_box_append_option(port, 0, "COM1");
+    EXPECT_EQ(widget_get_text_utf8(port), "COM33");
+    combo_box_reset_options(fixed);
+    EXPECT_EQ(widget_get_text_utf8(fixed), "");
+    EXPECT_EQ(widget_get_value_int(fixed), -1);
+    EXPECT_THAT(told.take(), IsEmpty());
+}
+
+TEST_F(combos, more_than_a_hundred_options_work) {
+    std::vector<std::pair<int32_t, std::string>> many;
+    for (int i = 0; i < 500; ++i) many.emplace_back(1000 - i, tk_format("COM%d", i));
+    combo_box_set_options(fixed, many);
+    EXPECT_EQ(combo_box_count_options(fixed), 500);
+    widget_set_value_int(fixed, 1000 - 499);
+    EXPECT_EQ(widget_get_text_utf8(fixed), "COM499");
+    qwidget_of(fixed)->setFocus();
+    key("Up");
+    EXPECT_EQ(widget_get_text_utf8(fixed), "COM498");
+}
+
+TEST_F(combos, wrong_arguments_are_refused) {
+    EXPECT_EQ(combo_box_append_option(nullptr, 1, "x"), RET_BAD_PARAMS);
+    EXPECT_EQ(combo_box_append_option(at("edit"), 1, "x"), RET_BAD_PARAMS);
+    EXPECT_EQ(combo_box_append_option(fixed, 1, nullptr), RET_BAD_PARAMS);
+    EXPECT_EQ(combo_box_reset_options(nullptr), RET_BAD_PARAMS);
+    EXPECT_EQ(combo_box_count_options(nullptr), 0);
+    EXPECT_FALSE(combo_box_has_option_text(fixed, nullptr));
+}
+
+} // namespace

@@ -1,0 +1,65 @@
+#include "tests/toolkit/ravel/stage.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QFontDatabase>
+#include <QFontInfo>
+#include <QLabel>
+#include <QRawFont>
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path top = VKT_SOURCE_TREE;
+
+/// Characters of all texts that the program itself shows.
+QString own_characters() {
+    QString all;
+    for (const char* room : {"res/default/ui", "res/default/strings", "app", "dev_a", "dev_b", "dev_generic", "f7",
+                             "fields", "session", "shell"})
+        for (const auto& entry : fs::recursive_directory_iterator(top / room)) {
+            QFile file(QString::fromStdString(entry.path().string()));
+            if (entry.is_regular_file() && file.open(QIODevice::ReadOnly)) all += QString::fromUtf8(file.readAll());
+        }
+    return all;
+}
+
+class Fonts : public stage, public testing::WithParamInterface<const char*> {};
+
+TEST_P(Fonts, HoldEveryCharacterOfTheProgramsOwnTexts) {
+    const QRawFont font(QString::fromStdString((top / "res/default/fonts" / GetParam()).string()), 14);
+    ASSERT_TRUE(font.isValid());
+    const QString text = own_characters();
+    ASSERT_TRUE(text.contains(QStringLiteral("转换参数")));
+    QString missing;
+    for (const QChar& c : text)
+        if (c >= u' ' && !font.supportsCharacter(c) && !missing.contains(c)) missing += c;
+    EXPECT_EQ(missing.toStdString(), "") << "run tools/make_fonts.py";
+}
+
+INSTANTIATE_TEST_SUITE_P(Brought, Fonts, testing::Values("vkt_sans.otf", "vkt_mono.otf"),
+                         [](const auto& each) { return std::string(each.param).substr(4, 4); });
+
+class FontChoice : public stage {};
+
+TEST_F(FontChoice, TheThemesOwnFontDrawsAndTheSystemsOneFillsItsGaps) {
+    EXPECT_EQ(QFontInfo(QApplication::font()).family(), QStringLiteral("VKT Sans"));
+    EXPECT_EQ(QFontInfo(QApplication::font()).pixelSize(), 14);
+    const QChar rare(u'齉');
+    const QRawFont own = QRawFont::fromFont(QApplication::font());
+    ASSERT_FALSE(own.supportsCharacter(rare));
+    QLabel label{QString(rare)};
+    label.setFont(QApplication::font());
+    label.resize(30, 30);
+    QLabel unknown{QString(QChar(0xE123))};
+    unknown.setFont(QApplication::font());
+    unknown.resize(30, 30);
+    EXPECT_NE(label.grab().toImage(), unknown.grab().toImage());
+}
+
+} // namespace

@@ -1,0 +1,111 @@
+#include "tests/toolkit/ravel/stage.h"
+
+#include "toolkit/ravel/qt/window_stack.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class scrolling : public stage {
+  protected:
+    void SetUp() override {
+        stage::SetUp();
+        open(ui_window(ui_widget("QScrollArea", "view", "10 10 300 200",
+                                 ui_dynamic("scroll_bar", "bar") +
+                                     ui_widget("QWidget", "content", "0 0 300 200",
+                                               ui_widget("QLabel", "label", "10 10 100 30") +
+                                                   ui_widget("QSpinBox", "spin", "10 50 100 30") +
+                                                   ui_widget("QLineEdit", "last", "10 350 100 30"))) +
+                       ui_widget("QScrollBar", "bar", "320 10 12 200",
+                                 "<property name=\"orientation\"><enum>Qt::Vertical</enum></property>" +
+                                     ui_number("maximum", 500) + ui_number("singleStep", 10))));
+        view = at("view");
+        scroll_view_set_virtual_h(view, 383);
+        for (const event_type type : {event_type::wheel, event_type::value_changed}) {
+            told.hear(view, type);
+            told.hear(at("bar"), type);
+        }
+    }
+    widget* view = nullptr;
+};
+
+TEST_F(scrolling, offset_is_held_to_what_the_content_allows) {
+    scroll_view_set_offset(view, 0, 100);
+    EXPECT_EQ(scroll_view_get_offset_y(view), 100);
+    scroll_view_set_offset(view, 50, 1000);
+    EXPECT_EQ(scroll_view_get_offset_y(view), 183);
+    EXPECT_EQ(scroll_view_get_offset_x(view), 0) << "as wide as the view: nothing to move";
+    scroll_view_set_offset(view, -5, -5);
+    EXPECT_EQ(scroll_view_get_offset_y(view), 0);
+    EXPECT_EQ(scroll_view_set_offset(nullptr, 0, 0), RET_BAD_PARAMS);
+    EXPECT_EQ(scroll_view_get_offset_y(at("bar")), 0);
+}
+
+TEST_F(scrolling, virtual_width_is_never_narrower_than_the_view) {
+    scroll_view_set_virtual_w(view, 1000);
+    EXPECT_EQ(widget_get_prop_int(at("content"), "w", 0), 1000);
+    scroll_view_set_offset(view, 2000, 0);
+    EXPECT_EQ(scroll_view_get_offset_x(view), 700);
+    scroll_view_set_virtual_w(view, 100);
+    settle();
+    EXPECT_EQ(widget_get_prop_int(at("content"), "w", 0), 300);
+    EXPECT_EQ(scroll_view_get_offset_x(view), 0);
+    EXPECT_EQ(scroll_view_set_virtual_w(at("bar"), 100), RET_BAD_PARAMS);
+    EXPECT_EQ(scroll_view_set_virtual_h(view, -1), RET_BAD_PARAMS);
+}
+
+TEST_F(scrolling, wheel_over_its_children_goes_to_its_handlers_and_moves_nothing_by_itself) {
+    int delta = 0;
+    widget_on(view, event_type::wheel, [&delta](const event& e) {
+        delta = e.delta;
+        return RET_OK;
+    });
+    wheel(at("label"), -120);
+    EXPECT_EQ(delta, -120);
+    wheel(at("spin"), 240);
+    EXPECT_EQ(delta, 240);
+    EXPECT_EQ(widget_get_value_int(at("spin")), 0);
+    widget_set_enable(at("spin"), false);
+    wheel(at("spin"), 120);
+    EXPECT_EQ(delta, 120);
+    EXPECT_THAT(told.take(), ElementsAre("view:wheel", "view:wheel", "view:wheel"));
+    EXPECT_EQ(scroll_view_get_offset_y(view), 0);
+}
+
+TEST_F(scrolling, bar_tells_the_user_only) {
+    widget_set_value_int(at("bar"), 250);
+    EXPECT_EQ(widget_get_value_int(at("bar")), 250);
+    widget_set_value_int(at("bar"), 9999);
+    EXPECT_EQ(widget_get_value_int(at("bar")), 500);
+    widget_set_range(at("bar"), 0, 100);
+    EXPECT_EQ(widget_get_value_int(at("bar")), 100);
+    EXPECT_THAT(told.take(), IsEmpty());
+    wheel(at("bar"), 120);
+    EXPECT_LT(widget_get_value_int(at("bar")), 100);
+    EXPECT_THAT(told.take(), testing::Contains("bar:value_changed"));
+}
+
+TEST_F(scrolling, tab_to_a_hidden_field_steps_the_bar_until_it_shows) {
+    widget_on(at("bar"), event_type::value_changed, [this](const event&) {
+        return scroll_view_set_offset(view, 0, static_cast<int>(widget_get_value_int(at("bar")) * 0.366));
+    });
+    click(at("spin"));
+    key("Tab");
+    ASSERT_TRUE(widget_get_focused(at("last")));
+    EXPECT_EQ(scroll_view_get_offset_y(view), static_cast<int>(widget_get_value_int(at("bar")) * 0.366));
+    EXPECT_FALSE(covered_at(qwidget_of(at("last")), QPoint(5, 5)));
+    key("Shift+Tab");
+    ASSERT_TRUE(widget_get_focused(at("spin")));
+    EXPECT_FALSE(covered_at(qwidget_of(at("spin")), QPoint(5, 5)));
+}
+
+TEST_F(scrolling, tab_to_a_hidden_field_shows_it_without_a_bar_too) {
+    widget_set_prop_str(view, "scroll_bar", "");
+    click(at("spin"));
+    key("Tab");
+    EXPECT_FALSE(covered_at(qwidget_of(at("last")), QPoint(5, 5)));
+    EXPECT_GT(scroll_view_get_offset_y(view), 0);
+}
+
+} // namespace
