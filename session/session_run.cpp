@@ -11,6 +11,7 @@
 namespace {
 
 constexpr uint32_t result_failed = 2;
+constexpr int drop_rounds = 10; ///< of quiet_ms each: the longest reply takes 167 ms
 
 void log_folder_ensure() {
     const std::string& path = session_log_path();
@@ -91,9 +92,19 @@ step_end session_run::fail(const char* message, const std::string& log) {
         state.port.close(); // one that was open before a connect that never came to its own
         state.connected = false;
     }
+    drop_input();
     port.give_back();
     if (reports.failed) reports.failed({number_, script_.kind, log, message});
     return step_end::failed;
+}
+
+// The end of a reply may still be on its way, and a session that does not drain would take it for its own. A module
+// that never stops talking cannot hold the session.
+void session_run::drop_input() {
+    for (int round = 0; port && round < drop_rounds; ++round) {
+        if (!port.purge(PURGE_RXCLEAR) || !worker_sleep_ms(session_timing_get().quiet_ms)) return;
+        if (port.waiting().value_or(0) == 0) return;
+    }
 }
 
 step_end session_run::run_exchange(const exchange& with) {

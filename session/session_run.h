@@ -44,7 +44,8 @@ class session_run {
     void say(const session_report& report) const;
     void finish() const;
 
-    /// The one way to fail: a connect closes its port, the port is given back, the failure is reported.
+    /// The one way to fail: a connect closes its port, others drop what is left of the reply; the port is given
+    /// back, the failure is reported.
     step_end fail(const char* message, const std::string& log);
     /// Judges what stands in `reply`: reports its faults, accepts it when it has none.
     step_end check_reply(const exchange& with);
@@ -56,6 +57,7 @@ class session_run {
     step_end run_exchange(const exchange& with);
     step_end exchange_once(const exchange& with);
     step_end io_failed(const exchange& with, bool writing, const io_result& result);
+    void drop_input();
 
     const session_script& script_;
     const uint32_t number_;
@@ -71,6 +73,7 @@ struct session_timing {
     uint32_t start_wait_ms = 500; ///< a start waits at most this long for the session before it
     uint32_t read_wait_ms = 5000; ///< a pending read is waited for at most this long
     uint32_t mode_step_ms = 200;  ///< a B module changes its mode in five steps of this length
+    uint32_t quiet_ms = 30;       ///< after a failure: when nothing comes for this long, the reply has ended
 };
 session_timing& session_timing_get();
 

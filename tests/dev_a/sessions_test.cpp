@@ -127,6 +127,23 @@ TEST_F(a_session, write_sends_the_image_and_does_not_drain) {
     EXPECT_EQ(com::call_count(com::call::clear_comm_error), 1u);
 }
 
+// A write does not drain, so what a failed one leaves behind would spoil every one after it.
+TEST_F(a_session, bytes_too_many_spoil_one_write_at_most) {
+    connect();
+    for (const bool paced : {false, true}) {
+        module->set_paced(paced); // on a real line the end of a reply comes after the failure
+        module->plan({.what = fault::extra, .argument = 2});
+        ASSERT_TRUE(run(session_kind::write));
+        EXPECT_EQ(heard.events, good_write) << "it has its six bytes";
+        ASSERT_TRUE(run(session_kind::write));
+        EXPECT_EQ(heard.events.back(), "failed 2 检测配置失败");
+        heard = {};
+        ASSERT_TRUE(run(session_kind::write));
+        EXPECT_EQ(heard.events, good_write) << "paced: " << paced;
+        heard = {};
+    }
+}
+
 TEST_F(a_session, a_reply_with_a_foreign_header_keeps_the_image_and_completes) {
     connect();
     const session_bytes before = dev->image;
