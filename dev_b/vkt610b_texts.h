@@ -17,8 +17,8 @@ inline constexpr io_texts b_read_texts = {{.write = "读配置命令失败",
                                            .create_read_event = b_no_reply,
                                            .wait_read = b_no_reply,
                                            .read_result = b_no_reply},
-                                          "send: read product info\n[%d-%d-%d]write: ",
-                                          "send:  read product info\n [%d-%d-%d]read: "};
+                                          "send: read product config info\n[%d-%d-%d]write: ",
+                                          "send: read product config info\n [%d-%d-%d]read: "};
 inline constexpr io_texts b_write_texts = {{.wait_write = "写配置命令失败",
                                             .write_result = "写配置命令失败",
                                             .create_read_event = b_no_reply,
