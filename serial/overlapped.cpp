@@ -130,10 +130,8 @@ io_result overlapped_read_with(const io_port& port, HANDLE event, std::span<uint
     auto op = std::make_unique<pending>(into.size());
     op->record.hEvent = event;
     const BOOL started = com::ReadFile(port.handle, op->bytes.data(), op->size(), nullptr, &op->record);
-    io_result result = finish(port, event, started, wait_ms, op);
-    if (result.error == error_timeout) result.step = io_step::wait;
+    const io_result result = finish(port, event, started, wait_ms, op);
     if (!result.ok()) return judge(port, result);
-    if (result.bytes == 0) return judge(port, {io_step::wait, 0, 0});
     std::copy_n(op->bytes.begin(), std::min<std::size_t>(result.bytes, into.size()), into.begin());
     return result;
 }
@@ -141,5 +139,8 @@ io_result overlapped_read_with(const io_port& port, HANDLE event, std::span<uint
 io_result overlapped_read(const io_port& port, std::span<uint8_t> into, DWORD wait_ms) {
     owned_handle event(make_event());
     if (!event.valid()) return {io_step::create_event, com::GetLastError(), 0};
-    return overlapped_read_with(port, event.get(), into, wait_ms);
+    io_result result = overlapped_read_with(port, event.get(), into, wait_ms);
+    if (result.ok() && result.bytes == 0) return judge(port, {io_step::wait, 0, 0});
+    if (result.error == error_timeout) result.step = io_step::wait;
+    return result;
 }

@@ -47,4 +47,5 @@ io_result overlapped_write(const io_port& port, std::span<const uint8_t> bytes);
 io_result overlapped_read(const io_port& port, std::span<uint8_t> into, DWORD wait_ms);
 
 /// The same over an event of the caller's, which is left open; a handle that is no event fails as the system says.
+/// It ends as the system ended it: a time-out of the port's is a good read of 0 bytes, or a failed result of 1460.
 io_result overlapped_read_with(const io_port& port, HANDLE event, std::span<uint8_t> into, DWORD wait_ms);

@@ -38,7 +38,7 @@ bool drain_round(const io_port& port, HANDLE event, DWORD wait_ms) {
     std::array<uint8_t, io_read_max> scratch{};
     const io_result read = overlapped_read_with(port, event, scratch, wait_ms);
     switch (read.step) {
-    case io_step::done:
+    case io_step::done: // also when the port's time-out came before a byte did
         return true;
     case io_step::start:
         console_error("ReadFile", read.error);
@@ -48,9 +48,6 @@ bool drain_round(const io_port& port, HANDLE event, DWORD wait_ms) {
         return false;
     case io_step::stopped:
         return false;
-    case io_step::wait:
-        if (read.error == 0) return true; // the time-out came before a byte did
-        [[fallthrough]];
     default:
         console_error("WaitForSingleObject", read.error);
         return false;

@@ -65,8 +65,12 @@ bool is_port(const std::string& name) {
     return name.find("COM") != std::string::npos || name.find("LPT") != std::string::npos;
 }
 
+/// Whether the list can be written; who looks for it from now on finds one.
+bool list_can_be_written() { return fs_file_ptr(fs_open_file(os_fs(), list_file, "ab")) != nullptr; }
+
 /// A scan that gets no names leaves an empty list behind.
 int scan_in_turn() {
+    if (!list_can_be_written()) return -1;
     const std::optional<std::vector<std::string>> names = device_names();
     for (const std::string& name : names.value_or(std::vector<std::string>()))
         if (is_port(name)) log_console(name + "\n");
@@ -91,9 +95,10 @@ void post_entry(uint32_t index, const std::string& name) {
     });
 }
 
-void load_in_turn() {
+/// False when the list cannot be opened.
+bool load_in_turn() {
     const std::optional<std::vector<std::string>> lines = port_list_lines();
-    if (!lines) return;
+    if (!lines) return false;
     post([] {
         if (view.reset) view.reset();
     });
@@ -103,18 +108,7 @@ void load_in_turn() {
         const std::string name = port_shown_name(line);
         if (!name.empty()) post_entry(index, name);
     }
-}
-
-// The turn is kept until the whole list is queued, so that two loads never mix on the screen.
-uint32_t load_once() {
-    const std::lock_guard hold(turn);
-    scan_in_turn();
-    if (authority_check() != 0)
-        post([] {
-            if (view.no_permission) view.no_permission();
-        });
-    load_in_turn();
-    return 0;
+    return true;
 }
 
 // ---- workers ----
@@ -189,11 +183,22 @@ int authority_check() {
     return 0;
 }
 
+// The turn is kept until the whole list is queued, so that two loads never mix on the screen.
+uint32_t port_list_load() {
+    const std::lock_guard hold(turn);
+    scan_in_turn();
+    if (authority_check() != 0)
+        post([] {
+            if (view.no_permission) view.no_permission();
+        });
+    return load_in_turn() ? 0 : 1;
+}
+
 void port_list_load_start() {
     list_workers& w = workers();
     if (w.loading) return;
     const auto work = [] {
-        const uint32_t result = load_once();
+        const uint32_t result = port_list_load();
         idle_queue(load_finished);
         return result;
     };

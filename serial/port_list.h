@@ -19,11 +19,15 @@ struct port_list_view {
 };
 void port_list_set_view(port_list_view view);
 
-/// Writes "com_list.txt" from the system's device names. 0 on success, -1 on failure. Any thread; takes turns.
+/// Writes "com_list.txt" from the system's device names. 0 on success, -1 on failure; a list that cannot be written
+/// is no reason to ask for names. Any thread; takes turns.
 int port_scan();
 /// Creates and deletes "authority" in the working directory: 0 when allowed, -1 otherwise. Any thread.
 int authority_check();
 
+/// What the one-shot load does on its worker: scans, probes the folder, queues the list for the view. 0, or 1 when
+/// the list cannot be opened. Any thread; takes turns.
+uint32_t port_list_load();
 /// Starts "com_get_entry" unless it exists (then nothing happens). GUI thread.
 void port_list_load_start();
 /// Starts the watcher "com_get_entry2": a scan at once, then every port_watcher_period_ms(). Never more than one

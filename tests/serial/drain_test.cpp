@@ -90,6 +90,21 @@ TEST_F(port_calls, drain_says_what_failed) {
     EXPECT_EQ(console.text(), said + "ClearCommError failed with error 87\n");
 }
 
+TEST_F(port_calls, drain_says_which_call_timed_out) {
+    const std::pair<com::call, const char*> failures[] = {
+        {com::call::read_file, "ReadFile failed with error 1460\n"},
+        {com::call::get_overlapped_result, "GetOverlappedResult failed with error 1460\n"},
+    };
+    for (const auto& [call, line] : failures) {
+        fill(10);
+        com::fault_set(call, 0, 1, 1460);
+        port.drain();
+        EXPECT_EQ(console.take(), line);
+        com::fault_clear();
+        port.purge(PURGE_RXCLEAR);
+    }
+}
+
 TEST_F(port_calls, mode_text_goes_out) {
     mode_text_write(port, mode_config);
     ASSERT_TRUE(idle_run_until([this] { return module->mode() == "config"; }, patience_ms));

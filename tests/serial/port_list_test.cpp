@@ -128,8 +128,17 @@ TEST_F(port_list, a_buffer_that_is_too_small_is_asked_again_once) {
 TEST_F(port_list, a_list_that_cannot_be_written_fails) {
     std::filesystem::create_directories(std::filesystem::path(list_file) / "in_the_way");
     EXPECT_EQ(port_scan(), -1);
+    EXPECT_EQ(com::call_count(com::call::query_dos_device), 0u);
+    EXPECT_EQ(console.text(), "") << "no name is printed that reaches no list";
     EXPECT_TRUE(load()) << "the load says that it has finished all the same";
     EXPECT_TRUE(shown.empty());
+}
+
+TEST_F(port_list, a_load_answers_whether_there_was_a_list) {
+    EXPECT_EQ(port_list_load(), 0u);
+    std::filesystem::remove(list_file);
+    std::filesystem::create_directories(list_file);
+    EXPECT_EQ(port_list_load(), 1u);
 }
 
 TEST_F(port_list, no_port_at_all_empties_the_list) {
