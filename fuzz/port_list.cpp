@@ -28,8 +28,18 @@ bool known(const std::string& name) {
     return number >= 0 && number < 500 && name == "COM" + std::to_string(number);
 }
 
+/// Without blanks around it; "com" before digits alone in capitals.
+std::string port_text(std::string text) {
+    while (!text.empty() && std::string(" \t\r\n").find(text.back()) != std::string::npos) text.pop_back();
+    while (!text.empty() && std::string(" \t\r\n").find(text.front()) != std::string::npos) text.erase(0, 1);
+    if (text.size() < 4 || text.find_first_not_of("0123456789", 3) != std::string::npos) return text;
+    for (std::size_t i = 0; i < 3; i++)
+        if (text[i] != "COM"[i] && text[i] != "com"[i]) return text;
+    return "COM" + text.substr(3);
+}
+
 void check_path(const std::string& text) {
-    const std::string name = tk_utf8_cut(text, longest);
+    const std::string name = port_text(tk_utf8_cut(text, longest));
     for (const bool typed_paths : {true, false}) {
         const auto path = port_path(text, typed_paths);
         if (name.empty()) {

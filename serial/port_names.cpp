@@ -2,6 +2,9 @@
 
 #include "toolkit/core/text.h"
 
+#include <algorithm>
+#include <cctype>
+
 namespace {
 
 constexpr int port_names = 500;
@@ -21,12 +24,28 @@ tk_object* name_map() {
     return names;
 }
 
+/// Without the blanks around it; "com7" in capitals.
+std::string port_text(const std::string& typed) {
+    constexpr const char* blanks = " \t\r\n";
+    const std::size_t first = typed.find_first_not_of(blanks);
+    if (first == std::string::npos) return {};
+    const std::string text = typed.substr(first, typed.find_last_not_of(blanks) - first + 1);
+    const std::string head = "COM";
+    const auto upper = [](unsigned char c) { return std::toupper(c); };
+    const auto digit = [](char c) { return c >= '0' && c <= '9'; };
+    if (text.size() <= head.size() || !std::all_of(text.begin() + 3, text.end(), digit)) return text;
+    const bool is_com = std::equal(head.begin(), head.end(), text.begin(), [&upper](char want, char c) {
+        return want == upper(static_cast<unsigned char>(c));
+    });
+    return is_com ? head + text.substr(head.size()) : text;
+}
+
 std::string position(uint32_t index) { return tk_format("%u", index); }
 
 } // namespace
 
 std::optional<std::string> port_path(const std::string& text, bool typed_paths) {
-    const std::string name = tk_utf8_cut(text, port_text_max);
+    const std::string name = port_text(tk_utf8_cut(text, port_text_max));
     if (name.empty()) return std::nullopt;
     if (name.front() != 'C') return typed_paths ? name : std::string();
     const std::string path = tk_object_get_prop_str(name_map(), name.c_str(), "");

@@ -7,9 +7,10 @@
 #include <optional>
 #include <string>
 
-/// Device path of a port text (at most its first 100 bytes count). A text that begins with "C" is looked up among
-/// "COM0" to "COM499"; nothing when it is not one of them, or when the text is empty. Any other text is a path
-/// itself where paths may be typed; where not, it has an empty one, which never opens. Any thread.
+/// Device path of a port text (at most its first 100 bytes count; the blanks around it do not, and "com7" is COM7).
+/// A text that begins with "C" is looked up among "COM0" to "COM499"; nothing when it is not one of them, or when
+/// the text is empty. Any other text is a path itself where paths may be typed; where not, it has an empty one,
+/// which never opens. Any thread.
 std::optional<std::string> port_path(const std::string& text, bool typed_paths);
 
 /// Keeps the port list's line at a position (from 0), for the process's life. Any thread.

@@ -18,7 +18,8 @@ TEST(port_names, com_names_map_to_device_paths) {
 }
 
 TEST(port_names, other_texts_with_a_leading_c_are_no_port) {
-    for (const char* text : {"COM500", "C", "COM", "COM07", "COM-1", "CON", "COM7 ", "COM4294967303"})
+    for (const char* text :
+         {"COM500", "C", "COM", "COM07", "COM-1", "CON", "COM 7", "COM4294967303", "com500", "Com07"})
         EXPECT_EQ(port_path(text, true), std::nullopt) << text;
     EXPECT_EQ(port_path("", true), std::nullopt);
     EXPECT_EQ(port_path("", false), std::nullopt);
@@ -27,7 +28,18 @@ TEST(port_names, other_texts_with_a_leading_c_are_no_port) {
 TEST(port_names, other_texts_are_a_path_where_paths_may_be_typed) {
     EXPECT_EQ(port_path("\\\\.\\COM7", true), "\\\\.\\COM7");
     EXPECT_EQ(port_path("\\\\.\\COM7", false), "");
-    EXPECT_EQ(port_path("com7", true), "com7");
+    EXPECT_EQ(port_path("com", true), "com");
+    EXPECT_EQ(port_path("com7x", true), "com7x");
+    EXPECT_EQ(port_path("/dev/ttyUSB0", true), "/dev/ttyUSB0");
+}
+
+TEST(port_names, names_are_taken_in_any_case_and_with_blanks_around) {
+    for (const bool typed : {true, false})
+        for (const char* text : {"com7", "Com7", "coM7", " COM7", "COM7 ", "\t com7 \r\n"})
+            EXPECT_EQ(port_path(text, typed), "\\\\.\\COM7") << text;
+    EXPECT_EQ(port_path(" /dev/my port ", true), "/dev/my port") << "so are paths";
+    EXPECT_EQ(port_path(" \t ", true), std::nullopt) << "blanks alone are no text";
+    EXPECT_EQ(port_path(" \t ", false), std::nullopt);
 }
 
 TEST(port_names, only_the_first_hundred_bytes_count) {
