@@ -68,8 +68,9 @@ ret_t session_fail_display(const family_pages& pages, const session_failure& fai
     widget* home = navigator_find(home_name);
     if (home == nullptr) return RET_INIT_FAILED;
     log_folder_ensure();
-    if (!log_append(error_log_path(), failure.log_line)) return RET_INIT_FAILED;
-    log_append(session_log_path(), failure.log_line);
+    const std::string lines = failure.log_line + failure.cause;
+    if (!log_append(error_log_path(), lines)) return RET_INIT_FAILED;
+    log_append(session_log_path(), lines);
     if (failure.kind == session_kind::connect) {
         if (dev_obj* dev = device_of(pages)) dev->session.give_up();
         ui_state_apply(home, ui_state::idle);

@@ -90,4 +90,14 @@ void resume_all();
 /// empty path removes the mapping. Does nothing on Windows. Any thread.
 void map_port(const std::string& name, const std::string& path);
 
+/// What stands behind CreateFileA's error 5.
+enum class denial : uint8_t {
+    taken,     ///< another program has it open
+    forbidden, ///< the user may not open it
+    no_port,   ///< there is something else of that name
+};
+/// For a path as CreateFileA takes it. On Windows, where 5 is how a port in use answers, always `taken`. Any
+/// thread.
+denial why_denied(const std::string& path);
+
 } // namespace com

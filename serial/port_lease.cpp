@@ -104,9 +104,11 @@ io_result port_lease::read(std::span<uint8_t> into, DWORD wait_ms) {
     return overlapped_read(line_->io(), into, wait_ms);
 }
 
-std::optional<DWORD> port_lease::waiting() {
+std::optional<DWORD> port_lease::waiting(DWORD* error) {
     if (!usable()) return std::nullopt;
-    return port_handle_waiting(line_->handle.get());
+    const std::optional<DWORD> bytes = port_handle_waiting(line_->handle.get());
+    if (!bytes && error != nullptr) *error = com::GetLastError();
+    return bytes;
 }
 
 void port_lease::configure(const std::function<void(int)>& after) {
@@ -117,7 +119,12 @@ void port_lease::drain() {
     if (usable()) port_handle_drain(line_->io(), line_->timing.drain_wait_ms);
 }
 
-bool port_lease::purge(DWORD flags) { return usable() && com::PurgeComm(line_->handle.get(), flags); }
+bool port_lease::purge(DWORD flags, DWORD* error) {
+    if (!usable()) return false;
+    const bool done = com::PurgeComm(line_->handle.get(), flags) != 0;
+    if (!done && error != nullptr) *error = com::GetLastError();
+    return done;
+}
 
 std::optional<COMMTIMEOUTS> port_lease::timeouts() {
     COMMTIMEOUTS now{};

@@ -51,16 +51,18 @@ class port_lease {
 
     /// Clears the port's error state.
     void clear_errors() { static_cast<void>(waiting()); }
-    /// How many bytes wait in the input queue, after clearing the error state; nothing when the system cannot tell.
-    std::optional<DWORD> waiting();
+    /// How many bytes wait in the input queue, after clearing the error state; nothing, with the system's `error`
+    /// if asked for, when the system cannot tell.
+    std::optional<DWORD> waiting(DWORD* error = nullptr);
     /// Queue sizes, time-outs (the timing's), line settings (9600 baud, 8 data bits, no parity, two stop bits) and
     /// purge, in this order; their results are not looked at. `after`, if given, is called after each of the four
     /// with its number (0 to 3).
     void configure(const std::function<void(int)>& after = {});
     /// Swallows one pending burst of input. Its messages go to the console only.
     void drain();
-    /// Drops what waits in both queues (or as the PURGE_ flags say). False when the system refuses.
-    bool purge(DWORD flags = PURGE_TXCLEAR | PURGE_RXCLEAR);
+    /// Drops what waits in both queues (or as the PURGE_ flags say). False, with the system's `error` if asked for,
+    /// when the system refuses.
+    bool purge(DWORD flags = PURGE_TXCLEAR | PURGE_RXCLEAR, DWORD* error = nullptr);
     /// The port's time-outs now; nothing when the system refuses.
     std::optional<COMMTIMEOUTS> timeouts();
     /// False when the system refuses; the time-outs stay as they were then.

@@ -17,8 +17,10 @@ struct session_progress {
 struct session_failure {
     uint32_t run; ///< as device_session::start numbered it
     session_kind kind;
-    std::string log_line; ///< for both logs, as it stands
-    std::string text;     ///< for the screen
+    std::string log_line;   ///< for both logs, as it stands
+    std::string text;       ///< for the screen
+    std::string cause{};    ///< one more line for both logs: port and system error in words; empty without one
+    bool port_lost = false; ///< the device behind the port is gone
 };
 
 struct session_reports {

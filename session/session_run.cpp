@@ -86,25 +86,29 @@ std::string session_run::log_text(const std::string& format) const {
     return model + tk_format(format.c_str(), now.hour, now.minute, now.second);
 }
 
-step_end session_run::fail(const char* message, const std::string& log) {
+step_end session_run::fail(const char* message, const std::string& log, port_cause cause) {
     if (script_.kind == session_kind::connect) {
         port.close_port();
         state.port.close(); // one that was open before a connect that never came to its own
         state.connected = false;
     }
-    drop_input();
+    if (const DWORD error = drop_input(); cause.words == nullptr && port_lost_error(error))
+        cause = port_use_cause(error);
     port.give_back();
-    if (reports.failed) reports.failed({number_, script_.kind, log, message});
+    const std::string line = port_cause_line(input.port_text, cause);
+    if (reports.failed) reports.failed({number_, script_.kind, log, message, line, cause.lost});
     return step_end::failed;
 }
 
 // The end of a reply may still be on its way, and a session that does not drain would take it for its own. A module
 // that never stops talking cannot hold the session.
-void session_run::drop_input() {
+DWORD session_run::drop_input() {
+    DWORD error = 0;
     for (int round = 0; port && round < drop_rounds; ++round) {
-        if (!port.purge(PURGE_RXCLEAR) || !worker_sleep_ms(session_timing_get().quiet_ms)) return;
-        if (port.waiting().value_or(0) == 0) return;
+        if (!port.purge(PURGE_RXCLEAR, &error) || !worker_sleep_ms(session_timing_get().quiet_ms)) break;
+        if (port.waiting(&error).value_or(0) == 0) break;
     }
+    return error;
 }
 
 step_end session_run::run_exchange(const exchange& with) {
@@ -149,18 +153,17 @@ step_end session_run::io_failed(const exchange& with, bool writing, const io_res
     const io_messages& message = with.texts->message;
     const io_tails& tails = writing ? write_tails : read_tails;
     const std::string head = writing ? with.texts->write_head : with.texts->read_head;
-    const std::string lost =
-        port_lost_error(result.error) ? tk_format(log_port_lost, static_cast<unsigned long>(result.error)) : "";
+    const port_cause cause = port_use_cause(result.error);
     switch (result.step) {
     case io_step::create_event:
         return fail(writing ? message.create_write_event : message.create_read_event,
-                    log_text(head + tails.create_event));
+                    log_text(head + tails.create_event), cause);
     case io_step::start:
-        return fail(writing ? message.write : message.read, log_text(head + tails.start) + lost);
+        return fail(writing ? message.write : message.read, log_text(head + tails.start), cause);
     case io_step::wait:
         return fail(writing ? message.wait_write : message.wait_read, log_text(head + tails.wait));
     case io_step::result:
-        return fail(writing ? message.write_result : message.read_result, log_text(head + tails.result) + lost);
+        return fail(writing ? message.write_result : message.read_result, log_text(head + tails.result), cause);
     default:
         return step_end::stopped;
     }

@@ -1,6 +1,7 @@
 // The one engine behind every session: it works through a script, with one way to fail.
 #pragma once
 
+#include "serial/port_cause.h"
 #include "serial/port_lease.h"
 #include "session/family.h"
 #include "session/session_reports.h"
@@ -46,7 +47,7 @@ class session_run {
 
     /// The one way to fail: a connect closes its port, others drop what is left of the reply; the port is given
     /// back, the failure is reported.
-    step_end fail(const char* message, const std::string& log);
+    step_end fail(const char* message, const std::string& log, port_cause cause = {});
     /// Judges what stands in `reply`: reports its faults, accepts it when it has none.
     step_end check_reply(const exchange& with);
     /// A log text with the time in its three "%d", the model's name before it where the family has that.
@@ -57,7 +58,8 @@ class session_run {
     step_end run_exchange(const exchange& with);
     step_end exchange_once(const exchange& with);
     step_end io_failed(const exchange& with, bool writing, const io_result& result);
-    void drop_input();
+    /// Drops what still comes of a reply. The system's error when the port refuses that, else 0.
+    DWORD drop_input();
 
     const session_script& script_;
     const uint32_t number_;

@@ -6,9 +6,10 @@
 step_end step_open(session_run& run) {
     const std::optional<std::string> path = port_path(run.input.port_text, run.of.typed_paths);
     if (!path) return run.fail(text_bad_port_name, run.log_text(log_open_failed));
-    if (run.state.port.open(*path) != RET_OK) {
+    DWORD error = 0;
+    if (run.state.port.open(*path, &error) != RET_OK) {
         if (worker_should_stop()) return step_end::stopped;
-        return run.fail(text_open_failed, run.log_text(log_open_failed));
+        return run.fail(text_open_failed, run.log_text(log_open_failed), port_open_cause(*path, error));
     }
     run.port = run.state.port.take(INFINITE);
     run.state.connected = true;

@@ -37,8 +37,6 @@ inline constexpr io_tails write_tails = {"create write event failed!\n\n", "writ
                                          "wait write operation failed!\n\n", "get write result failed!\n\n"};
 inline constexpr io_tails read_tails = {"create read event failed!\n\n", "read failed!\n\n",
                                         "wait read operation failed!\n\n", "get read result failed!\n\n"};
-/// One more line when the device behind the port is gone.
-inline constexpr const char* log_port_lost = "port lost, error %lu\n";
 
 inline constexpr const char* text_bad_port_name = "串口号有误";
 inline constexpr const char* text_open_failed = "串口打开失败";

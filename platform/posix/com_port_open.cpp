@@ -1,4 +1,5 @@
 // Opening, setting up and closing ports.
+#include "platform/com_port.h"
 #include "platform/posix/com_port_calls.h"
 #include "platform/posix/io_thread.h"
 #include "platform/posix/line_settings.h"
@@ -100,6 +101,14 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD /*share*/, void* /*secu
     made->writable = (access & GENERIC_WRITE) != 0;
     made->signal = std::make_shared<event>(true, true);
     return handle_add({made->signal, made});
+}
+
+com::denial com::why_denied(const std::string& path) {
+    const std::string node = node_of(path);
+    struct stat about {};
+    if (stat(node.c_str(), &about) == 0 && !S_ISCHR(about.st_mode)) return denial::no_port;
+    const bool forbidden = access(node.c_str(), R_OK | W_OK) != 0 && errno == EACCES;
+    return forbidden ? denial::forbidden : denial::taken;
 }
 
 BOOL CloseHandle(HANDLE handle) {

@@ -263,9 +263,10 @@ TEST_P(b_port_lost, at_a_register_of_a_write) {
     EXPECT_EQ(heard.events, events);
     const char* head = in_read ? "\n VKT610B \nsend:  write product info\n [13-5-9]read: "
                                : "\n VKT610B \nsend: write product info\n[13-5-9]write: ";
-    EXPECT_THAT(heard.logs, ElementsAre(testing::AllOf(testing::StartsWith(head),
-                                                       testing::HasSubstr("failed!\n\nport lost, error "),
-                                                       testing::EndsWith("\n"))));
+    EXPECT_THAT(heard.logs,
+                ElementsAre(testing::AllOf(testing::StartsWith(head), testing::EndsWith("failed!\n\n"))));
+    EXPECT_THAT(heard.causes, ElementsAre(testing::AllOf(testing::StartsWith("COM7: 已拔出 (error "),
+                                                         testing::EndsWith(")\nlost"))));
     EXPECT_EQ(module->count().writes, r + 1);
     EXPECT_TRUE(port_is_free());
     EXPECT_EQ(session().operation(), session_kind::write);

@@ -221,6 +221,12 @@ TEST_P(failure_rows, says_and_logs_its_row) {
     const std::string head = GetParam().how >= way::read_event ? row.read_head : row.write_head;
     ASSERT_EQ(heard.logs.size(), 1u);
     EXPECT_EQ(heard.logs[0], head + log_tails[how]);
+    // Silence and a wait without an error have no cause that the system knows of.
+    const char* cause = "COM7: 系统错误 (error 87)\n";
+    if (GetParam().how == way::wait_write || GetParam().how == way::wait_read) cause = "";
+    if (GetParam().how == way::write_event || GetParam().how == way::read_event)
+        cause = "COM7: 系统错误 (error 8)\n";
+    EXPECT_THAT(heard.causes, testing::ElementsAre(cause));
     EXPECT_TRUE(heard.port_was_free);
     EXPECT_TRUE(port_is_free());
     EXPECT_TRUE(module->wait_requests(before + seen, static_cast<int>(session_patience_ms)));

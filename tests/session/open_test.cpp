@@ -21,7 +21,8 @@ class port_opening : public session_test, public testing::WithParamInterface<con
         com::fault_clear();
     }
     /// What a connect with this text tried and said.
-    void expect_failure(const std::string& text, const char* event, uint32_t attempts) {
+    void expect_failure(const std::string& text, const char* event, uint32_t attempts,
+                        const testing::Matcher<std::string>& cause) {
         heard = {};
         com::fault_clear();
         ASSERT_TRUE(run(session_kind::connect, text));
@@ -29,6 +30,7 @@ class port_opening : public session_test, public testing::WithParamInterface<con
         const std::string head = dev->of.typed_paths ? "" : "\n " + model + " \n";
         EXPECT_THAT(heard.logs, ElementsAre(head + open_log));
         EXPECT_EQ(com::call_count(com::call::create_file), attempts) << text;
+        EXPECT_THAT(heard.causes, ElementsAre(cause)) << text;
         EXPECT_TRUE(heard.port_was_free);
         EXPECT_TRUE(port_is_free());
         EXPECT_FALSE(session().connected());
@@ -36,15 +38,22 @@ class port_opening : public session_test, public testing::WithParamInterface<con
     }
 };
 
-TEST_P(port_opening, no_text_is_no_attempt) { expect_failure("", bad_name, 0); }
+TEST_P(port_opening, no_text_is_no_attempt) { expect_failure("", bad_name, 0, ""); }
 
 TEST_P(port_opening, an_unknown_name_is_no_attempt) {
-    for (const char* text : {"COM500", "C", "COM", "COM07", "CON"}) expect_failure(text, bad_name, 0);
+    for (const char* text : {"COM500", "C", "COM", "COM07", "CON", " com500 "})
+        expect_failure(text, bad_name, 0, "");
 }
 
-TEST_P(port_opening, an_absent_port_is_tried_101_times) { expect_failure("COM444", not_opened, 101); }
+TEST_P(port_opening, an_absent_port_is_tried_101_times) {
+    expect_failure("COM444", not_opened, 101, "COM444: 不存在 (error 2)\n");
+}
 
-TEST_P(port_opening, a_folder_is_tried_101_times) { expect_failure(".", not_opened, 101); }
+TEST_P(port_opening, a_folder_is_tried_101_times) {
+    expect_failure(".", not_opened, 101,
+                   dev->of.typed_paths ? testing::AnyOf(".: 不存在 (error 2)\n", ".: 被占用 (error 5)\n")
+                                       : testing::AnyOf(".: 不存在 (error 3)\n", ".: 不存在 (error 2)\n"));
+}
 
 TEST_P(port_opening, a_taken_or_forbidden_port_is_tried_101_times) {
     // Set after expect_failure has cleared the switch, so this one is spelt out.
@@ -63,7 +72,7 @@ TEST_P(port_opening, a_taken_or_forbidden_port_is_tried_101_times) {
 TEST_P(port_opening, a_port_somebody_holds_is_taken) {
     com_port held;
     ASSERT_EQ(held.open("\\\\.\\COM7"), RET_OK);
-    expect_failure(port_name, not_opened, 101);
+    expect_failure(port_name, not_opened, 101, "COM7: 被占用 (error 5)\n");
     held.close();
     heard = {};
     ASSERT_TRUE(run(session_kind::connect));
@@ -72,9 +81,18 @@ TEST_P(port_opening, a_port_somebody_holds_is_taken) {
 #endif
 
 TEST_P(port_opening, only_the_first_hundred_bytes_of_the_text_count) {
-    expect_failure(std::string(300, 'x'), not_opened, 101);
+    const std::string text(300, 'x');
+    const char* error = dev->of.typed_paths ? "2" : "3";
+    expect_failure(text, not_opened, 101, text + ": 不存在 (error " + error + ")\n");
     const std::string base(99, 'x');
     EXPECT_EQ(port_path(base + "串口", true), base) << "no half character";
+}
+
+TEST_P(port_opening, a_name_may_be_typed_in_any_case_with_blanks_around) {
+    for (const char* text : {"com7", " COM7 "}) {
+        ASSERT_TRUE(run(session_kind::connect, text));
+        EXPECT_EQ(heard.events.back(), "finished") << text;
+    }
 }
 
 TEST_P(port_opening, settings_that_fail_do_not_matter) {

@@ -80,6 +80,7 @@ session_reports session_test::reports() {
                 note(tk_format("failed %u %s", static_cast<unsigned>(failure.kind), failure.text.c_str()));
                 idle_queue([this, failure, is_free] {
                     heard.logs.push_back(failure.log_line);
+                    heard.causes.push_back(failure.cause + (failure.port_lost ? "lost" : ""));
                     heard.port_was_free = heard.port_was_free && is_free;
                     return RET_OK;
                 });

@@ -26,6 +26,7 @@ inline constexpr const family_descriptor* all_families[] = {&vkt510a_family, &ge
 struct session_record {
     std::vector<std::string> events; ///< "20/0 text" for a report, "buttons", "image", "finished", "failed 1 text"
     std::vector<std::string> logs;   ///< log line of each failure
+    std::vector<std::string> causes; ///< of each failure
     bool port_was_free = true;       ///< whenever a failure was reported
     std::string thread_name;         ///< as the system keeps it, of the session that reported last
     bool operator==(const session_record&) const = default;
