@@ -7,6 +7,7 @@
 #include "shell/navigator.h"
 #include "toolkit/core/fs.h"
 #include "toolkit/core/idle.h"
+#include "toolkit/core/log.h"
 
 namespace {
 
@@ -38,6 +39,12 @@ bool log_append(const std::string& path, const std::string& text) {
     return true;
 }
 
+/// The console has the lines at once, whatever becomes of the logs.
+void post_display(const family_pages& pages, const session_failure& failure) {
+    log_console(failure.log_line + failure.cause);
+    idle_queue([of = &pages, failure] { return session_fail_display(*of, failure); });
+}
+
 } // namespace
 
 session_reports session_results(const family_pages& pages) {
@@ -52,15 +59,14 @@ session_reports session_results(const family_pages& pages) {
 }
 
 ret_t session_fail_post(const family_pages& pages, const session_failure& failure) {
-    idle_queue([of = &pages, failure] { return session_fail_display(*of, failure); });
+    post_display(pages, failure);
     post([of = &pages, run = failure.run] { clean_up(*of, run); });
     return RET_INIT_FAILED;
 }
 
 void session_not_started(const family_pages& pages, session_kind kind, const std::string& log_line,
                          const std::string& text) {
-    const session_failure failure{0, kind, log_line, text};
-    idle_queue([of = &pages, failure] { return session_fail_display(*of, failure); });
+    post_display(pages, {0, kind, log_line, text});
     post(progress_settle);
 }
 
@@ -75,7 +81,7 @@ ret_t session_fail_display(const family_pages& pages, const session_failure& fai
         if (dev_obj* dev = device_of(pages)) dev->session.give_up();
         ui_state_apply(home, ui_state::idle);
     } else {
-        ui_state_apply(home, ui_state::connected);
+        ui_state_apply(home, failure.port_lost ? ui_state::lost : ui_state::connected);
     }
     // Shown from here rather than posted: a report that the same thread sent since would come first.
     progress_update(

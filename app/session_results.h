@@ -8,7 +8,8 @@
 session_reports session_results(const family_pages& pages);
 
 /// A session gave up (its port has been given back already): posts the failure display, then the final cleanup. The
-/// log line goes to the error log and to the session log as it stands, the text is shown. Returns RET_INIT_FAILED.
+/// log line and the cause go to the console, to the error log and to the session log as they stand, the text is
+/// shown. Returns RET_INIT_FAILED.
 /// Any thread.
 ret_t session_fail_post(const family_pages& pages, const session_failure& failure);
 /// The session could not be started at all: shows the failure, and cleans up after no session. GUI thread.

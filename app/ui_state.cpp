@@ -18,6 +18,7 @@ constexpr state_row states[] = {
     {ui_state::connecting, false,  false,   false,   false,   false,  "连接中…", "busy"},
     {ui_state::connected,  false,  true,    true,    true,    false,  "已连接",  "ok"},
     {ui_state::busy,       false,  false,   false,   false,   false,  "读写中…", "busy"},
+    {ui_state::lost,       false,  true,    true,    true,    false,  "连接已断开", "failed"},
 };
 // clang-format on
 

@@ -10,6 +10,7 @@ enum class ui_state : uint8_t {
     connecting, ///< a connect session runs
     connected,
     busy, ///< a read, a write or a mode switch runs
+    lost, ///< connected, but a session found the device gone
 };
 
 /// Enables and disables the session buttons and the selectors and shows the state's word, all from one row.

@@ -277,6 +277,33 @@ TEST_F(progress_window, a_failure_is_appended_to_both_logs_as_it_stands) {
     EXPECT_THAT(file_text(tree() / "log" / "p_v_info.txt"), testing::EndsWith("first\n\nsecond"));
 }
 
+TEST_F(progress_window, a_failure_is_on_the_console_too_with_its_cause_in_words) {
+    said_clear();
+    session_fail_post(
+        generic_pages,
+        {.run = 0, .kind = session_kind::read, .log_line = "line\n\n", .text = "一", .cause = "why\n"});
+    EXPECT_EQ(said(), "line\n\nwhy\n") << "at once";
+    session_not_started(generic_pages, session_kind::read, "not started\n", "二");
+    EXPECT_EQ(said(), "line\n\nwhy\nnot started\n");
+    settle();
+    EXPECT_THAT(file_text(tree() / "log" / "p_v_info.txt"), testing::EndsWith("line\n\nwhy\nnot started\n"));
+    EXPECT_THAT(file_text(error_log_path()), testing::EndsWith("line\n\nwhy\nnot started\n"));
+}
+
+TEST_F(progress_window, a_lost_port_shows_until_a_session_goes_well) {
+    ui_state_apply(home(), ui_state::busy);
+    open();
+    session_fail_post(generic_pages,
+                      {.run = 0, .kind = session_kind::write, .log_line = "x", .text = "一", .port_lost = true});
+    settle();
+    EXPECT_EQ(ui_state_get(), ui_state::lost);
+    EXPECT_EQ(buttons(), "drwf");
+    session_fail_post(generic_pages,
+                      {.run = 0, .kind = session_kind::connect, .log_line = "x", .text = "一", .port_lost = true});
+    settle();
+    EXPECT_EQ(ui_state_get(), ui_state::idle);
+}
+
 TEST_F(progress_window, a_failure_without_a_home_page_or_an_error_log_is_dropped) {
     const session_failure failure{.run = 0, .kind = session_kind::read, .log_line = "x", .text = "一"};
     ui_state_apply(home(), ui_state::busy);

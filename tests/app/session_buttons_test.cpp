@@ -34,7 +34,8 @@ INSTANTIATE_TEST_SUITE_P(states, button_states,
                          testing::Values(state_case{"idle", ui_state::idle, "cfmp", "未连接"},
                                          state_case{"connecting", ui_state::connecting, "", "连接中…"},
                                          state_case{"connected", ui_state::connected, "drwf", "已连接"},
-                                         state_case{"busy", ui_state::busy, "", "读写中…"}),
+                                         state_case{"busy", ui_state::busy, "", "读写中…"},
+                                         state_case{"lost", ui_state::lost, "drwf", "连接已断开"}),
                          [](const auto& test) { return test.param.name; });
 
 TEST_F(session_buttons, connect_read_edit_write_and_read_back) {
@@ -294,6 +295,12 @@ TEST_F(session_buttons, the_port_vanishing_in_a_read_gives_the_buttons_back) {
     EXPECT_THAT(shown, testing::AnyOf("读配置命令失败", "获取写操作结果失败", "获取读操作结果失败",
                                       "等待读操作完成失败", "读取写命令应答失败"));
     EXPECT_EQ(buttons(), "drwf");
+    EXPECT_EQ(text(home(), "state_word"), "连接已断开");
+    EXPECT_EQ(text(home(), "state_foot"), "VKT531A · COM7 · 连接已断开");
+    EXPECT_EQ(user_does("expect home_page/state_word state failed\nexpect home_page/state_dot state failed"), "");
+    press_ok();
+    click(home(), "button2");
+    EXPECT_TRUE(wait([] { return text(home(), "state_word") == "未连接"; }));
 }
 
 class b_port_lost : public session_buttons, public testing::WithParamInterface<uint32_t> {};
@@ -306,7 +313,8 @@ TEST_P(b_port_lost, at_a_register_gives_the_buttons_back) {
     EXPECT_EQ(module->count().writes, GetParam() + 1);
     EXPECT_EQ(buttons(), "drwf");
     EXPECT_THAT(file_text(session_log_path()),
-                HoldsPattern("\n VKT610B \nsend:[^!]*failed!\n\nport lost, error [0-9]+\n$"));
+                HoldsPattern("\n VKT610B \nsend:[^!]*failed!\n\nCOM7: 已拔出 [(]error [0-9]+[)]\n$"));
+    EXPECT_EQ(text(home(), "state_word"), "连接已断开");
     press_ok();
     EXPECT_THAT(run("button2"), testing::AnyOf("写操作失败", "获取写操作结果失败"));
     EXPECT_EQ(text(progress(), "label"), "   模式转换结束");
