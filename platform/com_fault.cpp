@@ -1,7 +1,9 @@
 #include "platform/com_fault.h"
 
 #include <array>
+#include <atomic>
 #include <charconv>
+#include <memory>
 #include <mutex>
 #include <string_view>
 #include <vector>
@@ -92,6 +94,44 @@ void fault_clear() {
     const std::lock_guard<std::mutex> guard(s.lock);
     s.counts.fill(0);
     for (auto& list : s.faults) list.clear();
+}
+
+namespace {
+
+using call_watcher = std::function<void(const std::string& call)>;
+
+struct watching {
+    std::mutex lock;
+    std::shared_ptr<const call_watcher> watcher;
+    std::atomic<bool> on{false};
+};
+watching& the_watching() { // never freed either
+    static watching& w = *new watching;
+    return w;
+}
+
+} // namespace
+
+void watch_calls(call_watcher watcher) {
+    watching& w = the_watching();
+    const std::lock_guard<std::mutex> guard(w.lock);
+    w.on = watcher != nullptr;
+    w.watcher = watcher ? std::make_shared<const call_watcher>(std::move(watcher)) : nullptr;
+}
+
+void tell_call(const char* name, std::initializer_list<DWORD> numbers) {
+    watching& w = the_watching();
+    if (!w.on) return;
+    std::shared_ptr<const call_watcher> watcher;
+    {
+        const std::lock_guard<std::mutex> guard(w.lock);
+        watcher = w.watcher;
+    }
+    std::string text = name;
+    for (const DWORD number : numbers) text += " " + std::to_string(number);
+    const DWORD error = GetLastError();
+    if (watcher != nullptr) (*watcher)(text);
+    SetLastError(error);
 }
 
 uint32_t call_count(call which) {

@@ -7,6 +7,7 @@
 #endif
 
 #include <atomic>
+#include <cstring>
 #include <mutex>
 #include <set>
 
@@ -40,6 +41,15 @@ bool refuses(call which) {
     return true;
 }
 
+/// 1 when a record holds anything but rate, bits, parity and stop bits.
+DWORD has_more(DCB state) {
+    state.DCBlength = 0;
+    state.BaudRate = 0;
+    state.ByteSize = state.Parity = state.StopBits = 0;
+    const DCB none{};
+    return std::memcmp(&state, &none, sizeof none) != 0 ? 1 : 0;
+}
+
 /// What a started read or write returns. An abort may have come between its check and its start: then it ends here.
 BOOL started(HANDLE port, OVERLAPPED* operation, BOOL result) {
     if (result || operation == nullptr || ::GetLastError() != ERROR_IO_PENDING) return result;
@@ -52,6 +62,7 @@ BOOL started(HANDLE port, OVERLAPPED* operation, BOOL result) {
 
 HANDLE CreateFileA(const char* path, DWORD access, DWORD share, void* security, DWORD disposition, DWORD flags,
                    HANDLE model) {
+    tell_call("CreateFileA", {access, share, disposition, flags});
     if (fails(call::create_file)) return INVALID_HANDLE_VALUE;
     auto* attributes = static_cast<SECURITY_ATTRIBUTES*>(security);
     const HANDLE port = ::CreateFileA(path, access, share, attributes, disposition, flags, model);
@@ -62,14 +73,22 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD share, void* security, 
 }
 
 BOOL SetupComm(HANDLE port, DWORD in_queue, DWORD out_queue) {
+    tell_call("SetupComm", {in_queue, out_queue});
     return fails(call::setup_comm) ? FALSE : ::SetupComm(port, in_queue, out_queue);
 }
 
 BOOL SetCommState(HANDLE port, DCB* state) {
+    if (state != nullptr)
+        tell_call("SetCommState",
+                  {state->BaudRate, state->ByteSize, state->Parity, state->StopBits, has_more(*state)});
     return fails(call::set_comm_state) ? FALSE : ::SetCommState(port, state);
 }
 
 BOOL SetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts) {
+    if (timeouts != nullptr)
+        tell_call("SetCommTimeouts", {timeouts->ReadIntervalTimeout, timeouts->ReadTotalTimeoutMultiplier,
+                                      timeouts->ReadTotalTimeoutConstant, timeouts->WriteTotalTimeoutMultiplier,
+                                      timeouts->WriteTotalTimeoutConstant});
     return fails(call::set_comm_timeouts) ? FALSE : ::SetCommTimeouts(port, timeouts);
 }
 
@@ -77,29 +96,40 @@ BOOL GetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts) {
     return fails(call::get_comm_timeouts) ? FALSE : ::GetCommTimeouts(port, timeouts);
 }
 
-BOOL PurgeComm(HANDLE port, DWORD flags) { return fails(call::purge_comm) ? FALSE : ::PurgeComm(port, flags); }
+BOOL PurgeComm(HANDLE port, DWORD flags) {
+    tell_call("PurgeComm", {flags});
+    return fails(call::purge_comm) ? FALSE : ::PurgeComm(port, flags);
+}
 
 BOOL ClearCommError(HANDLE port, DWORD* errors, COMSTAT* status) {
+    tell_call("ClearCommError", {});
     return fails(call::clear_comm_error) ? FALSE : ::ClearCommError(port, errors, status);
 }
 
 BOOL ReadFile(HANDLE port, void* bytes, DWORD size, DWORD* done, OVERLAPPED* operation) {
+    tell_call("ReadFile", {size});
     if (refuses(call::read_file)) return FALSE;
     return started(port, operation, ::ReadFile(port, bytes, size, done, operation));
 }
 
 BOOL WriteFile(HANDLE port, const void* bytes, DWORD size, DWORD* done, OVERLAPPED* operation) {
+    tell_call("WriteFile", {size});
     if (refuses(call::write_file)) return FALSE;
     return started(port, operation, ::WriteFile(port, bytes, size, done, operation));
 }
 
 BOOL GetOverlappedResult(HANDLE port, OVERLAPPED* operation, DWORD* done, BOOL wait) {
+    tell_call("GetOverlappedResult", {static_cast<DWORD>(wait)});
     return fails(call::get_overlapped_result) ? FALSE : ::GetOverlappedResult(port, operation, done, wait);
 }
 
-BOOL CancelIoEx(HANDLE port, OVERLAPPED* operation) { return ::CancelIoEx(port, operation); }
+BOOL CancelIoEx(HANDLE port, OVERLAPPED* operation) {
+    tell_call("CancelIoEx", {});
+    return ::CancelIoEx(port, operation);
+}
 
 HANDLE CreateEventA(void* security, BOOL manual_reset, BOOL initial_state, const char* name) {
+    tell_call("CreateEventA", {static_cast<DWORD>(manual_reset), static_cast<DWORD>(initial_state)});
     if (fails(call::create_event)) return nullptr;
     return ::CreateEventA(static_cast<SECURITY_ATTRIBUTES*>(security), manual_reset, initial_state, name);
 }
@@ -108,6 +138,7 @@ BOOL SetEvent(HANDLE event) { return ::SetEvent(event); }
 BOOL ResetEvent(HANDLE event) { return ::ResetEvent(event); }
 
 DWORD WaitForSingleObject(HANDLE object, DWORD ms) {
+    tell_call("WaitForSingleObject", {ms});
     DWORD error = 0;
     if (!fault_hits(call::wait_for_single_object, &error)) return ::WaitForSingleObject(object, ms);
     if (error == WAIT_TIMEOUT) return WAIT_TIMEOUT;
@@ -128,6 +159,7 @@ DWORD GetLastError() { return ::GetLastError(); }
 void SetLastError(DWORD error) { ::SetLastError(error); }
 
 DWORD QueryDosDeviceA(const char* device, char* target, DWORD max) {
+    tell_call("QueryDosDeviceA", {});
     return fails(call::query_dos_device) ? 0 : ::QueryDosDeviceA(device, target, max);
 }
 

@@ -14,6 +14,7 @@
 #endif
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -78,6 +79,12 @@ uint32_t call_count(call which);
 /// Reads faults as "WriteFile:SKIP:TIMES:ERROR;CreateEventA:0:1:8"; false (and none set) when it cannot be read.
 /// The program does this at start-up with the environment variable VKT_COM_FAULT.
 bool fault_parse(const char* text);
+
+/// Test aid: `watcher` hears of each call before it is made (and before a fault is asked for), with the numbers
+/// that it is made with: "SetupComm 1024 1024", "SetCommState 9600 8 0 2 0" (the last: 1 when anything else in the
+/// record is set), "ReadFile 256". Empty: nobody hears. It is called on the calling thread and may make calls
+/// itself. Any thread.
+void watch_calls(std::function<void(const std::string& call)> watcher);
 
 /// Cancels what is pending on every open port and refuses new reads and writes with ERROR_OPERATION_ABORTED (995):
 /// the last thing before the process ends, so that no worker waits for a port. `resume_all` undoes it (tests).

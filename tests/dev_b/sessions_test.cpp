@@ -174,6 +174,16 @@ TEST_F(b_session, an_acknowledgement_with_a_wrong_crc_ends_the_write) {
     EXPECT_EQ(module->count().writes, 34u);
 }
 
+TEST_F(b_session, a_short_acknowledgement_has_nothing_of_the_one_before) {
+    connect();
+    module->plan({.what = fault::cut_short, .after = 5, .argument = 3});
+    ASSERT_TRUE(run(session_kind::write));
+    EXPECT_EQ(heard.events.back(), "failed 2 应答帧校验失败");
+    EXPECT_THAT(heard.logs,
+                ElementsAre("\n VKT610B \nsend:  write product info\n [13-5-9]read: read check failed!\n "
+                            "send:AA 07 02 FF 05 00 00 00 00 F2 16\n read:AA 03 02 00 00 00 00\n\n"));
+}
+
 TEST_F(b_session, a_reply_with_a_wrong_crc_fails) {
     connect();
     module->plan({.what = fault::bad_check});

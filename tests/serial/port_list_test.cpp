@@ -186,6 +186,42 @@ TEST_F(port_list, a_folder_that_refuses_files_is_told) {
     EXPECT_THAT(shown, Contains("reset")) << "the list comes all the same";
 }
 
+TEST_F(port_list, the_watcher_does_not_probe_the_folder) {
+    std::filesystem::create_directories(std::filesystem::path("authority") / "in_the_way");
+    port_watcher_period_ms() = 1;
+    port_watcher_start();
+    ASSERT_TRUE(idle_run_until([] { return com::call_count(com::call::query_dos_device) >= 3; }, patience_ms));
+    EXPECT_EQ(workers_stop_all(patience_ms), 0u);
+    idle_dispatch();
+    EXPECT_EQ(refused, 0);
+}
+
+#ifdef __linux__
+/// Names of this process's threads, as the system knows them.
+std::vector<std::string> thread_names() {
+    std::vector<std::string> names;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::string name;
+        std::getline(std::ifstream(task.path() / "comm"), name);
+        names.push_back(name);
+    }
+    return names;
+}
+
+TEST_F(port_list, threads_have_their_names) {
+    port_watcher_start();
+    EXPECT_TRUE(
+        idle_run_until([] { return std::ranges::count(thread_names(), "com_get_entry2") == 1; }, patience_ms));
+    std::vector<std::string> names;
+    com::watch_calls([&names](const std::string& call) {
+        if (call == "QueryDosDeviceA") names = thread_names();
+    });
+    ASSERT_TRUE(load());
+    com::watch_calls({});
+    EXPECT_THAT(names, Contains("com_get_entry"));
+}
+#endif
+
 TEST_F(port_list, the_watcher_scans_at_once_and_then_by_its_period) {
     port_watcher_period_ms() = 20;
     port_watcher_start();

@@ -51,6 +51,16 @@ class device_session_test : public session_test {
     }
 };
 
+// ---- waits
+
+TEST(session_timing, waits_are_those_that_modules_need) {
+    const session_timing timing;
+    EXPECT_EQ(timing.start_wait_ms, 500u);
+    EXPECT_EQ(timing.read_wait_ms, 5000u);
+    EXPECT_EQ(timing.mode_step_ms, 200u);
+    EXPECT_EQ(timing.quiet_ms, 30u);
+}
+
 // ---- starting
 
 TEST_F(device_session_test, a_start_is_refused_while_a_session_runs) {
