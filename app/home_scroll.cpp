@@ -61,6 +61,11 @@ ret_t wheel(widget* home, int32_t delta) {
 
 void home_scroll_reset() { state = scroll_state{}; }
 
+ret_t home_scroll_to_top(widget* home) {
+    widget_set_value_int(widget_lookup(home, "scroll_bar_d_home"), 0);
+    return scroll_vertical(home);
+}
+
 ret_t home_scroll_resized(widget* home) {
     const int32_t width = width_of(home);
     scroll_view_set_virtual_w(widget_lookup(home, "scroll_view_home"), std::max(width, design_width));

@@ -1,6 +1,7 @@
 #include "app/model_switch.h"
 
 #include "app/devices.h"
+#include "app/home_scroll.h"
 #include "app/paths.h"
 #include "shell/navigator.h"
 #include "toolkit/core/log.h"
@@ -63,7 +64,7 @@ ret_t pages_prepare(widget* home, const family_pages& pages) {
     if (prepared().contains(&pages)) return RET_OK;
     if (widget_lookup(home, pages.page_set) == nullptr || pages.tabs.empty()) return RET_FAIL;
     if (pages.starts_at_first_tab) {
-        widget_set_value_int(widget_lookup(home, "scroll_bar_d_home"), 0);
+        home_scroll_to_top(home);
         pages_set_active(widget_lookup(home, pages.page_set), 0);
         widget_set_value_int(widget_lookup(home, pages.tabs.front().button), 1);
     }

@@ -82,6 +82,22 @@ TEST_F(home_scroll, resizing_starts_at_the_top_again) {
     EXPECT_FALSE(visible("scroll_bar_d_home"));
 }
 
+TEST_F(home_scroll, a_model_chosen_first_while_scrolled_starts_at_the_top) {
+    size(1024, 600);
+    for (const char* model : {"VKT510A", "VKT610B"}) {
+        to_end("scroll_bar_d_home");
+        ASSERT_EQ(y(), 150);
+        pick("combo_box_ex_dev", model);
+        EXPECT_EQ(widget_get_value_int(at("scroll_bar_d_home")), 0) << model;
+        EXPECT_EQ(y(), 0) << model;
+    }
+    // A family whose pages stand already is shown where the bar is.
+    to_end("scroll_bar_d_home");
+    pick("combo_box_ex_dev", "VKT510A");
+    EXPECT_EQ(widget_get_value_int(at("scroll_bar_d_home")), 640);
+    EXPECT_EQ(y(), 150);
+}
+
 TEST_F(home_scroll, a_taller_window_does_not_scroll) {
     size(1280, 900);
     EXPECT_EQ(prop("view", "y"), 870);
