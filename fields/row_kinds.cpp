@@ -37,11 +37,14 @@ int64_t refused_from(const bound_row& at) {
     return at.table.rules.bounded ? int64_t{field_highest(at.what())} + 1 : 256;
 }
 
+std::string bound_text(const bound_row& at) {
+    return "取值须小于 " + std::to_string(refused_from(at) + at.what().shown_above);
+}
+
 void refuse(const bound_row& at) {
     const char* name = at.row.refused_as == nullptr ? at.what().key : at.row.refused_as;
     log_console(tk_format("%s is error\n", name));
-    const int64_t bound = refused_from(at) + at.what().shown_above;
-    widget_set_refused(at.w, ("未采用：取值须小于 " + std::to_string(bound)).c_str());
+    widget_set_refused(at.w, ("未采用：" + bound_text(at)).c_str());
 }
 
 /// What is stored for a value on show; nothing when it is refused.
@@ -74,9 +77,13 @@ ret_t store_low_byte(const bound_row& at, uint8_t low) {
     return store_companion(at, low);
 }
 
-ret_t change_number(const bound_row& at) {
+int32_t number_on_show(const bound_row& at) {
     const bool by_text = at.row.kind == row_kind::number && at.table.rules.numbers_by_text;
-    const int32_t value = by_text ? tk_atoi(widget_get_text_utf8(at.w).c_str()) : widget_get_value_int(at.w);
+    return by_text ? tk_atoi(widget_get_text_utf8(at.w).c_str()) : widget_get_value_int(at.w);
+}
+
+ret_t change_number(const bound_row& at) {
+    const int32_t value = number_on_show(at);
     const auto low = accepted(at, value);
     if (!low)
         refuse(at);
@@ -86,6 +93,17 @@ ret_t change_number(const bound_row& at) {
              stored != value && at.row.kind == row_kind::number)
         widget_set_refused(at.w, ("实际保存的是 " + std::to_string(stored)).c_str());
     return row_show(at);
+}
+
+/// What stays on show is what will be sent; the mark goes on saying what was not taken.
+ret_t leave_number(const bound_row& at) {
+    const int32_t typed = number_on_show(at);
+    const int32_t stored = row_number(at) + at.what().shown_above;
+    if (!widget_get_refused(at.w) || typed == stored) return RET_OK;
+    const std::string bound = accepted(at, typed) ? "" : bound_text(at) + "，";
+    fill_number(at);
+    return widget_set_refused(at.w,
+                              tk_format("未采用 %d：%s实际保存的是 %d", typed, bound.c_str(), stored).c_str());
 }
 
 ret_t change_choice_text(const bound_row& at) { return row_store_text(at, widget_get_text_utf8(at.w)); }
@@ -132,11 +150,11 @@ ret_t row_store_text(const bound_row& at, const std::string& text) {
 const kind_ops& kind_ops_of(const page_row& row) {
     if (row.own != nullptr) return *row.own;
     static const std::array<kind_ops, row_kind_count> kinds = {{
-        {.fill = fill_number, .changed = change_number},           // choice
-        {.fill = fill_choice_text, .changed = change_choice_text}, // choice_text
-        {.fill = fill_still_choice},                               // still_choice
-        {.fill = fill_check, .changed = change_number},            // check
-        {.fill = fill_number, .changing = change_number},          // number
+        {.fill = fill_number, .changed = change_number},                        // choice
+        {.fill = fill_choice_text, .changed = change_choice_text},              // choice_text
+        {.fill = fill_still_choice},                                            // still_choice
+        {.fill = fill_check, .changed = change_number},                         // check
+        {.fill = fill_number, .changing = change_number, .blur = leave_number}, // number
         hex_text_ops,
         hex_pair_ops,
         hex_word_ops,

@@ -2,6 +2,7 @@
 
 #include "f7/f7_exchanges.h"
 #include "tests/support/home_stage.h"
+#include "toolkit/core/text.h"
 
 #include <set>
 
@@ -95,6 +96,7 @@ struct refused_case {
     const char* key;
     int32_t bound;
     const char* message;
+    int32_t typed_before = -1; ///< what the digits before the last one gave; -1: the bound has one digit
 };
 const refused_case refused_cases[] = {
     {"page_vkt510a_can", 2, "combo_box_ex_bps_vkt510a", "can_bps_vkt510a", 16, "can_bps_vkt510a is error\n"},
@@ -115,9 +117,10 @@ const refused_case refused_cases[] = {
      "change_can_len_vkt510a is error\n"},
     {"page_vkt510a_uart", 2, "combo_box_ex_bps_vkt510a", "uart_bps_vkt510a", 17, "uart_bps_vkt510a is error\n"},
     {"page_vkt510a_uart", 2, "spin_box_distance_vkt510a", "uart_distance_vkt510a", 17,
-     "uart_distance_vkt510a is error\n"},
-    {"page_vkt510a_spi", 2, "spin_box_number_vkt510a", "spi_number_vkt510a", 255, "box_number_value is error\n"},
-    {"page_vkt510a_spi", 2, "spin_box_time_vkt510a", "spi_time_vkt510a", 255, "box_time_value is error\n"},
+     "uart_distance_vkt510a is error\n", 1},
+    {"page_vkt510a_spi", 2, "spin_box_number_vkt510a", "spi_number_vkt510a", 255, "box_number_value is error\n",
+     25},
+    {"page_vkt510a_spi", 2, "spin_box_time_vkt510a", "spi_time_vkt510a", 255, "box_time_value is error\n", 25},
 };
 
 TEST_F(vkt510a_page, every_row_has_its_bound_and_message) {
@@ -169,7 +172,18 @@ TEST_P(vkt510a_refusals, leave_property_and_image_and_mark_the_field) {
         EXPECT_EQ(widget_get_value_int(field), refused.bound); // the refused selection stays on show
         does(std::string("pick @/") + refused.name + " \"last good\"\n");
     } else {
-        EXPECT_LT(value(refused.key), static_cast<uint32_t>(refused.bound));
+        const uint32_t kept = refused.typed_before < 0 ? before : static_cast<uint32_t>(refused.typed_before);
+        EXPECT_EQ(value(refused.key), kept);
+        EXPECT_EQ(shown(refused.name), std::to_string(refused.bound));
+        // Left, it shows what is stored, and the mark says what was not taken; coming back changes neither.
+        const std::string stored = std::to_string(kept);
+        const std::string left = tk_format(
+            "expect @/%s text %s\nexpect @/%s refused 1\nexpect @/%s tooltip \"未采用 "
+            "%d：取值须小于 %d，实际保存的是 %s\"\n",
+            refused.name, stored.c_str(), refused.name, refused.name, refused.bound, refused.bound, stored.c_str());
+        does("key Tab\n" + left + "key Shift+Tab\nkey Tab\n" + left);
+        EXPECT_EQ(value(refused.key), kept);
+        does(std::string("type @/") + refused.name + " 3\nexpect @/" + refused.name + " refused 0\n");
         does(std::string("type @/") + refused.name + " " + std::to_string(refused.bound - 1) + "\n");
     }
     EXPECT_FALSE(widget_get_refused(field));

@@ -80,6 +80,7 @@ struct refused_case {
     const char* key;
     int shown_bound; ///< the first value on show that is refused
     const char* message;
+    int shown_before = -1; ///< what the digits before the last one gave; -1: the bound has one digit
 };
 const refused_case refused_cases[] = {
     {"page_vkt610b_change", "combo_box_ex_1_vkt610b", "change_mode_vkt610b", 2, "mode_value is error\n"},
@@ -87,8 +88,8 @@ const refused_case refused_cases[] = {
     {"page_vkt610b_change", "combo_box_ex_2_vkt610b", "change_protcol_vkt610b", 5, ""},
     {"page_vkt610b_uart_1", "combo_box_ex_bps_1_vkt610b", "uart1_bps_vkt610b", 25, "uart1bps_value is error\n"},
     {"page_vkt610b_uart_2", "combo_box_ex_bps_2_vkt610b", "uart2_bps_vkt610b", 25, "uart2bps_value is error\n"},
-    {"page_vkt610b_spi", "spin_box_number_vkt610b", "spi_picture_vkt610b", 101, "box_number_value is error\n"},
-    {"page_vkt610b_spi", "spin_box_time_vkt610b", "spi_time_vkt610b", 257, "box_time_value is error\n"},
+    {"page_vkt610b_spi", "spin_box_number_vkt610b", "spi_picture_vkt610b", 101, "box_number_value is error\n", 10},
+    {"page_vkt610b_spi", "spin_box_time_vkt610b", "spi_time_vkt610b", 257, "box_time_value is error\n", 25},
     {"page_vkt610b_canfd_1", "combo_box_ex_bps_vkt610b_canfd1", "canfd1_speed_zc_vkt610b", 12,
      "canfd1_bps_zc_value is error\n"},
     {"page_vkt610b_canfd_1", "combo_box_ex_rejector_vkt610b_canfd1", "canfd1_speed_data_vkt610b", 8,
@@ -123,16 +124,25 @@ TEST_P(b_refusals, keep_the_store_say_so_and_mark_the_field) {
     } else {
         // Digit by digit; what the first digits give is stored.
         does(std::string("type @/") + row.name + " " + std::to_string(row.shown_bound) + "\n");
-        EXPECT_LT(value(row.key), static_cast<uint32_t>(row.shown_bound - 1));
+        EXPECT_EQ(value(row.key), row.shown_before < 0 ? before : static_cast<uint32_t>(row.shown_before - 1));
     }
     EXPECT_EQ(console(), row.message);
     EXPECT_TRUE(widget_get_refused(field));
     EXPECT_EQ(widget_get_value_int(field), row.shown_bound); // what was refused stays on show
     EXPECT_EQ(listed(8), "7F000000");                        // the listing is refreshed all the same
+    if (widget_type(field) == "spin_box") {
+        // Left, it shows what is stored, and the mark says what was not taken.
+        const std::string stored = std::to_string(value(row.key) + 1);
+        does(tk_format("key Tab\nexpect @/%s text %s\nexpect @/%s refused 1\nexpect @/%s tooltip \"未采用 "
+                       "%d：取值须小于 %d，实际保存的是 %s\"\n",
+                       row.name, stored.c_str(), row.name, row.name, row.shown_bound, row.shown_bound,
+                       stored.c_str()));
+    }
     if (widget_type(field) == "combo_box")
         does(std::string("pick @/") + row.name + " \"last good\"\n");
     else
-        does(std::string("type @/") + row.name + " " + std::to_string(row.shown_bound - 1) + "\n");
+        does(std::string("type @/") + row.name + " 1\ntype @/" + row.name + " " +
+             std::to_string(row.shown_bound - 1) + "\n");
     EXPECT_FALSE(widget_get_refused(field));
     EXPECT_EQ(console(), "");
 }
@@ -158,9 +168,12 @@ TEST_F(b_page, spi_values_below_the_range_are_held_to_0_and_above_it_refused_as_
     EXPECT_EQ(listed(4), "00000000");
     EXPECT_EQ(console(), "");
     EXPECT_TRUE(widget_get_refused(on_page("spin_box_time_vkt610b"))); // shows 0, stands for 1
-    does("type @/spin_box_time_vkt610b 300\n");                        // 3, 30; the low byte of 299 is not taken
+    does("key Tab\nexpect @/spin_box_time_vkt610b text 1\n"
+         "expect @/spin_box_time_vkt610b tooltip \"未采用 0：实际保存的是 1\"\n");
+    does("type @/spin_box_time_vkt610b 300\n"); // 3, 30; the low byte of 299 is not taken
     EXPECT_EQ(value("spi_time_vkt610b"), 29U);
     EXPECT_EQ(console(), "box_time_value is error\n");
+    does("key Tab\nexpect @/spin_box_time_vkt610b text 30\nexpect @/spin_box_time_vkt610b refused 1\n");
     show("page_vkt610b_spi"); // shown again: the stored value, no mark
     EXPECT_EQ(shown("spin_box_time_vkt610b"), "30");
     EXPECT_FALSE(widget_get_refused(on_page("spin_box_time_vkt610b")));
