@@ -10,22 +10,48 @@ namespace {
 
 // ---- texts ----
 
-void fill_text(const bound_row& at) { widget_set_text_utf8(at.w, row_text(at).c_str()); }
+/// Whether the digits of `text`, blanks aside, are the number that `bytes` hold.
+bool same_number(std::string_view text, std::span<const uint8_t> bytes) {
+    std::string digits;
+    for (char c : text)
+        if (c != ' ') digits += c >= 'a' && c <= 'f' ? static_cast<char>(c - 'a' + 'A') : c;
+    const std::size_t wanted = 2 * bytes.size();
+    if (digits.empty() || digits.size() > wanted) return false;
+    return std::string(wanted - digits.size(), '0') + digits == hex_digits_from_bytes(bytes);
+}
+
+/// Marks a text that is not the number which is sent for it.
+ret_t mark_text(const bound_row& at) {
+    const std::string text = widget_get_text_utf8(at.w);
+    std::vector<uint8_t> sent(at.what().place.bytes());
+    hex_pairs_to_bytes(text, sent);
+    if (same_number(text, sent)) return widget_set_refused(at.w, nullptr);
+    return widget_set_refused(at.w, ("不是十六进制数：发送的是 " + hex_pairs_from_bytes(sent)).c_str());
+}
+
+void fill_text(const bound_row& at) {
+    widget_set_text_utf8(at.w, row_text(at).c_str());
+    mark_text(at);
+}
 
 /// The image's digits without blanks: what is typed over them is formed anew.
 ret_t show_image_digits(const bound_row& at) {
+    widget_set_refused(at.w, nullptr);
     return widget_set_text_utf8(at.w, hex_digits_from_bytes(row_image_bytes(at)).c_str());
 }
 
 ret_t leave_text(const bound_row& at) {
     const std::string typed = widget_get_text_utf8(at.w);
     const std::string formed = hex_edit_form(typed);
-    if (formed == typed) return RET_OK; // formed already
-    widget_set_text_utf8(at.w, formed.c_str());
-    return row_store_text(at, formed);
+    if (formed != typed) widget_set_text_utf8(at.w, formed.c_str());
+    mark_text(at);
+    return formed == typed ? RET_OK : row_store_text(at, formed); // formed already: nothing new
 }
 
-ret_t change_pair(const bound_row& at) { return row_store_text(at, widget_get_text_utf8(at.w)); }
+ret_t change_pair(const bound_row& at) {
+    mark_text(at);
+    return row_store_text(at, widget_get_text_utf8(at.w));
+}
 
 // ---- numbers ----
 

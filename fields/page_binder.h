@@ -80,7 +80,8 @@ struct lost_line {
 /// How a page's numbers are read and judged, and what goes wrong on it.
 struct page_rules {
     bool numbers_by_text = false; ///< spin boxes are read by their text, else by their value
-    bool bounded = false;         ///< a number above its field's highest is refused
+    bool bounded = false;         ///< a number above its field's highest is refused, and the console says so
+    bool boxes_bounded = false;   ///< the same for spin boxes alone, by the value as it stands and without a line
     bool whole_values = false;    ///< bounds hold for a value as it stands, else for its low byte
     bool raised_to_0 = false;     ///< a value below 0 is stored as 0 rather than refused
     bool names_widgets = false;   ///< the console names a store that failed after the widget, else after the key

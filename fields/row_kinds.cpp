@@ -32,9 +32,11 @@ void fill_caption(const bound_row& at) {
 
 // ---- one change handler for everything that is a number ----
 
+bool is_bounded_box(const bound_row& at) { return at.table.rules.boxes_bounded && at.row.kind == row_kind::number; }
+
 /// The lowest number that is refused, as stored.
 int64_t refused_from(const bound_row& at) {
-    return at.table.rules.bounded ? int64_t{field_highest(at.what())} + 1 : 256;
+    return at.table.rules.bounded || is_bounded_box(at) ? int64_t{field_highest(at.what())} + 1 : 256;
 }
 
 std::string bound_text(const bound_row& at) {
@@ -43,7 +45,7 @@ std::string bound_text(const bound_row& at) {
 
 void refuse(const bound_row& at) {
     const char* name = at.row.refused_as == nullptr ? at.what().key : at.row.refused_as;
-    log_console(tk_format("%s is error\n", name));
+    if (at.table.rules.bounded) log_console(tk_format("%s is error\n", name));
     widget_set_refused(at.w, ("未采用：" + bound_text(at)).c_str());
 }
 
@@ -51,7 +53,7 @@ void refuse(const bound_row& at) {
 std::optional<uint8_t> accepted(const bound_row& at, int32_t shown) {
     int64_t value = int64_t{shown} - at.what().shown_above;
     if (at.table.rules.raised_to_0 && value < 0) value = 0;
-    if (!at.table.rules.whole_values) value &= 255;
+    if (!at.table.rules.whole_values && !is_bounded_box(at)) value &= 255;
     if (value < 0 || value >= refused_from(at)) return std::nullopt;
     return static_cast<uint8_t>(value);
 }

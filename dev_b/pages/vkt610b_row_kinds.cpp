@@ -61,20 +61,43 @@ std::string told_name(std::string_view edit) {
     return std::string(edit.substr(0, edit.find('_'))) + "_value";
 }
 
+/// Whether what was typed is the number `value`, and nothing beside it.
+bool is_number(std::string_view typed, uint32_t value) {
+    const auto digit = [](char c) { return c >= 'a' && c <= 'f' ? static_cast<char>(c - 'a' + 'A') : c; };
+    typed.remove_prefix(std::min(typed.find_first_not_of(' '), typed.size()));
+    if (typed.starts_with("0x") || typed.starts_with("0X")) typed.remove_prefix(2);
+    typed.remove_prefix(std::min(typed.find_first_not_of('0'), typed.size()));
+    const std::string wanted = value == 0 ? "" : tk_format("%X", value);
+    return std::ranges::equal(typed, wanted, {}, digit);
+}
+
 ret_t commit_filter(const bound_row& at) {
+    const std::string typed = widget_get_text_utf8(at.w);
     uint32_t value = 0;
-    if (!hex_scan(widget_get_text_utf8(at.w).substr(0, digits_read), &value)) {
+    if (!hex_scan(typed.substr(0, digits_read), &value)) {
         log_console("sscanf read " + told_name(at.row.name) + " failed!");
         return widget_set_refused(at.w, "未采用：不是十六进制数");
     }
     value = std::min(value, at.what().highest);
     show_filter(at, value);
-    widget_set_refused(at.w, nullptr);
+    const std::string why = tk_format("未采用 %s：实际保存的是 %08X", typed.c_str(), value);
+    widget_set_refused(at.w, is_number(typed, value) ? nullptr : why.c_str());
     const auto store = [value](tk_object* props, const char* key) {
         return tk_object_set_prop_uint32(props, key, value);
     };
     const ret_t result = row_store(at, store, "");
     return result == RET_OK ? row_show(at) : result;
+}
+
+/// What was no number gives way to what will be sent; the mark goes on saying what it was.
+ret_t leave_filter(const bound_row& at) {
+    const std::string typed = widget_get_text_utf8(at.w);
+    uint32_t value = 0;
+    if (!widget_get_refused(at.w) || hex_scan(typed.substr(0, digits_read), &value)) return RET_OK;
+    kind_ops_of(at.row).fill(at);
+    const std::string why = tk_format("未采用 %s：不是十六进制数，实际保存的是 %08X",
+                                      typed.empty() ? "空白" : typed.c_str(), field_word(at.what(), at.props()));
+    return widget_set_refused(at.w, why.c_str());
 }
 
 // ---- version and calculator ----
@@ -94,6 +117,6 @@ ret_t open_calculator(const bound_row& at) {
 } // namespace
 
 const kind_ops vkt610b_route_ops = {.fill = fill_route, .changed = change_route, .options = routes};
-const kind_ops vkt610b_filter_ops = {.fill = fill_filter, .changed = commit_filter};
+const kind_ops vkt610b_filter_ops = {.fill = fill_filter, .changed = commit_filter, .blur = leave_filter};
 const kind_ops vkt610b_version_ops = {.fill = fill_version};
 const kind_ops vkt610b_calculator_ops[2] = {{.click = open_calculator<1>}, {.click = open_calculator<2>}};

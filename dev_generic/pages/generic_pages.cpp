@@ -81,7 +81,7 @@ constexpr lost_line lost[] = {
     {"page_can",    "edit_send",         event_type::blur,  "edit != NULL",               "on_edit_send_focus"},
 };
 
-constexpr page_rules rules{.numbers_by_text = true, .lost = lost};
+constexpr page_rules rules{.numbers_by_text = true, .boxes_bounded = true, .lost = lost};
 
 constexpr page_table change{"page_change", change_rows, rules};
 constexpr page_table spi   {"page_spi",    spi_rows,    rules};

@@ -161,6 +161,31 @@ TEST_P(canfd_page, filter_edits_are_held_stored_and_shown_again_when_left) {
     }
 }
 
+TEST_P(canfd_page, a_filter_edit_says_what_it_did_not_take) {
+    const struct {
+        const char* edit;
+        const char* typed;
+        const char* shown;
+        const char* why; ///< null: all of it was taken
+    } rows[] = {
+        {"edit_scherm0_vkt610b_canfd#", "FFFF", "000007FF", "未采用 FFFF：实际保存的是 000007FF"},
+        {"edit_scherm0_vkt610b_canfd#", "07ff", "000007FF", nullptr},
+        {"edit_scherm0_vkt610b_canfd#", "xyz", "000007FF", "未采用 xyz：不是十六进制数，实际保存的是 000007FF"},
+        {"edit_check4_vkt610b_canfd#", "0x1a", "0000001A", nullptr},
+        {"edit_check4_vkt610b_canfd#", "12G", "00000012", "未采用 12G：实际保存的是 00000012"},
+        {"edit_check4_vkt610b_canfd#", "000", "00000000", nullptr},
+        {"edit_check4_vkt610b_canfd#", "", "00000000", "未采用 空白：不是十六进制数，实际保存的是 00000000"},
+    };
+    open();
+    act("pick @/combo_box_ex_reject_mode_vkt610b_canfd# 标准帧、扩展帧滤波\n");
+    for (const auto& row : rows) {
+        const std::string at = std::string("@/") + row.edit;
+        act("type " + at + " \"" + row.typed + "\"\nkey Tab\nexpect " + at + " text " + row.shown + "\n");
+        EXPECT_EQ(widget_get_refused(on_page(mine(row.edit).c_str())), row.why != nullptr) << row.typed;
+        if (row.why != nullptr) act("expect " + at + " tooltip \"" + row.why + "\"\n");
+    }
+}
+
 TEST_P(canfd_page, typing_800_into_a_standard_code_gives_7FF) {
     open();
     act("type @/edit_check0_vkt610b_canfd# 800\n");

@@ -210,9 +210,12 @@ TEST_F(generic_page, frame_head_and_end_take_two_digits) {
     EXPECT_EQ(image()[55], 0x0F);
     expect_code();
     does("click @/edit\nexpect @/edit text 7E\n"); // the byte, whatever the text was
-    does("type @/edit zz\nkey Enter\n");
+    does("type @/edit zz\nkey Enter\nexpect @/edit refused 1\n"
+         "expect @/edit tooltip \"不是十六进制数：发送的是 00\"\n");
     EXPECT_EQ(text("change_fh"), "zz");
     EXPECT_EQ(image()[54], 0);
+    does("type @/edit 5a\nkey Tab\nexpect @/edit refused 0\n");
+    EXPECT_EQ(image()[54], 0x5A);
 }
 
 // ---- CAN page
@@ -300,6 +303,64 @@ TEST_P(generic_hex_edits, form_store_and_refresh_when_left) {
 }
 INSTANTIATE_TEST_SUITE_P(all, generic_hex_edits, testing::ValuesIn(hex_cases),
                          [](const auto& one) { return std::string(one.param.key); });
+
+struct unlike_case {
+    const char* typed;
+    const char* formed;
+    const char* sent; ///< null: what was typed
+};
+const unlike_case unlike_cases[] = {
+    {"xyz", "00 00 0x yz", "00 00 00 00"}, {"12G4", "00 00 12 G4", "00 00 12 00"}, {"abcd", "00 00 ab cd", nullptr},
+    {"1G", "00 00 00 1G", "00 00 00 01"},  {"1 2", "00 00 01  2", "00 00 01 02"},  {"", "00 00 00 00", nullptr},
+};
+
+TEST_F(generic_page, a_hex_edit_says_when_it_is_not_what_is_sent) {
+    show("page_can");
+    for (const unlike_case& row : unlike_cases) {
+        does(std::string("type @/edit_send \"") + row.typed + "\"\nkey Tab\n");
+        EXPECT_EQ(shown("edit_send"), row.formed);
+        EXPECT_EQ(text("can_sendf_flage"), row.formed); // stored as it was typed
+        EXPECT_EQ(widget_get_refused(on_page("edit_send")), row.sent != nullptr) << row.typed;
+        if (row.sent == nullptr) continue;
+        EXPECT_THAT(code(), HasSubstr(row.sent));
+        const std::string tip = std::string("\"不是十六进制数：发送的是 ") + row.sent + "\"\n";
+        does("expect @/edit_send tooltip " + tip);
+        show("page_can"); // filled again it is still so
+        does("expect @/edit_send tooltip " + tip);
+    }
+}
+
+TEST_F(generic_page, a_spin_box_says_what_it_does_not_take) {
+    const struct {
+        const char* page;
+        const char* box;
+        const char* key;
+        int typed;
+        uint32_t stored;
+        int bound;
+    } rows[] = {
+        {"page_spi", "spin_box_number", "spi_ff_fnum", 999, 99, 256},
+        {"page_spi", "spin_box_time", "spi_ff_time", 256, 25, 256},
+        {"page_uart", "spin_box_distance", "uart_f_distance", 300, 30, 256},
+        {"page_change", "spin_box", "change_star", 8, 0, 8},
+        {"page_change", "spin_box1", "change_len", 9, 4, 9},
+    };
+    for (const auto& row : rows) {
+        show(row.page);
+        does(tk_format("type @/%s %d\nexpect @/%s text %d\nexpect @/%s refused 1\nexpect @/%s tooltip "
+                       "\"未采用：取值须小于 %d\"\n",
+                       row.box, row.typed, row.box, row.typed, row.box, row.box, row.bound));
+        EXPECT_EQ(value(row.key), row.stored) << row.box;
+        does(tk_format(
+            "key Tab\nexpect @/%s text %u\nexpect @/%s refused 1\nexpect @/%s tooltip \"未采用 %d：取值须小于 "
+            "%d，实际保存的是 %u\"\n",
+            row.box, row.stored, row.box, row.box, row.typed, row.bound, row.stored));
+        does(tk_format("type @/%s %d\nexpect @/%s refused 0\n", row.box, row.bound - 1, row.box));
+        EXPECT_EQ(value(row.key), static_cast<uint32_t>(row.bound - 1)) << row.box;
+        expect_code();
+    }
+    EXPECT_EQ(console(), "");
+}
 
 TEST_F(generic_page, hex_edit_typing_FF_gives_00_00_00_FF) {
     show("page_can");
