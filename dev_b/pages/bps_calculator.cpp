@@ -201,7 +201,6 @@ void attach(const calculator_ptr& c) {
 // ---- opening ----
 
 void load_phase(const bps_phase& at, const timing_loaded& loaded) {
-    widget_set_value_int(at.divider, loaded.divider_code);
     widget_set_value_int(at.rate, loaded.rate);
     widget_set_text_utf8(at.brp, std::to_string(loaded.values.brp).c_str());
     widget_set_text_utf8(at.tseg1, std::to_string(loaded.values.tseg1).c_str());
@@ -214,11 +213,15 @@ void enable_data(const bps_phase& data, bool on) {
     for (widget* w : data.edits()) widget_set_enable(w, on);
 }
 
+// Both phases have one divider: what either of them loads with is the visible and the hidden selector's.
 void load(const calculator& c) {
     const timing_opening opening = timing_open(c.dev.props.get(), c.channel);
+    int32_t divider = opening.divider_word;
+    for (const auto& loaded : opening.loaded)
+        if (loaded) divider = loaded->divider_code;
     for (const auto phase : timing_phases) {
         const auto i = timing_at(phase);
-        widget_set_value_int(c.phases[i].divider, opening.divider_word);
+        widget_set_value_int(c.phases[i].divider, divider);
         if (opening.rate[i]) widget_set_value_int(c.phases[i].rate, *opening.rate[i]);
         if (opening.loaded[i]) load_phase(c.phases[i], *opening.loaded[i]);
     }

@@ -46,7 +46,7 @@ struct canfd_channel {
         {.name = vkt610b_named<"bps_do_button_vkt610b_canfd#", N>,            .what = &of::user_timing,    .kind = check},
         {.name = vkt610b_named<"canfd#_button_bp_calculate", N>,              .kind = custom, .enabled_when = user_timing, .hidden_when_disabled = true, .own = &vkt610b_calculator_ops[N - 1]},
         {.name = vkt610b_named<"combo_box_ex_reject_mode_vkt610b_canfd#", N>, .what = &of::filter_mode,    .refused_as = vkt610b_named<"canfd#_reject_mode_work_value", N>},
-        {.name = vkt610b_named<"edit_scherm0_vkt610b_canfd#", N>,             .what = &of::standard_mask,  .kind = custom, .enabled_when = standard, .own = &vkt610b_filter_ops},
+        {.name = vkt610b_named<"edit_scherm0_vkt610b_canfd#", N>,             .what = &of::standard_mask,  .kind = custom, .enabled_when = standard, .own = &vkt610b_mask_ops},
         {.name = vkt610b_named<"edit_check0_vkt610b_canfd#", N>,              .what = &of::standard_code0, .kind = custom, .enabled_when = standard, .own = &vkt610b_filter_ops},
         {.name = vkt610b_named<"edit_check1_vkt610b_canfd#", N>,              .what = &of::standard_code1, .kind = custom, .enabled_when = standard, .own = &vkt610b_filter_ops},
         {.name = vkt610b_named<"edit_check2_vkt610b_canfd#", N>,              .what = &of::standard_code2, .kind = custom, .enabled_when = standard, .own = &vkt610b_filter_ops},

@@ -49,10 +49,13 @@ ret_t change_route(const bound_row& at) {
 constexpr std::size_t digits_read = 8;
 
 ret_t show_filter(const bound_row& at, uint32_t value) {
-    return widget_set_text_utf8(at.w, tk_format("%08X", std::min(value, at.what().highest)).c_str());
+    return widget_set_text_utf8(at.w, tk_format("%08X", value).c_str());
 }
 
-void fill_filter(const bound_row& at) { show_filter(at, field_word(at.what(), at.props())); }
+void fill_mask(const bound_row& at) { show_filter(at, field_word(at.what(), at.props())); }
+void fill_filter(const bound_row& at) {
+    show_filter(at, std::min(field_word(at.what(), at.props()), at.what().highest));
+}
 
 /// "edit_scherm0_vkt610b_canfd1" is told as "scherm0_value".
 std::string told_name(std::string_view edit) {
@@ -117,6 +120,7 @@ ret_t open_calculator(const bound_row& at) {
 } // namespace
 
 const kind_ops vkt610b_route_ops = {.fill = fill_route, .changed = change_route, .options = routes};
+const kind_ops vkt610b_mask_ops = {.fill = fill_mask, .changed = commit_filter, .blur = leave_filter};
 const kind_ops vkt610b_filter_ops = {.fill = fill_filter, .changed = commit_filter, .blur = leave_filter};
 const kind_ops vkt610b_version_ops = {.fill = fill_version};
 const kind_ops vkt610b_calculator_ops[2] = {{.click = open_calculator<1>}, {.click = open_calculator<2>}};

@@ -103,6 +103,15 @@ TEST_P(calculator, a_stored_timing_is_loaded) {
                   "expect ~/canfd#_label1_clock_c_vkt610b text \"时间份额时钟 50 MHz\"\n");
 }
 
+TEST_P(calculator, a_phase_that_loads_alone_brings_the_divider_of_both) {
+    const std::string agreed = "expect ~/canfd#_div_z text 4\nexpect ~/canfd#_div_c value 2\n"
+                               "expect ~/canfd#_label1_clock_c_vkt610b text \"时间份额时钟 50 MHz\"\n";
+    store(2, {7, 20, 5, 1, 20, 5}); // 50 MHz / 175 is no rate
+    in_calculator(agreed + "expect ~/canfd#_brp_z text \"\"\nexpect ~/canfd#_brp_c text 1\n");
+    store(2, {5, 20, 5, 7, 20, 5});
+    in_calculator(agreed + "expect ~/canfd#_brp_z text 5\nexpect ~/canfd#_brp_c text \"\"\n");
+}
+
 TEST_P(calculator, classic_can_greys_the_data_phase) {
     set(mine("canfd#_mode_vkt610b"), 0);
     in_calculator("expect ~/canfd#_brp_c enabled 0\nexpect ~/canfd#_tseg1_c enabled 0\n"

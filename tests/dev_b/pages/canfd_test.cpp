@@ -197,12 +197,22 @@ TEST_P(canfd_page, typing_800_into_a_standard_code_gives_7FF) {
 
 TEST_P(canfd_page, what_is_held_for_display_stays_in_the_store) {
     set(mine("canfd#_scherm_vkt610b"), 0xFFFFFFFF);
+    set(mine("canfd#_check0_vkt610b"), 0xFFFFFFFF);
+    set(mine("canfd#_scherm_e_vkt610b"), 0xFFFFFFFF);
     set(mine("canfd#_check0_e_vkt610b"), 0xFFFFFFFF);
     open();
-    EXPECT_EQ(text("edit_scherm0_vkt610b_canfd#"), "000007FF");
+    EXPECT_EQ(text("edit_scherm0_vkt610b_canfd#"), "FFFFFFFF"); // a standard mask is shown as stored
+    EXPECT_EQ(text("edit_check0_vkt610b_canfd#"), "000007FF");
+    EXPECT_EQ(text("edit_scherm1_vkt610b_canfd#"), "1FFFFFFF");
     EXPECT_EQ(text("edit_check4_vkt610b_canfd#"), "1FFFFFFF");
+    act("click @/edit_check0_vkt610b_canfd#\nkey Tab\n");
+    EXPECT_EQ(value(mine("canfd#_check0_vkt610b")), 0xFFFFFFFFU);
     act("click @/edit_scherm0_vkt610b_canfd#\nkey Tab\n");
     EXPECT_EQ(value(mine("canfd#_scherm_vkt610b")), 0xFFFFFFFFU);
+    // A commit holds the mask too.
+    act("type @/edit_scherm0_vkt610b_canfd# FFFFFFFE\nkey Tab\n");
+    EXPECT_EQ(value(mine("canfd#_scherm_vkt610b")), 0x7FFU);
+    EXPECT_EQ(text("edit_scherm0_vkt610b_canfd#"), "000007FF");
 }
 
 struct typed_case {
