@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int clock_mhz = 200;
+constexpr int32_t none_chosen = -1; ///< as a selector's value
 
 /// A phase's candidates.
 struct candidates {
@@ -222,7 +223,7 @@ void load(const calculator& c) {
     for (const auto phase : timing_phases) {
         const auto i = timing_at(phase);
         widget_set_value_int(c.phases[i].divider, divider);
-        if (opening.rate[i]) widget_set_value_int(c.phases[i].rate, *opening.rate[i]);
+        widget_set_value_int(c.phases[i].rate, opening.rate[i].value_or(none_chosen));
         if (opening.loaded[i]) load_phase(c.phases[i], *opening.loaded[i]);
     }
     enable_data(c.of(timing_phase::data), opening.data_enabled);

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 
 namespace {
 
@@ -110,6 +111,29 @@ TEST_P(calculator, a_phase_that_loads_alone_brings_the_divider_of_both) {
     in_calculator(agreed + "expect ~/canfd#_brp_z text \"\"\nexpect ~/canfd#_brp_c text 1\n");
     store(2, {5, 20, 5, 7, 20, 5});
     in_calculator(agreed + "expect ~/canfd#_brp_z text 5\nexpect ~/canfd#_brp_c text \"\"\n");
+}
+
+TEST_P(calculator, a_rate_that_is_offered_first_is_chosen_only_by_picking_it) {
+    const auto keys_become = [this](std::optional<uint32_t> number) {
+        const std::string rates[] = {mine("canfd#_speed_zc_vkt610b"), mine("canfd#_speed_data_vkt610b")};
+        for (const std::string& key : rates) set(key, 9);
+        for (const char* key : {divider_key, timing_keys[0], timing_keys[1], timing_keys[2], timing_keys[3],
+                                timing_keys[4], timing_keys[5]}) {
+            if (number)
+                set(key, *number);
+            else
+                tk_object_remove_prop(dev->props.get(), key);
+        }
+    };
+    for (const auto& number : {std::optional(0U), std::optional(1U), std::optional<uint32_t>()}) {
+        keys_become(number);
+        in_calculator("expect ~/combo_box_ex_bps_z_vkt610b_canfd# value -1\n"
+                      "expect ~/combo_box_ex_bps_c_vkt610b_canfd# value -1\n"
+                      "pick ~/combo_box_ex_bps_z_vkt610b_canfd# 40K\n"
+                      "pick ~/combo_box_ex_bps_c_vkt610b_canfd# 400K\n");
+        EXPECT_EQ(value(mine("canfd#_speed_zc_vkt610b")), 0U);
+        EXPECT_EQ(value(mine("canfd#_speed_data_vkt610b")), 0U);
+    }
 }
 
 TEST_P(calculator, classic_can_greys_the_data_phase) {
