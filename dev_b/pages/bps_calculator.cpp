@@ -64,7 +64,8 @@ void show_clock(const calculator& c) {
     widget_set_text_utf8(widget_need(c.dialog, name.c_str()), text.c_str());
 }
 
-std::string count_text(std::size_t count, bool more) {
+std::string count_text(const bps_phase& at, std::size_t count, bool more) {
+    if (widget_get_value_int(at.divider) < 0 || widget_get_value_int(at.rate) < 0) return "请先选择时钟分频和速率";
     if (count == 0) return more ? "读取中…" : "没有候选";
     return tk_format("候选 %zu 条，单击一条填入左侧", count);
 }
@@ -75,7 +76,7 @@ void read_on(const calculator_ptr& c, timing_phase phase) {
     candidates& found = c->found_of(phase);
     const bool more = found.reader->read_on(&found.list);
     table_client_set_rows(at.list, static_cast<uint32_t>(found.list.size()));
-    widget_set_text_utf8(at.count, count_text(found.list.size(), more).c_str());
+    widget_set_text_utf8(at.count, count_text(at, found.list.size(), more).c_str());
     if (!more) return;
     idle_queue([weak = std::weak_ptr(c), reader = std::weak_ptr(found.reader), phase] {
         const calculator_ptr still = weak.lock();

@@ -107,7 +107,7 @@ ret_t leave_filter(const bound_row& at) {
 
 void fill_version(const bound_row& at) {
     const uint32_t version = tk_object_get_prop_uint32(at.props(), at.what().key, 0);
-    widget_set_text_utf8(at.w, vkt610b_version_text(version).c_str());
+    widget_set_text_utf8(at.w, version == 0 ? "—" : vkt610b_version_text(version).c_str()); // 0: never read
 }
 
 template <int Channel>

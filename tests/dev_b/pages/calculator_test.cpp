@@ -279,6 +279,15 @@ TEST_P(calculator, a_long_list_scrolls) {
                   "wait ~/list_view_z/item[0] text \"BRP: 1, TSEGE1: 20, TSEGE2: 5, SMP: 80.00%\"\n");
 }
 
+TEST_P(calculator, the_list_says_what_is_to_be_chosen_first) {
+    const std::string ask = "请先选择时钟分频和速率\n";
+    in_calculator("expect ~/canfd#_count_z text " + ask + "expect ~/canfd#_count_c text " + ask +
+                  "pick ~/combo_box_ex_bps_z_vkt610b_canfd# 400K\nexpect ~/canfd#_count_z text " + ask +
+                  "pick ~/canfd#_div_z 4\nexpect ~/canfd#_count_z text 没有候选\n"
+                  "expect ~/canfd#_count_c text " +
+                  ask + "pick ~/combo_box_ex_bps_c_vkt610b_canfd# 2M\nexpect ~/canfd#_count_c text 没有候选\n");
+}
+
 // ---- rates
 
 TEST_P(calculator, a_rate_is_stored_at_once_and_stays) {
