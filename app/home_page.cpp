@@ -46,8 +46,11 @@ constexpr const char* hidden_at_start[] = {"progress_bar", "label2", "label3", "
 
 void bind(widget* home) {
     for (const auto& row : bindings)
-        widget_on(widget_need(home, row.name), row.type,
-                  [home, handler = row.handler](const event&) { return handler(home); });
+        widget_on(widget_need(home, row.name), row.type, [home, handler = row.handler](const event& what) {
+            // A shortcut leaves the focus where one types: what is typed there is taken first.
+            if (what.type == event_type::click) widget_set_focused(what.target);
+            return handler(home);
+        });
     for (const char* name : hidden_at_start) widget_set_visible(widget_lookup(home, name), false);
     model_bind(home);
     for (const char* name : {"version_name", "version_foot"})

@@ -132,8 +132,10 @@ ret_t family_show(widget* home, const family_pages& pages, bool renew) {
 
 void model_bind(widget* home) {
     for (const family_pages* pages : families()) {
-        widget_on(widget_need(home, pages->code_mode), event_type::click,
-                  [home](const event&) { return model_show_code(home); });
+        widget_on(widget_need(home, pages->code_mode), event_type::click, [home](const event& what) {
+            widget_set_focused(what.target); // takes what is being typed, as by the mouse
+            return model_show_code(home);
+        });
         if (pages == pages_of_model(start_model())) continue;
         show(home, pages->container, false);
         show(home, pages->code_mode, false);

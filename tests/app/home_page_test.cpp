@@ -1,6 +1,7 @@
 #include "app/home_page.h"
 
 #include "app/start_objects.h"
+#include "app/ui_state.h"
 #include "dev_a/pages/vkt510a_pages.h"
 #include "dev_generic/pages/generic_pages.h"
 #include "serial/port_list.h"
@@ -223,6 +224,59 @@ TEST_F(home_page, progress_button_opens_a_window_that_can_be_left) {
 }
 
 TEST_F(home_page, copy_button_is_there) { EXPECT_TRUE(enabled("button_copy")); }
+
+// An edit of the CAN page stores when it is left; a shortcut leaves the focus in it.
+class typed_before_a_shortcut : public app_test {
+  protected:
+    void type_identifier() {
+        click(home(), "table_button_can");
+        EXPECT_EQ(user_does("type home_page/page_can/edit_send 12345678"), "");
+        ASSERT_TRUE(widget_get_focused(widget_lookup(at("page_can"), "edit_send")));
+    }
+    static std::string stored() {
+        return tk_object_get_prop_str(device(generic_pages).props.get(), "can_sendf_flage", "?");
+    }
+};
+
+TEST_F(typed_before_a_shortcut, copying_copies_it) {
+    type_identifier();
+    EXPECT_EQ(
+        user_does(
+            "key Alt+Y\nwait home_page/button_copy focused 1\ntype home_page/combo_box_ex_serial x\nkey Ctrl+V\n"
+            "expect home_page/combo_box_ex_serial contains \" 08 12 34 56 78 04 \""),
+        "");
+}
+
+TEST_F(typed_before_a_shortcut, the_code_switch_shows_it) {
+    type_identifier();
+    EXPECT_EQ(user_does("key Alt+L\nwait home_page/code_mode value 1\n"
+                        "wait home_page/mledit contains \"0x12, 0x34 0x56, 0x78, \""),
+              "");
+    EXPECT_EQ(stored(), "12 34 56 78");
+}
+
+TEST_F(typed_before_a_shortcut, another_page_keeps_it) {
+    type_identifier();
+    EXPECT_EQ(user_does("key Alt+1\nwait home_page/page_change visible 1"), "");
+    EXPECT_EQ(stored(), "12 34 56 78");
+}
+
+TEST_F(typed_before_a_shortcut, a_disconnect_stores_it) {
+    connect();
+    type_identifier();
+    EXPECT_EQ(user_does("key Alt+D"), "");
+    EXPECT_TRUE(wait([] { return !session_any_running() && ui_state_get() == ui_state::idle; }));
+    EXPECT_EQ(stored(), "12 34 56 78");
+}
+
+TEST_F(typed_before_a_shortcut, a_write_sends_it) {
+    connect();
+    type_identifier();
+    EXPECT_EQ(user_does("key Alt+W\nwait progress/label3 text 写配置完成 20000"), "");
+    EXPECT_EQ(module->memory()[48], 0x12);
+    EXPECT_EQ(module->memory()[51], 0x78);
+    press_ok();
+}
 
 TEST_F(home_page, the_data_monitor_button_is_not_shown_without_a_data_page) {
     EXPECT_FALSE(visible("button_data"));
