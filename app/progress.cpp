@@ -2,6 +2,8 @@
 
 #include "app/devices.h"
 #include "app/model_switch.h"
+#include "app/session_focus.h"
+#include "session/session_texts.h"
 #include "shell/err_display.h"
 #include "shell/navigator.h"
 #include "toolkit/core/idle.h"
@@ -43,15 +45,23 @@ bool window_is_open() {
     return window_open_flag;
 }
 
-void status_show(widget* win, uint32_t percent, uint8_t code) {
+// The state that the style sheet shows of a run. A module that is left reports its failures as an end like others.
+const char* style_of(const progress_report& report) {
+    if (report.percent != 100) return "";
+    if (report.operation == operation::connect_failed) return "failed";
+    return report.operation == operation::mode_change && report.text != text_mode_transfer ? "" : "ok";
+}
+
+void status_show(widget* win, const progress_report& report) {
     for (const auto& row : statuses) {
-        if (row.operation != code) continue;
-        const bool finished = percent == 100 && row.finished != nullptr;
+        if (row.operation != report.operation) continue;
+        const bool finished = report.percent == 100 && row.finished != nullptr;
         widget_set_text_utf8(widget_lookup(win, "label"), finished ? row.finished : row.running);
     }
-    const bool failed = percent == 100 && code == operation::connect_failed;
-    for (const char* name : {"label", "label3", "progress_bar"})
-        widget_set_style_state(widget_lookup(win, name), failed ? "failed" : "");
+    const std::string style = style_of(report);
+    for (const char* name : {"label", "label3"})
+        widget_set_style_state(widget_lookup(win, name), style == "failed" ? "failed" : "");
+    widget_set_style_state(widget_lookup(win, "progress_bar"), style.c_str());
 }
 
 void ok_show(widget* win, bool finished) {
@@ -60,12 +70,18 @@ void ok_show(widget* win, bool finished) {
     if (finished) widget_set_focused(widget_lookup(win, "ok"));
 }
 
+ret_t focus_back() {
+    session_focus_back();
+    return RET_OK;
+}
+
 ret_t ok_clicked(const event&) {
     const progress_finish finish = std::exchange(finish_wanted(), {});
     if (finish.refusal)
         if (const char* why = finish.refusal()) return err_display_show(why);
     const ret_t ret = navigator_switch_to("home_page", true);
     window_is_open();
+    session_focus_back();
     return finish.then ? finish.then() : ret;
 }
 
@@ -85,7 +101,7 @@ ret_t progress_update(const progress_report& report) {
     widget_set_visible(step, true);
     widget_set_value_int(bar, static_cast<int32_t>(report.percent));
     widget_set_text_utf8(step, report.text.c_str());
-    status_show(win, report.percent, report.operation);
+    status_show(win, report);
     if (report.percent == 100) model_page_refresh(navigator_find("home_page"));
     ok_show(win, report.percent == 100);
     progress_esc_refresh();
@@ -98,6 +114,7 @@ ret_t progress_init(widget* win, const void* /*context*/) {
     RETURN_IF_NOT(win != nullptr, "win != NULL", __func__, RET_BAD_PARAMS);
     widget_set_prop_bool(win, "to_modal", false);
     widget_on(widget_need(win, "ok"), event_type::click, ok_clicked);
+    widget_on(win, event_type::request_close, [](const event&) { return idle_queue(focus_back); }); // by Esc
     window_open_flag = true;
     if (!session_any_running()) progress_then({});
     ok_show(win, !session_any_running());

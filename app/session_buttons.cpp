@@ -3,6 +3,7 @@
 #include "app/devices.h"
 #include "app/model_switch.h"
 #include "app/progress.h"
+#include "app/session_focus.h"
 #include "app/session_results.h"
 #include "app/ui_state.h"
 #include "serial/port_list.h"
@@ -60,7 +61,8 @@ bool connected() {
     return dev != nullptr && dev->session.connected();
 }
 
-ret_t transfer(widget* home, session_kind kind) {
+ret_t transfer(widget* home, session_kind kind, const char* started_by) {
+    session_focus_keep(started_by);
     const uint8_t code = kind == session_kind::read ? operation::read : operation::write;
     ui_state_apply(home, ui_state::busy);
     progress_open_for_run();
@@ -71,7 +73,9 @@ ret_t transfer(widget* home, session_kind kind) {
 ret_t disconnected() {
     progress_settle();
     port_watcher_start();
-    return ui_state_apply(navigator_find("home_page"), ui_state::idle);
+    const ret_t ret = ui_state_apply(navigator_find("home_page"), ui_state::idle);
+    session_focus_back();
+    return ret;
 }
 
 /// A module that hears something when it is left; that is all there is to watch.
@@ -83,6 +87,7 @@ bool anybody_to_tell() {
 } // namespace
 
 ret_t session_connect_pressed(widget* home) {
+    session_focus_keep("button");
     ui_state_apply(home, ui_state::connecting);
     progress_open_for_run();
     progress_post(10, "开始连接.....", operation::connect);
@@ -91,6 +96,7 @@ ret_t session_connect_pressed(widget* home) {
 
 ret_t session_disconnect_pressed(widget* home) {
     if (session_disconnector().running()) return RET_FAIL;
+    session_focus_keep("button2");
     // The window opens before the first report can come.
     const bool watched = anybody_to_tell();
     if (watched) progress_open_for_run();
@@ -108,12 +114,12 @@ ret_t session_read_pressed(widget* home) {
     if (!connected()) return err_display_show(text_connect_first);
     // Posted before the window opens, so it is not seen unless one is open already.
     progress_post(10, text_read, operation::read);
-    return transfer(home, session_kind::read);
+    return transfer(home, session_kind::read, "button_read");
 }
 
 ret_t session_write_pressed(widget* home) {
     if (!connected()) return err_display_show(text_connect_first);
-    return transfer(home, session_kind::write);
+    return transfer(home, session_kind::write, "button_write");
 }
 
-ret_t session_read_for_monitor(widget* home) { return transfer(home, session_kind::read); }
+ret_t session_read_for_monitor(widget* home) { return transfer(home, session_kind::read, "button_data"); }

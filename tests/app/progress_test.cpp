@@ -61,6 +61,36 @@ INSTANTIATE_TEST_SUITE_P(operations, progress_status,
                                          status_case{"mode", 8, "   模式转换状态", "   模式转换结束"}),
                          [](const auto& test) { return test.param.name; });
 
+TEST_F(progress_window, the_bar_shows_how_it_ended) {
+    open();
+    const auto state = [](const char* name) {
+        std::string found = "none";
+        for (const char* one : {"", "ok", "failed"})
+            if (user_tries(std::string("expect progress/") + name + " state \"" + one + "\"").empty()) found = one;
+        return found;
+    };
+    const struct {
+        uint32_t percent;
+        const char* step;
+        uint8_t code;
+        const char* bar;
+        const char* label;
+    } rows[] = {
+        {100, "读配置完成", 3, "ok", ""},
+        {50, "一", 3, "", ""},
+        {100, "读配置命令失败", 1, "failed", "failed"},
+        {100, "写配置完成", 2, "ok", ""},
+        {100, "连接成功", 0, "ok", ""},
+        {100, "写操作失败", 8, "", ""},
+        {100, "现在设备为传输模式", 8, "ok", ""},
+    };
+    for (const auto& row : rows) {
+        report(row.percent, row.step, row.code);
+        EXPECT_EQ(state("progress_bar"), row.bar) << row.step;
+        for (const char* name : {"label", "label3"}) EXPECT_EQ(state(name), row.label) << row.step;
+    }
+}
+
 TEST_F(progress_window, another_operation_leaves_the_status_line) {
     open();
     report(50, "一", 2);

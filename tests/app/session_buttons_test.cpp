@@ -183,6 +183,54 @@ TEST_F(session_buttons, disconnect_without_any_open_port_still_returns_to_idle_a
     EXPECT_EQ(buttons(), "cfmp");
 }
 
+class focus_after : public session_buttons {
+  protected:
+    static bool has_focus(const char* name) { return widget_get_focused(at(name)); }
+};
+
+TEST_F(focus_after, a_session_goes_to_its_button_or_to_the_first_one_enabled) {
+    plug("VKT531A");
+    EXPECT_EQ(run("button"), "连接成功");
+    press_ok();
+    EXPECT_TRUE(has_focus("button2")); // there is nothing to connect any more
+    for (const char* name : {"button_read", "button_write"}) {
+        run(name);
+        press_ok();
+        EXPECT_TRUE(has_focus(name)) << name;
+    }
+    run("button_read");
+    EXPECT_EQ(user_does("key Esc"), "");
+    settle();
+    EXPECT_EQ(progress(), nullptr);
+    EXPECT_TRUE(has_focus("button_read"));
+    click(home(), "button2"); // shows no window
+    EXPECT_TRUE(wait([] { return ui_state_get() == ui_state::idle; }));
+    EXPECT_TRUE(has_focus("button"));
+}
+
+TEST_F(focus_after, a_session_that_failed_goes_to_its_button) {
+    plug("VKT531A");
+    module->plan({.what = sim::fault::bad_check, .times = 0xFFFFFFFF});
+    EXPECT_NE(run("button"), "连接成功");
+    press_ok();
+    EXPECT_TRUE(has_focus("button"));
+}
+
+TEST_F(focus_after, a_disconnect_that_is_watched_goes_to_connect) {
+    connect("VKT610B");
+    EXPECT_EQ(run("button2"), "现在设备为传输模式");
+    press_ok();
+    EXPECT_TRUE(has_focus("button"));
+}
+
+TEST_F(focus_after, a_look_at_the_progress_leaves_it_where_it_was) {
+    connect();
+    widget_set_focused(at("button_write"));
+    ASSERT_EQ(navigator_switch_to("progress", false), RET_OK);
+    press_ok();
+    EXPECT_TRUE(has_focus("button_write"));
+}
+
 TEST_F(session_buttons, a_second_disconnect_starts_nothing) {
     connect();
     EXPECT_EQ(session_disconnect_pressed(home()), RET_OK);
