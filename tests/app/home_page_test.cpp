@@ -1,5 +1,6 @@
 #include "app/home_page.h"
 
+#include "app/model_switch.h"
 #include "app/start_objects.h"
 #include "app/ui_state.h"
 #include "dev_a/pages/vkt510a_pages.h"
@@ -209,9 +210,124 @@ TEST_F(home_page, restore_defaults_shows_them_and_keeps_the_tab) {
     EXPECT_EQ(text(at("page_change"), "combo_box_ex"), "透明带标识转换");
 }
 
+TEST_F(home_page, restore_encodes_before_it_shows_and_fills_the_page_on_screen) {
+    click(home(), "table_button_uart");
+    pick("page_uart/combo_box_ex_bps", "9600");
+    tk_object_set_prop_uint8(device(generic_pages).props.get(), "spi_ff_time", 99); // not encoded
+    click(home(), "button_default");
+    EXPECT_EQ(text(at("page_uart"), "combo_box_ex_bps"), "115200");
+    std::string digits = text(home(), "mledit"); // laid out in blocks
+    std::erase(digits, ' ');
+    std::string expected = default_frame;
+    std::erase(expected, ' ');
+    EXPECT_EQ(digits, expected);
+}
+
+TEST_F(home_page, choosing_a_model_fills_the_page_that_shows) {
+    pick("combo_box_ex_dev", "VKT510A");
+    pick("combo_box_ex_dev", "VKT531A");
+    tk_object_set_prop_uint8(device(vkt510a_pages).props.get(), "change_mode_vkt510a", 3);
+    pick("combo_box_ex_dev", "VKT510A");
+    EXPECT_EQ(text(at("page_vkt510a_change"), "combo_box_ex_vkt510a"), "自定义协议转换");
+    EXPECT_TRUE(enabled("edit_vkt510a"));
+}
+
+TEST_F(home_page, every_family_has_its_code_switch) {
+    const std::tuple<const char*, const char*, const char*> switches[] = {
+        {"VKT510A", "code_mode_vkt510a", "{0xF7, 0xF8, "},
+        {"VKT610B", "code_mode_vkt610b", ": AC07"},
+        {"VKT530A", "code_mode", "{0xF7, 0xF8, "},
+    };
+    for (const auto& [model, name, alternative] : switches) {
+        pick("combo_box_ex_dev", model);
+        const std::string before = text(home(), "mledit");
+        EXPECT_THAT(before, Not(HasSubstr(alternative))) << model;
+        click(home(), name);
+        EXPECT_THAT(text(home(), "mledit"), HasSubstr(alternative)) << model;
+        click(home(), name);
+        EXPECT_EQ(text(home(), "mledit"), before) << model;
+    }
+}
+
 TEST_F(home_page, a_text_that_is_no_model_changes_nothing_on_screen) {
-    widget_set_value_int(at("combo_box_ex_dev"), 99);
-    EXPECT_TRUE(visible("view10"));
+    click(home(), "table_button_can");
+    const std::string code = text(home(), "mledit");
+    combo_box_append_option(at("combo_box_ex_dev"), 99, "VKT999A");
+    said_clear();
+    pick("combo_box_ex_dev", "VKT999A");
+    EXPECT_EQ(said(), "开始初始化\n");
+    EXPECT_EQ(current_model(), "VKT999A");
+    EXPECT_EQ(current_device(), nullptr);
+    for (const char* name : {"view10", "code_mode", "page_can"}) EXPECT_TRUE(visible(name)) << name;
+    for (const char* name : {"vkt510a_view_1", "vkt610b_view_1", "code_mode_vkt510a", "code_mode_vkt610b"})
+        EXPECT_FALSE(visible(name)) << name;
+    EXPECT_EQ(text(home(), "mledit"), code);
+}
+
+// A family that cannot be shown: its device, or its page set, does not exist.
+class broken_family : public app_test {
+  protected:
+    void SetUp() override {
+        app_test::SetUp();
+        usual_ = families();
+    }
+    void TearDown() override {
+        device_forget(broken);
+        families_use(usual_);
+        std::filesystem::remove("authority");
+        app_test::TearDown();
+    }
+    void use() {
+        families_use(list_);
+        said_clear();
+    }
+    family_descriptor of = *generic_pages.of;
+    family_pages broken = generic_pages;
+
+  private:
+    const family_pages* const list_[1] = {&broken};
+    family_pages_list usual_;
+};
+
+TEST_F(broken_family, without_a_device_is_named) {
+    of.device = "no_such_device";
+    broken.of = &of;
+    use();
+    EXPECT_EQ(model_switch(home()), RET_FAIL);
+    EXPECT_EQ(said(), "开始初始化\ndev_vkt530a产品初始化失败\n");
+    EXPECT_TRUE(visible("view10")); // what showed before shows still
+}
+
+TEST_F(broken_family, without_its_pages_is_named) {
+    broken.page_set = "no_such_pages";
+    use();
+    EXPECT_EQ(model_switch(home()), RET_FAIL);
+    EXPECT_EQ(said(), "开始初始化\n设备名称: VKT531A\ndev_vkt530a初始化按键列表失败\n");
+}
+
+TEST_F(broken_family, ends_the_init_with_1_and_nothing_is_probed) {
+    std::filesystem::create_directory("authority"); // a probe would fail, and say so
+    of.device = "no_such_device";
+    broken.of = &of;
+    use();
+    EXPECT_EQ(static_cast<int>(home_page_init(home(), nullptr)), 1);
+    settle();
+    EXPECT_EQ(message(), nullptr);
+}
+
+TEST_F(home_page, a_probe_that_fails_is_said) {
+    std::filesystem::create_directory("authority");
+    answer_message();
+    EXPECT_EQ(home_page_init(home(), nullptr), RET_OK);
+    EXPECT_TRUE(wait([this] { return !message_seen.empty() && message() == nullptr; }));
+    EXPECT_EQ(message_seen, "无权限，请使用管理员权限运行程序");
+    std::filesystem::remove("authority");
+}
+
+TEST_F(home_page, without_a_model_selector_there_is_no_model) {
+    said_clear();
+    EXPECT_EQ(model_switch(nullptr), RET_FAIL);
+    EXPECT_EQ(said(), "开始初始化\n获取设备名称失败\n");
 }
 
 TEST_F(home_page, progress_button_opens_a_window_that_can_be_left) {

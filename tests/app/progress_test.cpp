@@ -293,6 +293,30 @@ TEST_F(progress_window, a_failed_read_or_write_returns_to_connected) {
     }
 }
 
+TEST_F(progress_window, showing_a_failed_connect_closes_the_port) {
+    connect();
+    ASSERT_TRUE(device(generic_pages).session.port_open());
+    open();
+    const session_failure failure{0, session_kind::connect, "x", "串口打开失败"};
+    EXPECT_EQ(session_fail_display(generic_pages, failure), RET_OK);
+    EXPECT_FALSE(device(generic_pages).session.port_open());
+    EXPECT_FALSE(device(generic_pages).session.connected());
+}
+
+TEST_F(progress_window, a_failure_that_cannot_be_logged_is_not_shown) {
+    connect();
+    ui_state_apply(home(), ui_state::busy);
+    open();
+    const std::string before = text(progress(), "label3");
+    const std::string usual = std::exchange(error_log_path(), ".."); // a folder
+    const session_failure failure{0, session_kind::connect, "x", "串口打开失败"};
+    EXPECT_EQ(session_fail_display(generic_pages, failure), RET_INIT_FAILED);
+    error_log_path() = usual;
+    EXPECT_EQ(text(progress(), "label3"), before);
+    EXPECT_EQ(text(home(), "state_word"), "读写中…");
+    EXPECT_TRUE(device(generic_pages).session.port_open());
+}
+
 TEST_F(progress_window, a_failure_is_appended_to_both_logs_as_it_stands) {
     fail(session_kind::read, "first\n\n", "一");
     fail(session_kind::read, "second", "二");

@@ -66,10 +66,19 @@ TEST_P(can_scrolling, the_bar_moves_the_view) {
 }
 
 TEST_P(can_scrolling, handlers_are_attached_once) {
-    show(GetParam().page);
+    wheel(-120);
+    show(GetParam().page); // handlers of a second time would count from 0
     show(GetParam().page);
     wheel(-120);
+    EXPECT_EQ(widget_get_value_int(bar), 200);
+    EXPECT_EQ(offset(), 73);
+}
+
+TEST_P(can_scrolling, the_wheel_goes_on_from_the_pages_own_position) {
+    widget_set_value_int(bar, 400); // as the bar's own moves leave it
+    wheel(-120);
     EXPECT_EQ(widget_get_value_int(bar), 100);
+    EXPECT_EQ(offset(), 36);
 }
 
 INSTANTIATE_TEST_SUITE_P(both, can_scrolling, testing::ValuesIn(scroll_cases),

@@ -1,6 +1,7 @@
 #include "shell/navigator.h"
 
 #include "tests/support/app_fixture.h"
+#include "tests/support/user.h"
 
 namespace {
 
@@ -212,7 +213,18 @@ TEST_F(navigator, any_window_can_be_registered_and_the_last_init_counts) {
 }
 
 TEST_F(navigator, handlers_go_to_the_window_manager) {
-    EXPECT_EQ(navigator_on(event_type::resize, [](const event&) { return RET_OK; }), RET_OK);
+    static int seen = 0; // the handler stays with the window manager
+    EXPECT_EQ(navigator_on(event_type::resize,
+                           [](const event& what) {
+                               if (what.type == event_type::resize) ++seen;
+                               return RET_OK;
+                           }),
+              RET_OK);
+    ASSERT_TRUE(user_window_size(1100, 700));
+    settle();
+    EXPECT_GT(seen, 0);
+    ASSERT_TRUE(user_window_size(1280, 750));
+    settle();
 }
 
 } // namespace

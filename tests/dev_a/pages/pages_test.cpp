@@ -293,13 +293,60 @@ TEST_F(vkt510a_page, mode_rules_leave_the_can_pages_check_button_alone) {
 }
 
 TEST_F(vkt510a_page, filter_switch_enables_mask_codes_and_frame_type_together) {
-    const char* names[] = {"edit_scherm_vkt510a", "edit_check0_vkt510a", "edit_check5_vkt510a",
-                           "combo_box_ex_rejector_vkt510a"};
+    const char* names[] = {"edit_scherm_vkt510a", "edit_check0_vkt510a",          "edit_check1_vkt510a",
+                           "edit_check2_vkt510a", "edit_check3_vkt510a",          "edit_check4_vkt510a",
+                           "edit_check5_vkt510a", "combo_box_ex_rejector_vkt510a"};
     show("page_vkt510a_can");
     for (const char* name : names) EXPECT_FALSE(enabled(name)) << name;
     EXPECT_TRUE(enabled("edit_send_vkt510a"));
     does("click @/check_button_vkt510a\n");
     for (const char* name : names) EXPECT_TRUE(enabled(name)) << name;
+    does("click @/check_button_vkt510a\n");
+    for (const char* name : names) EXPECT_FALSE(enabled(name)) << name;
+}
+
+TEST_F(vkt510a_page, a_mode_that_cannot_be_stored_changes_nothing_else) {
+    show("page_vkt510a_change");
+    set("change_mode_vkt510a", 1); // behind the page's back: an enabling rule that ran would show it
+    refuse("change_mode_vkt510a");
+    does("pick @/combo_box_ex_vkt510a 自定义协议转换\n");
+    EXPECT_EQ(console(), "set change_mode_vkt510a failed!\n");
+    EXPECT_TRUE(enabled("spin_box_vkt510a"));
+    EXPECT_FALSE(enabled("check_button_vkt510a"));
+}
+
+TEST_F(vkt510a_page, an_emptied_spin_box_is_read_by_its_value) {
+    show("page_vkt510a_uart");
+    does("type @/spin_box_distance_vkt510a \"\"\n");
+    EXPECT_EQ(value("uart_distance_vkt510a"), 2U);
+    EXPECT_EQ(image()[44], 2);
+}
+
+TEST_F(vkt510a_page, a_text_that_cannot_be_set_is_named) {
+    show("page_vkt510a_can");
+    widget* stubborn = on_page("combo_box_ex_bps_vkt510a"); // takes no text that is none of its options
+    combo_box_append_option(stubborn, 99, "12G");
+    widget_set_value_int(stubborn, 99);
+    const struct {
+        std::size_t table;
+        const char* edit;
+        event_type what;
+        ret_t result;
+        const char* message;
+    } rows[] = {
+        {3, "edit_scherm_vkt510a", event_type::value_changing, RET_FAIL, "set scherm0changing failed!"},
+        {0, "edit_vkt510a", event_type::value_changing, RET_FAIL, "set f_vchanging failed!"},
+        {0, "edit_vkt510a", event_type::focus, RET_FAIL, "set f_vfocus failed!"},
+        {0, "edit_vkt510a", event_type::blur, RET_OK, "set f_vblur failed!"},
+    };
+    for (const auto& row : rows)
+        for (const page_row& found : vkt510a_pages.tables[row.table]->rows) {
+            if (std::string(found.name) != row.edit) continue;
+            EXPECT_EQ(page_event(*vkt510a_pages.tables[row.table], found, page, *dev,
+                                 {.type = row.what, .target = stubborn}),
+                      row.result);
+            EXPECT_EQ(console(), row.message);
+        }
 }
 
 TEST_F(vkt510a_page, greying_the_edit_under_the_cursor_takes_what_was_typed) {

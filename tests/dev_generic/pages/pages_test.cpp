@@ -174,6 +174,23 @@ TEST_F(generic_page, mode_decides_what_is_enabled_at_a_change) {
     }
 }
 
+TEST_F(generic_page, a_mode_that_cannot_be_stored_changes_nothing_else) {
+    show("page_change");
+    set("change_mode", 1); // behind the page's back: an enabling rule that ran would show it
+    refuse("change_mode");
+    does("pick @/combo_box_ex 自定义协议转换\n");
+    EXPECT_EQ(console(), "set change_mode failed!\n");
+    EXPECT_TRUE(enabled("spin_box"));
+    EXPECT_FALSE(enabled("check_button"));
+}
+
+TEST_F(generic_page, an_emptied_spin_box_is_read_by_its_text) {
+    show("page_uart");
+    does("type @/spin_box_distance \"\"\n");
+    EXPECT_EQ(value("uart_f_distance"), 0U);
+    EXPECT_EQ(image()[44], 0);
+}
+
 TEST_F(generic_page, mode_decides_what_is_enabled_at_filling) {
     set("change_mode", 1);
     show("page_change");
@@ -256,13 +273,16 @@ TEST_F(generic_page, standard_frames_with_change_len_4_set_it_to_2) {
     expect_code();
 }
 
-TEST_F(generic_page, standard_frames_with_change_len_1_leave_it) {
-    set("change_len", 1);
-    show("page_can");
-    does("pick @/combo_box_ex_Fkind 标准帧\n");
-    EXPECT_EQ(value("change_len"), 1U);
-    EXPECT_EQ(image()[52], 1);
-    EXPECT_EQ(console(), "");
+TEST_F(generic_page, standard_frames_cut_the_length_from_3_on) {
+    for (const uint32_t length : {0U, 1U, 2U, 3U, 8U}) {
+        set("change_len", length);
+        set("can_sendf_kind", 8);
+        show("page_can");
+        does("pick @/combo_box_ex_Fkind 标准帧\n");
+        EXPECT_EQ(value("change_len"), std::min(length, 2U));
+        EXPECT_EQ(image()[52], std::min(length, 2U));
+        EXPECT_EQ(console(), length > 2 ? "1231546548789\n" : "") << length;
+    }
 }
 
 TEST_F(generic_page, extended_frames_leave_the_length) {
