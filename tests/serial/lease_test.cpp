@@ -114,16 +114,17 @@ TEST_F(lease, the_last_attempt_counts) {
 TEST_F(lease, a_worker_that_is_to_stop_opens_nothing) {
     DWORD error = 0;
     std::promise<void> asked;
-    ASSERT_EQ(reader.start({"opens"},
-                           [&] {
-                               asked.get_future().wait();
-                               return static_cast<uint32_t>(port.open(port_path, &error));
-                           }),
+    worker other; // ends before what it uses
+    ASSERT_EQ(other.start({"opens"},
+                          [&] {
+                              asked.get_future().wait();
+                              return static_cast<uint32_t>(port.open(port_path, &error));
+                          }),
               RET_OK);
-    reader.request_stop();
+    other.request_stop();
     asked.set_value();
-    reader.join();
-    EXPECT_EQ(reader.result(), static_cast<uint32_t>(RET_FAIL));
+    other.join();
+    EXPECT_EQ(other.result(), static_cast<uint32_t>(RET_FAIL));
     EXPECT_EQ(error, 995u);
     EXPECT_EQ(com::call_count(com::call::create_file), 0u);
 }
@@ -141,12 +142,13 @@ TEST_F(lease, an_open_that_a_close_overtakes_is_dropped) {
         com::fault_clear();
         com::fault_set(com::call::create_file, 0, 100, 5);
         DWORD error = 0;
-        ASSERT_EQ(reader.start({"opens"}, [&] { return static_cast<uint32_t>(port.open(port_path, &error)); }),
+        worker other; // ends before what it uses
+        ASSERT_EQ(other.start({"opens"}, [&] { return static_cast<uint32_t>(port.open(port_path, &error)); }),
                   RET_OK);
         ASSERT_TRUE(wait_for([] { return com::call_count(com::call::create_file) > 0; }));
         port.close();
         const bool in_time = com::call_count(com::call::create_file) <= 100;
-        reader.join();
+        other.join();
         EXPECT_FALSE(port.is_open()) << "whichever came first";
         EXPECT_TRUE(!in_time || error == 995u) << error;
     }
@@ -193,13 +195,14 @@ TEST_F(lease, reads_and_writes) {
 TEST_F(lease, one_thread_may_write_while_another_reads) {
     port_lease mine = open_and_take();
     std::array<uint8_t, 2> into{};
-    ASSERT_EQ(reader.start({"reader"}, [&] { return number(mine.read(into, no_limit).step); }), RET_OK);
+    worker other; // ends before what it uses
+    ASSERT_EQ(other.start({"reader"}, [&] { return number(mine.read(into, no_limit).step); }), RET_OK);
     ASSERT_TRUE(wait_for([] { return com::call_count(com::call::read_file) > 0; }));
     EXPECT_TRUE(mine.write(std::vector<uint8_t>{7}).ok());
     EXPECT_EQ(receive(1), std::vector<uint8_t>{7});
     send({8, 9});
-    reader.join();
-    EXPECT_EQ(reader.result(), number(io_step::done));
+    other.join();
+    EXPECT_EQ(other.result(), number(io_step::done));
     EXPECT_EQ(into[1], 9);
 }
 
@@ -225,32 +228,35 @@ TEST_F(lease, has_one_holder_at_a_time) {
 TEST_F(lease, who_waits_gets_it_when_the_holder_lets_go) {
     port_lease mine = open_and_take();
     std::promise<void> waiting;
-    ASSERT_EQ(reader.start({"waits"},
-                           [&] {
-                               waiting.set_value();
-                               return port.take(no_limit) ? 1u : 0u;
-                           }),
+    worker other; // ends before what it uses
+    ASSERT_EQ(other.start({"waits"},
+                          [&] {
+                              waiting.set_value();
+                              return port.take(no_limit) ? 1u : 0u;
+                          }),
               RET_OK);
     waiting.get_future().wait();
     mine.give_back();
-    reader.join();
-    EXPECT_EQ(reader.result(), 1u);
+    other.join();
+    EXPECT_EQ(other.result(), 1u);
 }
 
 TEST_F(lease, a_stop_ends_the_wait_for_it) {
     const port_lease mine = open_and_take();
-    ASSERT_EQ(reader.start({"waits"}, [&] { return port.take(no_limit) ? 1u : 2u; }), RET_OK);
-    reader.request_stop();
-    reader.join();
-    EXPECT_EQ(reader.result(), 2u);
+    worker other; // ends before what it uses
+    ASSERT_EQ(other.start({"waits"}, [&] { return port.take(no_limit) ? 1u : 2u; }), RET_OK);
+    other.request_stop();
+    other.join();
+    EXPECT_EQ(other.result(), 2u);
 }
 
 TEST_F(lease, a_close_ends_the_wait_for_it) {
     port_lease mine = open_and_take();
-    ASSERT_EQ(reader.start({"waits"}, [&] { return port.take(no_limit) ? 1u : 2u; }), RET_OK);
+    worker other; // ends before what it uses
+    ASSERT_EQ(other.start({"waits"}, [&] { return port.take(no_limit) ? 1u : 2u; }), RET_OK);
     mine.close_port();
-    reader.join();
-    EXPECT_EQ(reader.result(), 2u);
+    other.join();
+    EXPECT_EQ(other.result(), 2u);
 }
 
 TEST_F(lease, a_stop_ends_a_read_and_leaves_nothing_pending) {
@@ -274,21 +280,24 @@ TEST_F(lease, a_worker_that_was_stopped_starts_no_operation) {
     reader.request_stop();
     reader.join();
     com::fault_clear();
+    std::promise<void> taken;
     std::promise<void> asked;
     std::vector<io_step> ends;
-    ASSERT_EQ(reader.start({"late"},
-                           [&] {
-                               port_lease mine = port.take(0);
-                               asked.get_future().wait();
-                               std::array<uint8_t, 1> byte{};
-                               ends = {mine.read(byte, no_limit).step, mine.write(byte).step};
-                               return 0u;
-                           }),
+    worker late; // ends before what it uses
+    ASSERT_EQ(late.start({"late"},
+                         [&] {
+                             port_lease mine = port.take(0);
+                             taken.set_value();
+                             asked.get_future().wait();
+                             std::array<uint8_t, 1> byte{};
+                             ends = {mine.read(byte, no_limit).step, mine.write(byte).step};
+                             return 0u;
+                         }),
               RET_OK);
-    ASSERT_TRUE(wait_for([&] { return !port.take(0); }));
-    reader.request_stop();
+    taken.get_future().wait();
+    late.request_stop();
     asked.set_value();
-    reader.join();
+    late.join();
     EXPECT_EQ(ends, (std::vector<io_step>{io_step::stopped, io_step::stopped}));
     EXPECT_EQ(com::call_count(com::call::read_file) + com::call_count(com::call::write_file), 0u);
 }
@@ -297,24 +306,26 @@ TEST_F(lease, a_stop_ends_a_wait_that_the_system_does_not_end) {
     port_lease mine = open_and_take();
     // A write that pends and never ends, whatever is cancelled.
     com::fault_set(com::call::write_file, 0, 1, 997);
-    ASSERT_EQ(reader.start({"writes"}, [&] { return number(mine.write(std::vector<uint8_t>{1}).step); }), RET_OK);
+    worker other; // ends before what it uses
+    ASSERT_EQ(other.start({"writes"}, [&] { return number(mine.write(std::vector<uint8_t>{1}).step); }), RET_OK);
     ASSERT_TRUE(wait_for([] { return com::call_count(com::call::wait_for_single_object) > 0; }));
-    reader.request_stop();
-    EXPECT_EQ(reader.join(), RET_OK);
-    EXPECT_EQ(reader.result(), number(io_step::stopped));
+    other.request_stop();
+    EXPECT_EQ(other.join(), RET_OK);
+    EXPECT_EQ(other.result(), number(io_step::stopped));
 }
 
 TEST_F(lease, an_operation_that_never_ends_is_given_up_after_a_second) {
     port_lease mine = open_and_take();
     com::fault_set(com::call::write_file, 0, 1, 997);
     com::fault_set(com::call::get_overlapped_result, 0, 2, 996);
-    ASSERT_EQ(reader.start({"writes"}, [&] { return number(mine.write(std::vector<uint8_t>{1}).step); }), RET_OK);
+    worker other; // ends before what it uses
+    ASSERT_EQ(other.start({"writes"}, [&] { return number(mine.write(std::vector<uint8_t>{1}).step); }), RET_OK);
     ASSERT_TRUE(wait_for([] { return com::call_count(com::call::wait_for_single_object) > 0; }));
     const int64_t start = time_now_ms();
-    reader.request_stop();
-    EXPECT_EQ(reader.join(), RET_OK);
+    other.request_stop();
+    EXPECT_EQ(other.join(), RET_OK);
     EXPECT_GE(time_now_ms() - start, 999) << "the system had its second";
-    EXPECT_EQ(reader.result(), number(io_step::stopped));
+    EXPECT_EQ(other.result(), number(io_step::stopped));
 }
 
 TEST_F(lease, a_close_ends_a_read_and_waits_for_the_holder) {
