@@ -178,6 +178,20 @@ TEST_F(link_test, an_incomplete_operation_is_cancelled_and_reaped) {
     EXPECT_TRUE(wait_for([&] { return port_handle_waiting(handle.get()) == 2u; })) << "nobody reads any more";
 }
 
+TEST_F(link_test, a_read_that_the_system_calls_timed_out_is_a_failed_wait) {
+    port_lease port = open_and_take();
+    std::array<uint8_t, 8> into{};
+    for (const com::call call : {com::call::read_file, com::call::get_overlapped_result}) {
+        send(port, 8);
+        com::fault_set(call, 0, 1, 1460);
+        const io_result read = port.read(into, 10000);
+        EXPECT_EQ(read.step, io_step::wait);
+        EXPECT_EQ(read.error, 1460u);
+        com::fault_clear();
+        port.purge();
+    }
+}
+
 TEST_F(link_test, a_drain_reads_256_bytes_at_most_and_waits_five_seconds) {
     port_lease port = open_and_take();
     port.set_timeouts({10, 0, 10, 0, 0});
