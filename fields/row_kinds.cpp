@@ -39,14 +39,16 @@ int64_t refused_from(const bound_row& at) {
     return at.table.rules.bounded || is_bounded_box(at) ? int64_t{field_highest(at.what())} + 1 : 256;
 }
 
-std::string bound_text(const bound_row& at) {
+std::string bound_text(const bound_row& at, int32_t shown) {
+    const int32_t lowest = at.what().shown_above;
+    if (shown < lowest) return "取值须大于 " + std::to_string(lowest - 1);
     return "取值须小于 " + std::to_string(refused_from(at) + at.what().shown_above);
 }
 
-void refuse(const bound_row& at) {
+void refuse(const bound_row& at, int32_t shown) {
     const char* name = at.row.refused_as == nullptr ? at.what().key : at.row.refused_as;
     if (at.table.rules.bounded) log_console(tk_format("%s is error\n", name));
-    widget_set_refused(at.w, ("未采用：" + bound_text(at)).c_str());
+    widget_set_refused(at.w, ("未采用：" + bound_text(at, shown)).c_str());
 }
 
 /// What is stored for a value on show; nothing when it is refused.
@@ -88,7 +90,7 @@ ret_t change_number(const bound_row& at) {
     const int32_t value = number_on_show(at);
     const auto low = accepted(at, value);
     if (!low)
-        refuse(at);
+        refuse(at, value);
     else if (store_low_byte(at, *low) != RET_OK)
         return RET_FAIL;
     else if (const int32_t stored = *low + at.what().shown_above;
@@ -102,7 +104,7 @@ ret_t leave_number(const bound_row& at) {
     const int32_t typed = number_on_show(at);
     const int32_t stored = row_number(at) + at.what().shown_above;
     if (!widget_get_refused(at.w) || typed == stored) return RET_OK;
-    const std::string bound = accepted(at, typed) ? "" : bound_text(at) + "，";
+    const std::string bound = accepted(at, typed) ? "" : bound_text(at, typed) + "，";
     fill_number(at);
     return widget_set_refused(at.w,
                               tk_format("未采用 %d：%s实际保存的是 %d", typed, bound.c_str(), stored).c_str());

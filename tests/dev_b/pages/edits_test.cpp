@@ -155,7 +155,8 @@ TEST_F(b_page, setting_the_channel_spin_box_to_3_stores_nothing) {
     does("type @/spin_box_3_vkt610b 3\n");
     EXPECT_EQ(console(), "changal_value is error\n");
     EXPECT_EQ(value("change_can_channel_vkt610b"), 1U);
-    does("type @/spin_box_3_vkt610b 0\n");
+    does("type @/spin_box_3_vkt610b 0\nexpect @/spin_box_3_vkt610b tooltip \"未采用：取值须大于 0\"\nkey Tab\n"
+         "expect @/spin_box_3_vkt610b tooltip \"未采用 0：取值须大于 0，实际保存的是 2\"\n");
     EXPECT_EQ(console(), "changal_value is error\n");
     EXPECT_EQ(value("change_can_channel_vkt610b"), 1U);
 }
