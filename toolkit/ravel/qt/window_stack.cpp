@@ -8,6 +8,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QComboBox>
 #include <QPointer>
 
 #include <algorithm>
@@ -58,6 +59,19 @@ void keep_focus(entry& e) {
     e.last_focus = focus != nullptr && e.shell->isAncestorOf(focus) ? focus : nullptr;
     // A button that was held down when something came over it is let go without a click.
     for (QAbstractButton* button : e.shell->findChildren<QAbstractButton*>()) button->setDown(false);
+}
+
+/// Closes the lists and menus that stand open over `around` (null: all of them): one keeps all keys and clicks to
+/// itself, so none may outlast what it belongs to.
+void close_popups(const QWidget* around) {
+    while (QWidget* popup = QApplication::activePopupWidget()) {
+        const QWidget* owner = popup;
+        while (owner != nullptr && owner != around) owner = owner->parentWidget();
+        if (around != nullptr && owner == nullptr) return;
+        if (auto* combo = dynamic_cast<QComboBox*>(popup->parentWidget())) combo->hidePopup();
+        popup->close();
+        if (QApplication::activePopupWidget() == popup) return;
+    }
 }
 
 void focus_first(QWidget* win) {
@@ -157,6 +171,7 @@ QWidget* make_root(bool dialog) {
 QWidget* shell_of_root(QWidget* root) { return root->parentWidget() == stack.native ? root : root->parentWidget(); }
 
 void push_window(widget_state* state) {
+    close_popups(nullptr);
     if (!stack.windows.empty()) keep_focus(stack.windows.back());
     QWidget* shell = shell_of_root(state->w);
     if (auto* backdrop = dynamic_cast<backdrop_widget*>(shell)) backdrop->card_is_built();
@@ -172,6 +187,7 @@ void push_window(widget_state* state) {
 void raise_window(widget_state* state) {
     entry* e = find(state);
     if (e == nullptr || e == &stack.windows.back()) return;
+    close_popups(nullptr);
     keep_focus(stack.windows.back());
     std::rotate(e, e + 1, &stack.windows.back() + 1);
     stack.windows.back().shell->raise();
@@ -182,6 +198,7 @@ void close_window(widget_state* state, uint32_t code) {
     const entry* e = find(state);
     if (e == nullptr) return;
     QWidget* shell = e->shell;
+    close_popups(shell);
     const bool was_top = e == &stack.windows.back();
     stack.windows.erase(stack.windows.begin() + (e - stack.windows.data()));
     state->closed = true;
