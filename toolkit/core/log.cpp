@@ -57,7 +57,7 @@ void log_console(const std::string& text) {
 void log_condition_failed(const char* condition, const char* function, int line) {
     const char* const where = function != nullptr ? function : "";
     const char* const what = condition != nullptr ? condition : "";
-    log_write(LOG_LEVEL_ERROR, tk_format("%s:%d condition(%s) failed!\n", where, line, what));
+    log_write(LOG_LEVEL_WARN, tk_format("%s:%d condition(%s) failed!\n", where, line, what));
 }
 
 void log_set_capture(void (*sink)(const std::string& text, void* context), void* context) {

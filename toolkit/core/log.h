@@ -19,7 +19,7 @@ void log_write(log_level_t level, const std::string& text);
 /// Writes `text` to standard output and flushes it, whatever the level: what the program says on its console.
 void log_console(const std::string& text);
 
-/// Writes "FUNCTION:LINE condition(CONDITION) failed!\n" at error level.
+/// Writes "FUNCTION:LINE condition(CONDITION) failed!\n" at warning level.
 void log_condition_failed(const char* condition, const char* function, int line);
 
 /// Test aid: receives everything that log_write (past the level) and log_console write, instead of standard output;

@@ -38,7 +38,7 @@ ret_t system_info_set_default_font(const char* name);
 
 /// Theme of layouts, styles and images. Only "default" is there; RET_NOT_IMPL for others.
 ret_t assets_manager_set_theme(const char* theme);
-bool assets_has_theme(const char* theme);
+bool assets_has_theme(const char* name);
 /// Loads the style sheet of the theme. RET_FAIL when it is missing.
 ret_t assets_manager_preload_style();
 ret_t tk_init_assets();

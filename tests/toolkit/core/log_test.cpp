@@ -55,6 +55,7 @@ TEST_F(log_lines, console_text_passes_whatever_the_level) {
 
 TEST_F(log_lines, a_failed_condition_names_routine_line_and_condition) {
     int window = 0;
+    log_set_log_level(LOG_LEVEL_WARN);
     EXPECT_EQ(needs(&window), RET_OK);
     EXPECT_THAT(lines, IsEmpty());
     EXPECT_EQ(needs(nullptr), RET_BAD_PARAMS);
@@ -65,6 +66,10 @@ TEST_F(log_lines, a_failed_condition_names_routine_line_and_condition) {
     EXPECT_EQ(lines[0].substr(lines[0].find(' ')), " condition(win != NULL) failed!\n");
     log_condition_failed(nullptr, nullptr, 3);
     EXPECT_EQ(lines.back(), ":3 condition() failed!\n");
+    lines.clear();
+    log_set_log_level(LOG_LEVEL_ERROR);
+    EXPECT_EQ(needs(nullptr), RET_BAD_PARAMS);
+    EXPECT_THAT(lines, IsEmpty()) << "a warning, not an error";
 }
 
 TEST_F(log_lines, go_to_standard_output_without_a_capture) {

@@ -166,7 +166,13 @@ TEST_F(running, themes_fonts_and_strings) {
     EXPECT_EQ(assets_manager_set_theme(nullptr), RET_BAD_PARAMS);
     EXPECT_TRUE(assets_has_theme("default"));
     EXPECT_FALSE(assets_has_theme("dark"));
+    log_set_log_level(LOG_LEVEL_WARN);
+    said log;
     EXPECT_FALSE(assets_has_theme(nullptr));
+    log_set_log_level(LOG_LEVEL_ERROR);
+    const std::string line = log.take();
+    EXPECT_EQ(line.substr(0, line.find(':')), "assets_has_theme");
+    EXPECT_THAT(line, testing::EndsWith(" condition(name != NULL) failed!\n"));
     EXPECT_EQ(tk_init_assets(), RET_OK);
     EXPECT_EQ(tk_set_lcd_orientation(0), RET_OK);
     EXPECT_EQ(tk_set_lcd_orientation(90), RET_NOT_IMPL);

@@ -158,7 +158,10 @@ ret_t assets_manager_set_theme(const char* theme) {
     return assets_has_theme(theme) ? RET_OK : RET_NOT_IMPL;
 }
 
-bool assets_has_theme(const char* theme) { return theme != nullptr && qstrcmp(theme, "default") == 0; }
+bool assets_has_theme(const char* name) {
+    RETURN_IF_NOT(name != nullptr, "name != NULL", __func__, false);
+    return qstrcmp(name, "default") == 0;
+}
 
 ret_t assets_manager_preload_style() {
     if (!tk_check_gui_thread(__func__) || qApp == nullptr) return RET_BAD_PARAMS;
