@@ -15,7 +15,7 @@
 #   #! prints TEXT         the program must print TEXT
 #   #! module TEXT         a line of vkt_sim's report must be TEXT
 #   #! not-module TEXT     no line of vkt_sim's report may begin with TEXT
-#   #! ends-within MS      from the first "ok ... close" to the program's end (1500)
+#   #! ends-within MS      from the first "ok ... close", or "FAIL ...", to the program's end (1500)
 #   #! allow-conditions    failed preconditions may be logged
 set -u
 script=$(readlink -f "$1")
@@ -127,7 +127,7 @@ follow() {
     local line reaction text
     while IFS= read -r line; do
         line=${line%$'\r'}
-        [ -s "$tree/close_ms" ] || case $line in "ok   "*" close") now_ms >"$tree/close_ms" ;; esac
+        [ -s "$tree/close_ms" ] || case $line in "ok   "*" close" | "FAIL "*) now_ms >"$tree/close_ms" ;; esac
         for i in "${!reactions[@]}"; do
             reaction=${reactions[$i]#\"}
             text=${reaction%%\"*}
