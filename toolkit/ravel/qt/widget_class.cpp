@@ -5,6 +5,7 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QCursor>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -52,6 +53,16 @@ bool combo_widget::popup_is_open() const {
     // view() would create the list; before the first opening there is none.
     const QWidget* popup = QApplication::activePopupWidget();
     return popup != nullptr && popup->parentWidget() == this && popup->isVisible();
+}
+
+/// While the list had the pointer nobody said that it left the box.
+void combo_widget::hidePopup() {
+    QComboBox::hidePopup();
+    if (!underMouse() || rect().contains(mapFromGlobal(QCursor::pos()))) return;
+    QEvent left(QEvent::Leave);
+    setAttribute(Qt::WA_UnderMouse, false);
+    QCoreApplication::sendEvent(this, &left);
+    update();
 }
 
 /// Shows an open list again, with the same row lit.

@@ -24,6 +24,8 @@ class combo_widget final : public QComboBox {
     /// To be called after the options changed; with another number of rows an open list gets room for them.
     void options_changed(bool other_count);
 
+    void hidePopup() override;
+
   protected:
     void wheelEvent(QWheelEvent* event) override;
     void changeEvent(QEvent* event) override;

@@ -1,0 +1,230 @@
+// The look: contrasts of the sheet's colours, and what a focused widget shows.
+#include "tests/toolkit/ravel/stage.h"
+
+#include "toolkit/ravel/qt/assets.h"
+#include "toolkit/ravel/qt/drive_input.h"
+#include "toolkit/ravel/qt/widget_class.h"
+#include "toolkit/ravel/qt/window_stack.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QColor>
+#include <QImage>
+#include <QLineEdit>
+
+#include <cmath>
+
+namespace {
+
+double linear(double channel) {
+    return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+}
+double luminance(const QColor& color) {
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+double contrast(const QColor& a, const QColor& b) {
+    const double one = luminance(a);
+    const double other = luminance(b);
+    return (std::max(one, other) + 0.05) / (std::min(one, other) + 0.05);
+}
+
+struct pairing {
+    const char* ink;
+    std::vector<const char*> grounds;
+};
+const pairing texts[] = {
+    {"text", {"surface", "card", "select", "hover", "zebra", "error-soft", "line", "bar", "bar-ok", "bar-failed"}},
+    {"hint", {"surface", "card", "zebra"}},
+    {"accent", {"surface", "card"}},
+    {"accent-hover", {"surface", "card", "hover", "select"}},
+    {"on-accent", {"accent", "accent-hover", "accent-press"}},
+    {"ok", {"surface", "card", "zebra"}},
+    {"warning", {"surface", "card", "zebra"}},
+    {"error", {"surface", "card", "zebra", "error-soft"}},
+    {"tx", {"card", "zebra"}},
+    {"card", {"text"}}, // tooltips
+};
+const pairing marks[] = {
+    {"edge", {"card"}},
+    {"accent", {"surface", "card", "select"}},
+    {"error", {"card", "error-soft"}},
+    {"focus-on-accent", {"card", "surface", "accent"}},
+    {"ok", {"surface", "card"}}, // the dot of the state
+    {"warning", {"surface", "card"}},
+};
+
+class style : public stage {
+  protected:
+    static void expect_contrast(const pairing& row, double least) {
+        for (const char* ground : row.grounds)
+            EXPECT_GE(contrast(style_color(row.ink), style_color(ground)), least) << row.ink << " on " << ground;
+    }
+    /// A widget as it shows on screen, with `around` pixels of its surroundings.
+    static QImage picture(widget* w, int around) {
+        const QWidget* own = qwidget_of(w);
+        const QRect place(own->mapTo(native_window(), QPoint(-around, -around)),
+                          own->size() + QSize(2 * around, 2 * around));
+        return native_window()->grab(place).toImage();
+    }
+};
+
+TEST_F(style, texts_can_be_read_on_their_grounds) {
+    EXPECT_NEAR(contrast(Qt::black, Qt::white), 21, 0.01);
+    for (const pairing& row : texts) expect_contrast(row, 4.5);
+}
+
+TEST_F(style, edges_and_marks_stand_out) {
+    for (const pairing& row : marks) expect_contrast(row, 3);
+}
+
+struct focus_case {
+    const char* label;
+    const char* ui_class;
+    const char* style_class;
+    bool flag; ///< default, or checked
+};
+void PrintTo(const focus_case& one, std::ostream* out) { *out << one.label; }
+
+class focus_mark : public style, public testing::WithParamInterface<focus_case> {
+  protected:
+    static constexpr int around = 4;
+    void SetUp() override {
+        stage::SetUp();
+        const focus_case& one = GetParam();
+        open(ui_window(ui_widget("QWidget", "ground", "0 0 400 300",
+                                 ui_dynamic("class", "card") + ui_widget("QLineEdit", "other", "20 200 200 32") +
+                                     ui_widget(one.ui_class, "w", "20 20 200 40",
+                                               ui_dynamic("class", one.style_class) + content(one)))));
+        if (one.ui_class == std::string("QComboBox")) {
+            combo_box_append_option(at("w"), 0, "text");
+            widget_set_value_int(at("w"), 0);
+        }
+    }
+    static std::string content(const focus_case& one) {
+        const std::string kind = one.ui_class;
+        if (kind == "QPushButton" && one.style_class[0] == '\0')
+            return ui_text("text", "text") + ui_flag("default", one.flag);
+        if (kind == "QPushButton" || kind == "QCheckBox") return ui_text("text", "text");
+        return kind == "QLineEdit" ? ui_text("text", "text") : "";
+    }
+    QImage shown(bool with_focus) {
+        qwidget_of(at(with_focus ? "w" : "other"))->setFocus(Qt::TabFocusReason);
+        settle();
+        if (auto* edit = qwidget_of(at("w"))->findChild<QLineEdit*>()) edit->deselect();
+        if (auto* edit = dynamic_cast<QLineEdit*>(qwidget_of(at("w")))) edit->deselect();
+        return picture(at("w"), around);
+    }
+};
+
+TEST_P(focus_mark, is_one_frame_that_stands_out) {
+    if (GetParam().flag) widget_set_value_int(at("w"), 1);
+    const QImage without = shown(false);
+    const QImage with = shown(true);
+    ASSERT_TRUE(widget_get_focused(at("w")));
+    ASSERT_EQ(with.size(), without.size());
+    const int mid = with.width() * 3 / 4;
+    const QColor ground = with.pixelColor(mid, 0);
+    EXPECT_EQ(ground, style_color("card"));
+    // The frame: on all four sides, against what is around it and what was there before.
+    const int w = with.width();
+    const int h = with.height();
+    for (const QPoint at_frame :
+         {QPoint(mid, around), QPoint(mid, h - 1 - around), QPoint(around, h / 2), QPoint(w - 1 - around, h / 2)}) {
+        const QColor frame = with.pixelColor(at_frame);
+        EXPECT_GE(contrast(frame, ground), 3)
+            << at_frame.x() << "," << at_frame.y() << " " << frame.name().toStdString();
+        EXPECT_NE(frame, without.pixelColor(at_frame)) << at_frame.x() << "," << at_frame.y();
+    }
+    // Nothing drawn inside it: a column without text has one colour between the two lines.
+    const int column = around + 4;
+    const QColor inside = with.pixelColor(column, h / 2);
+    for (int y = around + 4; y < h - around - 4; ++y)
+        ASSERT_EQ(with.pixelColor(column, y), inside) << "a second mark at line " << y;
+}
+
+INSTANTIATE_TEST_SUITE_P(of_each_kind, focus_mark,
+                         testing::Values(focus_case{"button", "QPushButton", "", false},
+                                         focus_case{"default_button", "QPushButton", "", true},
+                                         focus_case{"primary", "QPushButton", "primary", false},
+                                         focus_case{"danger", "QPushButton", "danger", false},
+                                         focus_case{"tab", "QPushButton", "tab_button", false},
+                                         focus_case{"chosen_tab", "QPushButton", "tab_button", true},
+                                         focus_case{"inner_tab", "QPushButton", "tab_button sub_tab", false},
+                                         focus_case{"chosen_inner_tab", "QPushButton", "tab_button sub_tab", true},
+                                         focus_case{"candidate", "QPushButton", "list_item", false},
+                                         focus_case{"edit", "QLineEdit", "", false},
+                                         focus_case{"spin_box", "QSpinBox", "", false},
+                                         focus_case{"combo_box", "QComboBox", "", false},
+                                         focus_case{"text", "QPlainTextEdit", "", false}),
+                         [](const auto& test) { return std::string(test.param.label); });
+
+TEST_F(style, a_check_button_shows_its_focus_as_one_frame) {
+    open(ui_window(ui_widget("QWidget", "ground", "0 0 400 300",
+                             ui_dynamic("class", "card") + ui_widget("QLineEdit", "other", "20 200 200 32") +
+                                 ui_widget("QCheckBox", "check", "20 20 90 32", ui_text("text", "text")) +
+                                 ui_widget("QCheckBox", "turn", "20 60 90 32",
+                                           ui_text("text", "text") + ui_dynamic("class", "switch")))));
+    for (const char* name : {"check", "turn"}) {
+        qwidget_of(at(name))->setFocus(Qt::TabFocusReason);
+        settle();
+        const QImage with = picture(at(name), 4);
+        const QColor ground = with.pixelColor(0, 0);
+        const int w = with.width();
+        const int h = with.height();
+        EXPECT_GE(contrast(with.pixelColor(w / 2, 4), ground), 3) << name;
+        EXPECT_GE(contrast(with.pixelColor(4, h / 2), ground), 3) << name;
+        // Right of the text, down to the lower line: no other line.
+        for (int y = 8; y < h - 8; ++y)
+            ASSERT_EQ(with.pixelColor(w - 8, y), with.pixelColor(w - 8, h / 2)) << name << " line " << y;
+    }
+}
+
+TEST_F(style, fields_have_edges_that_stand_out) {
+    open(ui_window(ui_widget(
+        "QWidget", "ground", "0 0 400 300",
+        ui_dynamic("class", "card") + ui_widget("QLineEdit", "edit", "20 20 200 32") +
+            ui_widget("QSpinBox", "spin", "20 60 200 32") + ui_widget("QComboBox", "combo", "20 100 200 32") +
+            ui_widget("QPushButton", "first", "20 140 200 32") + ui_widget("QCheckBox", "check", "20 180 200 32") +
+            ui_widget("QPlainTextEdit", "text", "20 220 200 60"))));
+    qwidget_of(at("first"))->setFocus();
+    settle();
+    for (const char* name : {"edit", "spin", "combo", "text"}) {
+        const QImage shown = picture(at(name), 4);
+        const int mid = shown.width() / 2;
+        EXPECT_GE(contrast(shown.pixelColor(mid, 4), shown.pixelColor(mid, 0)), 3) << name;
+    }
+    // The box of a check button, wherever the style puts it.
+    const QImage box = picture(at("check"), 0);
+    double best = 0;
+    for (int x = 0; x < 24; ++x)
+        best = std::max(best, contrast(box.pixelColor(x, box.height() / 2), style_color("card")));
+    EXPECT_GE(best, 3);
+}
+
+TEST_F(style, a_choice_leaves_no_hover_behind) {
+    open(ui_window(ui_widget("QComboBox", "combo", "20 20 200 32") +
+                   ui_widget("QLineEdit", "other", "20 200 90 32")));
+    for (int i = 0; i < 6; ++i) combo_box_append_option(at("combo"), i, std::to_string(i).c_str());
+    widget_set_value_int(at("combo"), 0);
+    auto* combo = static_cast<combo_widget*>(qwidget_of(at("combo")));
+    for (const char* how : {"pointer", "Enter", "Esc"}) {
+        click(at("combo"));
+        ASSERT_TRUE(wait_until([combo] { return combo->popup_is_open(); }));
+        combo->setAttribute(Qt::WA_UnderMouse); // where the system says nothing of a pointer that a list has taken
+        if (how == std::string("pointer")) {
+            const QPoint spot = combo->view()->visualRect(combo->model()->index(4, 0)).center();
+            ASSERT_TRUE(wait_until([&] {
+                drive_press(combo->view()->viewport(), spot);
+                if (combo->popup_is_open()) drive_release(combo->view()->viewport(), spot);
+                return !combo->popup_is_open();
+            }));
+        } else {
+            key("Down");
+            key(how);
+        }
+        settle();
+        EXPECT_FALSE(combo->underMouse()) << how;
+    }
+}
+
+} // namespace
