@@ -108,4 +108,65 @@ TEST_F(scrolling, tab_to_a_hidden_field_shows_it_without_a_bar_too) {
     EXPECT_GT(scroll_view_get_offset_y(view), 0);
 }
 
+/// A scroll view whose bar shows when needed, inside another one.
+class nested_scrolling : public stage {
+  protected:
+    void SetUp() override {
+        stage::SetUp();
+        const std::string bar = "<property name=\"orientation\"><enum>Qt::Vertical</enum></property>" +
+                                ui_number("maximum", 500) + ui_number("singleStep", 10);
+        open(ui_window(
+            ui_widget("QScrollArea", "outer", "10 10 400 200",
+                      ui_widget("QWidget", "page", "0 0 400 400",
+                                ui_widget("QScrollArea", "inner", "10 10 300 180",
+                                          ui_dynamic("scroll_bar", "bar") + ui_flag_dynamic("bar_when_needed") +
+                                              ui_widget("QWidget", "content", "0 0 300 100",
+                                                        ui_widget("QLabel", "label", "10 10 100 30") +
+                                                            ui_widget("QLineEdit", "last", "10 150 100 30"))) +
+                                    ui_widget("QScrollBar", "bar", "320 10 12 180", bar)))));
+        scroll_view_set_virtual_h(at("outer"), 400);
+        settle();
+        told.hear(at("inner"), event_type::wheel);
+        told.hear(at("outer"), event_type::wheel);
+        told.hear(at("bar"), event_type::value_changed);
+    }
+    static std::string ui_flag_dynamic(const std::string& property) {
+        return "<property name=\"" + property + "\" stdset=\"0\"><bool>true</bool></property>\n";
+    }
+};
+
+TEST_F(nested_scrolling, the_bar_shows_only_while_something_overflows) {
+    EXPECT_FALSE(widget_get_visible(at("bar")));
+    scroll_view_set_virtual_h(at("inner"), 363);
+    settle();
+    EXPECT_TRUE(widget_get_visible(at("bar")));
+    EXPECT_EQ(widget_get_prop_int(at("content"), "h", 0), 363) << "the content keeps its own height";
+    EXPECT_EQ(widget_get_prop_int(at("inner"), "h", 0), 180) << "the view shows a part of it";
+    widget_set_value_int(at("bar"), 200);
+    scroll_view_set_offset(at("inner"), 0, 73);
+    widget_set_prop_int(at("inner"), "h", 400);
+    settle();
+    EXPECT_FALSE(widget_get_visible(at("bar")));
+    EXPECT_EQ(scroll_view_get_offset_y(at("inner")), 0);
+    EXPECT_EQ(widget_get_value_int(at("bar")), 0) << "bar and view stay together";
+    EXPECT_THAT(told.take(), IsEmpty()) << "nobody turned it";
+}
+
+TEST_F(nested_scrolling, the_wheel_is_for_the_innermost_that_overflows) {
+    wheel(at("label"), -120);
+    EXPECT_THAT(told.take(), ElementsAre("outer:wheel"));
+    scroll_view_set_virtual_h(at("inner"), 363);
+    settle();
+    wheel(at("label"), -120);
+    EXPECT_THAT(told.take(), ElementsAre("inner:wheel"));
+}
+
+TEST_F(nested_scrolling, without_being_asked_for_a_bar_is_left_alone) {
+    open(ui_window(ui_widget("QScrollArea", "view", "10 10 300 180",
+                             ui_dynamic("scroll_bar", "always") + ui_widget("QWidget", "content", "0 0 300 100")) +
+                   ui_widget("QScrollBar", "always", "320 10 12 180")),
+         "other");
+    EXPECT_TRUE(widget_get_visible(at("always")));
+}
+
 } // namespace

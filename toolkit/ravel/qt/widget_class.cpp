@@ -103,11 +103,41 @@ scroll_widget::scroll_widget(QWidget* parent) : QScrollArea(parent) {
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
+    QObject::connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] { bar_when_needed(); });
 }
 
+bool scroll_widget::overflows() const {
+    return verticalScrollBar()->maximum() > 0 || horizontalScrollBar()->maximum() > 0;
+}
+
+/// The layout's bar that moves with it; null when it names none.
+QScrollBar* scroll_widget::named_bar() const {
+    const QByteArray name = property("scroll_bar").toByteArray();
+    if (name.isEmpty() || state_of(this) == nullptr) return nullptr;
+    return live_as<QScrollBar>(widget_lookup(widget_get_window(handle_of(this)), name.constData()));
+}
+
+/// Shows the bar while there is something to scroll, where the layout asks for that.
+void scroll_widget::bar_when_needed() const {
+    QScrollBar* bar = property("bar_when_needed").toBool() ? named_bar() : nullptr;
+    if (bar == nullptr) return;
+    const bool needed = verticalScrollBar()->maximum() > 0;
+    if (!needed) {
+        const from_code code;
+        bar->setValue(bar->minimum());
+    }
+    bar->setVisible(needed);
+}
+
+void scroll_widget::showEvent(QShowEvent* event) {
+    QScrollArea::showEvent(event);
+    bar_when_needed();
+}
+
+/// Where nothing can be scrolled the wheel is for the view around this one.
 void scroll_widget::wheelEvent(QWheelEvent* event) {
     widget_state* state = state_of(this);
-    if (state == nullptr || !state->has_handlers(event_type::wheel)) {
+    if (state == nullptr || !overflows() || !state->has_handlers(event_type::wheel)) {
         event->ignore();
         return;
     }
@@ -131,11 +161,8 @@ bool scroll_widget::shows(const QWidget* child) const {
 }
 
 void scroll_widget::reveal(QWidget* child) {
-    const QByteArray bar_name = property("scroll_bar").toByteArray();
-    widget_state* state = state_of(this);
-    if (!bar_name.isEmpty() && state != nullptr && !shows(child)) {
-        ::widget* win = widget_get_window(handle_of(this));
-        auto* bar = live_as<QScrollBar>(widget_lookup(win, bar_name.constData()));
+    if (!shows(child)) {
+        QScrollBar* bar = named_bar();
         const bool down = child->mapTo(viewport(), QPoint(0, 0)).y() > 0;
         while (bar != nullptr && !shows(child)) {
             const int before = bar->value();

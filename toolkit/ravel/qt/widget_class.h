@@ -77,6 +77,7 @@ class scroll_widget final : public QScrollArea {
     void reveal(QWidget* child);
 
   protected:
+    void showEvent(QShowEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     bool focusNextPrevChild(bool next) override;
@@ -84,6 +85,9 @@ class scroll_widget final : public QScrollArea {
 
   private:
     bool shows(const QWidget* child) const;
+    bool overflows() const;
+    QScrollBar* named_bar() const;
+    void bar_when_needed() const;
 };
 
 /// A label of a table row: shows one line of text at little cost. Its text never changes its size hint, so that
