@@ -113,7 +113,7 @@ ret_t widget_set_prop_int(widget* w, const char* name, int32_t value);
 ret_t widget_set_prop_bool(widget* w, const char* name, bool value);
 ret_t widget_set_prop_str(widget* w, const char* name, const char* value);
 
-// Combo boxes. Options keep the order of appending; values may be in any order. A popup that is open stays open.
+// Combo boxes. Options keep their order, values may be in any. None is chosen by itself. An open popup stays open.
 ret_t combo_box_append_option(widget* combo, int32_t value, const char* text);
 /// Removes all options and the selection. An editable combo keeps its text.
 ret_t combo_box_reset_options(widget* combo);

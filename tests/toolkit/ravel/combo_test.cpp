@@ -23,6 +23,7 @@ class combos : public stage {
         combo_box_append_option(fixed, 11, "300");
         combo_box_append_option(fixed, 4, "9600");
         combo_box_append_option(fixed, 1, "115200");
+        widget_set_value_int(fixed, 11);
         for (widget* w : {fixed, port}) told.hear(w, event_type::value_changed);
     }
     static combo_widget* box(widget* w) { return static_cast<combo_widget*>(qwidget_of(w)); }
@@ -63,12 +64,39 @@ TEST_F(combos, options_keep_their_order_and_values_any_order) {
 }
 
 TEST_F(combos, a_value_that_no_option_has_selects_and_shows_nothing) {
-    EXPECT_EQ(widget_get_value_int(fixed), 11) << "the first option of a list shows by itself";
     widget_set_value_int(fixed, 99);
     EXPECT_EQ(widget_get_text_utf8(fixed), "");
     EXPECT_EQ(widget_get_value_int(fixed), -1);
     combo_box_append_option(fixed, 5, "more");
     EXPECT_EQ(widget_get_value_int(fixed), -1);
+}
+
+TEST_F(combos, starts_without_a_choice_until_it_is_set_or_picked) {
+    open(ui_window(ui_widget("QComboBox", "appended", "10 10 200 32") +
+                   ui_widget("QComboBox", "given", "10 60 200 32")),
+         "fresh");
+    widget* appended = at("appended");
+    widget* given = at("given");
+    combo_box_append_option(appended, 11, "300");
+    combo_box_append_option(appended, 4, "9600");
+    combo_box_set_options(given, {{11, "300"}, {4, "9600"}});
+    for (widget* w : {appended, given}) {
+        EXPECT_EQ(widget_get_value_int(w), -1);
+        EXPECT_EQ(widget_get_text_utf8(w), "");
+        told.hear(w, event_type::value_changed);
+    }
+    pick(appended, 0);
+    EXPECT_EQ(widget_get_value_int(appended), 11);
+    EXPECT_THAT(told.take(), ElementsAre("appended:value_changed")) << "what is shown first is a choice too";
+    qwidget_of(given)->setFocus(Qt::TabFocusReason);
+    key("Down");
+    EXPECT_EQ(widget_get_value_int(given), 11);
+    EXPECT_THAT(told.take(), ElementsAre("given:value_changed"));
+    combo_box_reset_options(given);
+    combo_box_append_option(given, 11, "300");
+    EXPECT_EQ(widget_get_value_int(given), -1);
+    pick(given, 0);
+    EXPECT_THAT(told.take(), ElementsAre("given:value_changed")) << "the same option of a new list";
 }
 
 TEST_F(combos, picking_tells_and_picking_the_same_again_does_not) {

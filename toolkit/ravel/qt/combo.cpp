@@ -94,8 +94,7 @@ ret_t combo_box_append_option(widget* w, int32_t value, const char* text) {
         const kept_text keep(combo);
         const bool chosen = combo->currentIndex() >= 0;
         combo->addItem(QString::fromUtf8(text), value);
-        // Only the very first option of a list is shown by itself.
-        if (!chosen && combo->count() > 1) combo->setCurrentIndex(-1);
+        if (!chosen) combo->setCurrentIndex(-1); // Qt would choose the first option of a list
     }
     combo->options_changed(true);
     forget_change(combo);
@@ -111,10 +110,10 @@ ret_t combo_box_set_options(widget* w, const std::vector<std::pair<int32_t, std:
     const int rows_before = combo->count();
     {
         const kept_text keep(combo);
+        const bool chosen = combo->currentIndex() >= 0 || combo->isEditable();
         const QString shown = combo->currentText();
         replace_rows(combo, options);
-        const bool first_list = rows_before == 0 && combo->count() > 0 && !combo->isEditable();
-        combo->setCurrentIndex(first_list ? 0 : index_of_text(combo, shown));
+        combo->setCurrentIndex(chosen ? index_of_text(combo, shown) : -1);
     }
     combo->options_changed(combo->count() != rows_before);
     forget_change(combo);
