@@ -111,6 +111,7 @@ TEST_F(b_layouts, option_lists_keep_their_order) {
 }
 
 TEST_F(b_layouts, init_without_a_page_says_so) {
+    log_set_log_level(LOG_LEVEL_WARN);
     const auto expect_said = [this](const std::string& init) {
         EXPECT_THAT(console(), FitsPattern(init + ":[0-9]+ condition\\(win != NULL\\) failed!\n"));
     };
@@ -126,6 +127,7 @@ TEST_F(b_layouts, init_without_a_page_says_so) {
         EXPECT_EQ(page_init(*vkt610b_pages.tables[i], nullptr, *dev), RET_BAD_PARAMS);
         expect_said(tables[i]);
     }
+    log_set_log_level(LOG_LEVEL_ERROR);
 }
 
 TEST_F(b_layouts, canfd_pages_can_be_scrolled_to_their_end) {
