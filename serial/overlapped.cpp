@@ -63,8 +63,8 @@ struct abort_operation {
 /// Waits for the event, in one call; true when it was set. `error` is the thread's last error right after the wait.
 bool wait_event(const io_port& port, HANDLE event, OVERLAPPED* record, DWORD limit_ms, DWORD* error) {
     const abort_operation abort{port.handle, event, record};
-    const std::stop_callback on_stop(worker_stop_token(), abort);
-    const std::stop_callback on_close(port.closing, abort);
+    const stop_callback on_stop(worker_stop_token(), abort);
+    const stop_callback on_close(port.closing, abort);
     const DWORD answer = com::WaitForSingleObject(event, limit_ms);
     *error = com::GetLastError();
     return answer == WAIT_OBJECT_0;

@@ -4,10 +4,10 @@
 
 #include "platform/com_port.h"
 #include "serial/io_result.h"
+#include "toolkit/core/stop.h"
 
 #include <cstdint>
 #include <span>
-#include <stop_token>
 
 /// Owns a port or event handle.
 class owned_handle {
@@ -34,7 +34,7 @@ HANDLE make_event();
 /// An open port as operations see it: `closing` ends them, as a stop of the calling worker does.
 struct io_port {
     HANDLE handle = INVALID_HANDLE_VALUE;
-    std::stop_token closing;
+    stop_token closing;
 };
 
 /// Writes all bytes and waits without limit. Whatever way it ends, nothing is pending any more. Any thread that

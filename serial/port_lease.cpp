@@ -1,10 +1,9 @@
 #include "serial/port_lease.h"
 
 #include "serial/port_calls.h"
+#include "toolkit/core/stop.h"
 #include "toolkit/core/worker.h"
 
-#include <condition_variable>
-#include <stop_token>
 #include <utility>
 
 namespace {
@@ -19,8 +18,8 @@ struct port_line {
     port_line(HANDLE port, const port_timing& t) : handle(port), timing(t) {}
 
     std::mutex lock;
-    std::condition_variable_any changed;
-    std::stop_source closing;
+    stop_condition changed;
+    stop_source closing;
     owned_handle handle;
     const port_timing timing;
     bool held = false;
@@ -33,10 +32,10 @@ struct port_line {
 };
 
 bool port_line::take(uint32_t wait_ms) {
-    const std::stop_token stop = worker_stop_token();
+    const stop_token stop = worker_stop_token();
     std::unique_lock guard(lock);
     const auto settled = [this] { return !held || closing.stop_requested(); };
-    wait_stoppable(changed, guard, stop, wait_ms, settled);
+    changed.wait(guard, stop, wait_ms, settled);
     if (held || closing.stop_requested() || stop.stop_requested()) return false;
     held = true;
     return true;
@@ -58,8 +57,7 @@ void port_line::close() {
     closing.request_stop();
     std::unique_lock guard(lock);
     changed.notify_all();
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(com_port::close_wait_ms);
-    left_to_holder = !changed.wait_until(guard, end, [this] { return !held; });
+    left_to_holder = !changed.wait(guard, {}, com_port::close_wait_ms, [this] { return !held; });
     if (left_to_holder) return;
     guard.unlock(); // nobody can take it any more
     handle.close();

@@ -114,7 +114,10 @@ bool run_next_job(state_t& s, uint64_t last_order) {
         item = std::move(s.queue.front());
         s.queue.pop_front();
         if (item.id != 0) s.running.push_back(item.id);
-        if (!item.once_key.empty()) item.job = std::move(s.once.extract(item.once_key).mapped());
+        if (const auto once = s.once.find(item.once_key); once != s.once.end()) {
+            item.job = std::move(once->second);
+            s.once.erase(once);
+        }
     }
     const ret_t result = (*item.job)();
     if (item.id == 0) {

@@ -3,10 +3,8 @@
 #include "toolkit/core/worker.h"
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdlib>
 #include <mutex>
-#include <stop_token>
 
 struct tk_mutex {
     std::mutex lock;
@@ -16,7 +14,7 @@ struct tk_mutex {
 
 struct tk_semaphore {
     std::mutex lock;
-    std::condition_variable_any posted;
+    stop_condition posted;
     uint32_t count = 0;
     uint32_t waiters = 0;
 };
@@ -93,7 +91,7 @@ ret_t tk_semaphore_wait(tk_semaphore* semaphore, uint32_t timeout_ms) {
     const auto available = [semaphore] { return semaphore->count > 0; };
     std::unique_lock<std::mutex> guard(semaphore->lock);
     semaphore->waiters++;
-    const bool taken = wait_stoppable(semaphore->posted, guard, worker_stop_token(), timeout_ms, available);
+    const bool taken = semaphore->posted.wait(guard, worker_stop_token(), timeout_ms, available);
     semaphore->waiters--;
     if (!taken) return RET_FAIL;
     semaphore->count--;
@@ -105,7 +103,7 @@ ret_t tk_semaphore_post(tk_semaphore* semaphore) {
     const std::lock_guard<std::mutex> guard(semaphore->lock);
     if (semaphore->count == UINT32_MAX) return RET_FAIL;
     semaphore->count++;
-    semaphore->posted.notify_one();
+    semaphore->posted.notify_all();
     return RET_OK;
 }
 

@@ -1,16 +1,14 @@
 #include "toolkit/core/thread.h"
 
+#include "toolkit/core/date_time.h"
 #include "toolkit/core/text.h"
 #include "toolkit/core/worker.h"
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <pthread.h>
-#include <stop_token>
 #include <string>
 #include <utility>
 #include <vector>
@@ -40,7 +38,7 @@ struct thread_control {
     std::string name;
     uint32_t priority = 0;
     uint32_t stack_bytes = 0;
-    std::stop_source stop;
+    stop_source stop;
     std::atomic<uint32_t> result{0};
     std::atomic<bool> running{false}; ///< from start until the entry has returned
     bool started = false;
@@ -51,8 +49,8 @@ using control_ptr = std::shared_ptr<thread_control>;
 
 struct thread_registry {
     std::mutex lock;
-    std::condition_variable_any changed; ///< a thread was started or has ended
-    std::vector<control_ptr> known;      ///< started, and not both ended and joined
+    stop_condition changed;         ///< a thread was started or has ended
+    std::vector<control_ptr> known; ///< started, and not both ended and joined
 };
 
 /// Never destroyed: threads may end while the process does.
@@ -123,6 +121,13 @@ void detach(const control_ptr& control) {
     forget_if_done(*control);
 }
 
+/// All but the calling one, with the registry's lock held.
+std::vector<control_ptr> other_threads() {
+    std::vector<control_ptr> others = registry().known;
+    std::erase_if(others, [](const control_ptr& one) { return one.get() == current; });
+    return others;
+}
+
 } // namespace
 
 struct tk_thread {
@@ -185,7 +190,7 @@ ret_t tk_thread_wait(const tk_thread* thread, uint32_t timeout_ms) {
     thread_registry& r = registry();
     std::unique_lock guard(r.lock);
     const auto ended = [&control] { return !control.running; };
-    return wait_stoppable(r.changed, guard, worker_stop_token(), timeout_ms, ended) ? RET_OK : RET_FAIL;
+    return r.changed.wait(guard, worker_stop_token(), timeout_ms, ended) ? RET_OK : RET_FAIL;
 }
 
 ret_t tk_thread_destroy(tk_thread* thread) {
@@ -218,7 +223,7 @@ void sleep_ms(uint32_t ms) { static_cast<void>(worker_sleep_ms(ms)); }
 
 // ---- all threads ----
 
-std::stop_token worker_stop_token() { return current != nullptr ? current->stop.get_token() : std::stop_token(); }
+stop_token worker_stop_token() { return current != nullptr ? current->stop.get_token() : stop_token(); }
 
 uint32_t workers_running() {
     thread_registry& r = registry();
@@ -229,28 +234,23 @@ uint32_t workers_running() {
 
 uint32_t workers_stop_all(uint32_t patience_ms) {
     thread_registry& r = registry();
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(patience_ms);
-    const auto others = [&r] {
-        std::vector<control_ptr> all = r.known;
-        std::erase_if(all, [](const control_ptr& one) { return one.get() == current; });
-        return all;
-    };
+    const int64_t end = time_now_ms() + patience_ms;
     const auto runs = [](const control_ptr& one) { return one->running.load(); };
     const auto unasked = [](const control_ptr& one) { return !one->stop.stop_requested(); };
+    const auto ended = [&runs] { return std::ranges::none_of(other_threads(), runs); };
+    const auto more = [&unasked] { return std::ranges::any_of(other_threads(), unasked); };
     std::unique_lock guard(r.lock);
-    for (bool in_time = true; in_time && std::ranges::any_of(others(), runs);) {
-        const std::vector<control_ptr> asked = others();
-        if (std::ranges::none_of(asked, unasked)) {
-            in_time = r.changed.wait_until(guard, end) == std::cv_status::no_timeout;
-            continue;
-        }
+    for (bool in_time = true; in_time && !ended();) {
+        const std::vector<control_ptr> others = other_threads();
         guard.unlock(); // a stop runs what its waits have registered for it
-        for (const control_ptr& one : asked) one->stop.request_stop();
+        for (const control_ptr& one : others) one->stop.request_stop();
         guard.lock();
+        const auto left = static_cast<uint32_t>(std::max<int64_t>(end - time_now_ms(), 0));
+        in_time = r.changed.wait(guard, {}, left, [&] { return ended() || more(); });
     }
-    const std::vector<control_ptr> left = others();
+    const std::vector<control_ptr> others = other_threads();
     guard.unlock();
-    for (const control_ptr& one : left)
+    for (const control_ptr& one : others)
         if (!one->running) join(one);
-    return static_cast<uint32_t>(std::ranges::count_if(left, runs));
+    return static_cast<uint32_t>(std::ranges::count_if(others, runs));
 }

@@ -89,28 +89,27 @@ void worker::abandon() {
 bool worker_should_stop() { return worker_stop_token().stop_requested(); }
 
 bool worker_sleep_ms(uint32_t ms) {
-    const std::stop_token stop = worker_stop_token();
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+    const stop_token stop = worker_stop_token();
     if (!stop.stop_possible()) {
-        std::this_thread::sleep_until(end);
+        std::this_thread::sleep_for(std::chrono::milliseconds(ms));
         return true;
     }
     std::mutex lock;
-    std::condition_variable_any never;
+    stop_condition never;
     std::unique_lock guard(lock);
-    never.wait_until(guard, stop, end, [] { return false; });
+    never.wait(guard, stop, ms, [] { return false; });
     return !stop.stop_requested();
 }
 
 void worker_event::set() {
     const std::lock_guard guard(lock_);
     set_ = true;
-    changed_.notify_one();
+    changed_.notify_all();
 }
 
 bool worker_event::wait(uint32_t ms) {
     std::unique_lock guard(lock_);
-    if (!wait_stoppable(changed_, guard, worker_stop_token(), ms, [this] { return set_; })) return false;
+    if (!changed_.wait(guard, worker_stop_token(), ms, [this] { return set_; })) return false;
     set_ = false;
     return true;
 }

@@ -3,14 +3,12 @@
 #pragma once
 
 #include "toolkit/core/result.h"
+#include "toolkit/core/stop.h"
 
-#include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <stop_token>
 
 /// What a worker is started with. The name is kept whole (its first 15 bytes reach the system); the priority is
 /// kept and not applied: all threads run with the system's default scheduling; the thread gets at least
@@ -63,7 +61,7 @@ class worker {
 };
 
 /// The stop token of the calling worker; on any other thread one that never stops.
-std::stop_token worker_stop_token();
+stop_token worker_stop_token();
 /// Whether the calling worker was asked to stop; on any other thread false.
 bool worker_should_stop();
 
@@ -87,21 +85,6 @@ class worker_event {
 
   private:
     std::mutex lock_;
-    std::condition_variable_any changed_;
+    stop_condition changed_;
     bool set_ = false;
 };
-
-// ---- waiting, for waits of one's own ----
-
-/// The time-out that never comes.
-inline constexpr uint32_t wait_for_ever = UINT32_MAX;
-
-/// Waits with `guard` held until `ready` answers true, `ms` milliseconds have passed (wait_for_ever: no limit), or
-/// `stop` is asked for. Returns what `ready` answered last.
-template <typename Ready>
-bool wait_stoppable(std::condition_variable_any& changed, std::unique_lock<std::mutex>& guard,
-                    const std::stop_token& stop, uint32_t ms, Ready ready) {
-    if (ms == wait_for_ever) return changed.wait(guard, stop, ready);
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-    return changed.wait_until(guard, stop, end, ready);
-}

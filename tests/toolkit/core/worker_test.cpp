@@ -7,7 +7,7 @@
 #include <future>
 #include <gtest/gtest.h>
 #include <memory>
-#include <stop_token>
+
 #include <thread>
 #include <utility>
 #include <vector>
@@ -237,18 +237,18 @@ TEST_F(workers, a_stop_token_is_the_calling_workers) {
     EXPECT_FALSE(worker_stop_token().stop_possible());
     EXPECT_FALSE(worker_should_stop());
     worker one;
-    std::promise<std::stop_token> token;
+    std::promise<stop_token> token;
     ASSERT_EQ(one.start({"one"},
                         [&] {
                             token.set_value(worker_stop_token());
                             return until_stopped();
                         }),
               RET_OK);
-    const std::stop_token given = token.get_future().get();
+    const stop_token given = token.get_future().get();
     EXPECT_TRUE(given.stop_possible());
     EXPECT_FALSE(given.stop_requested());
     bool called = false;
-    const std::stop_callback on_stop(given, [&called] { called = true; });
+    const stop_callback on_stop(given, [&called] { called = true; });
     one.request_stop();
     EXPECT_TRUE(called) << "on the thread that asks";
     EXPECT_TRUE(given.stop_requested());
