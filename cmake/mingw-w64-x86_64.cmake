@@ -30,8 +30,6 @@ endif()
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES QTWIN_PREFIX)
 
 # Wine runs what was built, so that ctest works; packaging/windows/wine-tests.sh prepares it.
-foreach(_wine /usr/lib/wine/wine64 /usr/bin/wine64 /usr/bin/wine)
-    if(NOT DEFINED CMAKE_CROSSCOMPILING_EMULATOR AND EXISTS ${_wine})
-        set(CMAKE_CROSSCOMPILING_EMULATOR ${_wine})
-    endif()
-endforeach()
+if(NOT DEFINED CMAKE_CROSSCOMPILING_EMULATOR)
+    set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../packaging/windows/wine-program.sh)
+endif()

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Tests of the scripts: tools/compare_frame, scripts/install.sh, packaging/windows/build-qt-prefix.sh --ready, and what
-# test.sh makes of ctest's words.
+# Tests of the scripts: tools/compare_frame, scripts/install.sh, packaging/windows/build-qt-prefix.sh --ready,
+# packaging/windows/wine-program.sh, and what test.sh makes of ctest's words.
 # Prints every case that went wrong; the last line is "N passed, N failed".
 set -u
 cd "$(dirname "$0")/../.." || exit 2
@@ -52,6 +52,29 @@ dump "{0xF7, 0xF8}"
 expect 2 "shown:    None" compare COM7
 dump "${frame% *}"
 expect 2 "shown:    None" compare COM7
+
+# ---- packaging/windows/wine-program.sh, with a Wine that starts nothing the first times
+
+cat >"$work/wine" <<'END'
+#!/bin/sh
+echo "$*" >>"$WORK/starts"
+[ "$(wc -l <"$WORK/starts")" -gt "$SILENT_STARTS" ] || exit 1
+echo "$1 says $2"
+exit "$2"
+END
+chmod +x "$work/wine"
+# wine_program SILENT_STARTS STATUS: then prints how often a start was tried.
+wine_program() {
+    rm -f "$work/starts"
+    local status=0
+    VKT_WINE=$work/wine WORK=$work SILENT_STARTS=$1 packaging/windows/wine-program.sh program "$2" || status=$?
+    echo "starts: $(wc -l <"$work/starts")"
+    return "$status"
+}
+expect 0 $'program says 0\nstarts: 1' wine_program 0 0
+expect 3 $'program says 3\nstarts: 1' wine_program 0 3
+expect 0 "status 1 and said nothing (start 2)"$'\nprogram says 0\nstarts: 3' wine_program 2 0
+expect 1 $'(start 3)\nstarts: 3' wine_program 9 0
 
 # ---- scripts/install.sh, with package tools that only say what they were asked
 
