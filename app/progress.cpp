@@ -1,6 +1,7 @@
 #include "app/progress.h"
 
 #include "app/devices.h"
+#include "app/last_session.h"
 #include "app/model_switch.h"
 #include "app/session_focus.h"
 #include "session/session_texts.h"
@@ -16,6 +17,7 @@
 namespace {
 
 constexpr const char* window_name = "progress";
+constexpr const char* text_no_session = "还没有与模块通信";
 
 // GUI thread only.
 progress_finish& finish_wanted() {
@@ -64,6 +66,30 @@ void status_show(widget* win, const progress_report& report) {
     widget_set_style_state(widget_lookup(win, "progress_bar"), style.c_str());
 }
 
+void state_show(widget* win, const progress_report& report) {
+    widget_set_value_int(widget_lookup(win, "progress_bar"), static_cast<int32_t>(report.percent));
+    widget_set_text_utf8(widget_lookup(win, "label3"), report.text.c_str());
+    status_show(win, report);
+}
+
+/// Between two sessions: the last one's end, its steps and bytes. During a session: none of them.
+void last_session_show(widget* win, bool shown) {
+    const progress_report* report = shown ? last_session_report() : nullptr;
+    widget_set_visible(widget_lookup(win, "progress_bar"), !shown || report != nullptr);
+    for (const char* name : {"steps", "button_copy_steps"})
+        widget_set_visible(widget_lookup(win, name), report != nullptr);
+    if (!shown) return;
+    widget_set_text_utf8(widget_lookup(win, "label3"), report != nullptr ? "" : text_no_session);
+    if (report == nullptr) return;
+    state_show(win, *report);
+    widget_set_text_utf8(widget_lookup(win, "steps"), last_session_text().c_str());
+}
+
+ret_t steps_copy(const event& what) {
+    widget* win = widget_get_window(what.target);
+    return clip_board_set_text(widget_get_text_utf8(widget_lookup(win, "steps")).c_str());
+}
+
 void ok_show(widget* win, bool finished) {
     widget_set_visible(widget_lookup(win, "ok"), finished);
     widget_set_visible(widget_lookup(win, "hscroll_label"), !finished);
@@ -95,13 +121,10 @@ ret_t progress_post(uint32_t percent, const std::string& text, uint8_t operation
 ret_t progress_update(const progress_report& report) {
     widget* win = report.window_open ? navigator_find(window_name) : nullptr;
     if (win == nullptr) return RET_INIT_FAILED;
-    widget* bar = widget_lookup(win, "progress_bar");
-    widget* step = widget_lookup(win, "label3");
-    widget_set_visible(bar, true);
-    widget_set_visible(step, true);
-    widget_set_value_int(bar, static_cast<int32_t>(report.percent));
-    widget_set_text_utf8(step, report.text.c_str());
-    status_show(win, report);
+    last_session_step(report);
+    last_session_show(win, false);
+    widget_set_visible(widget_lookup(win, "label3"), true);
+    state_show(win, report);
     if (report.percent == 100) model_page_refresh(navigator_find("home_page"));
     ok_show(win, report.percent == 100);
     progress_esc_refresh();
@@ -114,9 +137,11 @@ ret_t progress_init(widget* win, const void* /*context*/) {
     RETURN_IF_NOT(win != nullptr, "win != NULL", __func__, RET_BAD_PARAMS);
     widget_set_prop_bool(win, "to_modal", false);
     widget_on(widget_need(win, "ok"), event_type::click, ok_clicked);
+    widget_on(widget_need(win, "button_copy_steps"), event_type::click, steps_copy);
     widget_on(win, event_type::request_close, [](const event&) { return idle_queue(focus_back); }); // by Esc
     window_open_flag = true;
     if (!session_any_running()) progress_then({});
+    last_session_show(win, !session_any_running());
     ok_show(win, !session_any_running());
     progress_esc_refresh();
     return RET_OK;
@@ -124,9 +149,11 @@ ret_t progress_init(widget* win, const void* /*context*/) {
 
 ret_t progress_open_for_run() {
     progress_then({});
+    last_session_begin();
     const ret_t ret = navigator_to(window_name);
     widget* win = navigator_find(window_name);
     if (win == nullptr) return RET_FAIL;
+    last_session_show(win, false);
     ok_show(win, false);
     dialog_set_esc_closes(win, false);
     return ret;

@@ -1,6 +1,7 @@
 // The progress window, and the reports that reach it from any thread.
 #pragma once
 
+#include "toolkit/core/date_time.h"
 #include "toolkit/ravel/widget.h"
 
 #include <cstdint>
@@ -21,6 +22,7 @@ struct progress_report {
     uint32_t percent; ///< 0 to 100
     std::string text; ///< of the step
     uint8_t operation;
+    int64_t at_ms = time_now_ms(); ///< when it was made
 };
 
 /// Posts a report to the "progress" window. A report posted while no progress window is open is dropped when its
@@ -30,7 +32,8 @@ ret_t progress_post(uint32_t percent, const std::string& text, uint8_t operation
 /// and nothing shown, when no window is or was open. GUI thread.
 ret_t progress_update(const progress_report& report);
 
-/// Init routine of "progress". RET_BAD_PARAMS for a missing window. GUI thread.
+/// Init routine of "progress". Between two sessions it shows what the last one did. RET_BAD_PARAMS for a missing
+/// window. GUI thread.
 ret_t progress_init(widget* win, const void* context);
 
 /// What "ok" of a finished run leads to. It is forgotten when another run begins or the window is left otherwise.

@@ -1,10 +1,12 @@
 #include "app/session_results.h"
 
 #include "app/devices.h"
+#include "app/last_session.h"
 #include "app/paths.h"
 #include "app/progress.h"
 #include "app/ui_state.h"
 #include "shell/navigator.h"
+#include "toolkit/core/date_time.h"
 #include "toolkit/core/fs.h"
 #include "toolkit/core/idle.h"
 #include "toolkit/core/log.h"
@@ -51,6 +53,7 @@ session_reports session_results(const family_pages& pages) {
     const family_pages* of = &pages;
     return {
         .progress = [](const session_progress& p) { progress_post(p.percent, p.text, p.operation); },
+        .moved = [](const session_traffic& t) { post([at = time_now_ms(), t] { last_session_bytes(at, t); }); },
         .failed = [of](const session_failure& failure) { session_fail_post(*of, failure); },
         .image = [of](const session_bytes& image) { post([of, image] { take_image(*of, image); }); },
         .connected = [] { post([] { ui_state_apply(navigator_find(home_name), ui_state::connected); }); },
@@ -86,5 +89,6 @@ ret_t session_fail_display(const family_pages& pages, const session_failure& fai
     // Shown from here rather than posted: a report that the same thread sent since would come first.
     progress_update(
         {.window_open = true, .percent = 100, .text = failure.text, .operation = operation::connect_failed});
+    last_session_line(time_now_ms(), failure.cause);
     return RET_OK;
 }

@@ -4,6 +4,7 @@
 #include "toolkit/core/stop.h"
 #include "toolkit/core/worker.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -76,6 +77,7 @@ port_lease& port_lease::operator=(port_lease&& other) noexcept {
     if (this == &other) return *this;
     give_back();
     line_ = std::move(other.line_);
+    observer_ = std::exchange(other.observer_, nullptr);
     return *this;
 }
 
@@ -94,12 +96,21 @@ bool port_lease::usable() const { return line_ != nullptr && !line_->closing.sto
 
 io_result port_lease::write(std::span<const uint8_t> bytes) {
     if (line_ == nullptr) return {io_step::start, error_invalid_handle, 0};
-    return overlapped_write(line_->io(), bytes);
+    const io_result result = overlapped_write(line_->io(), bytes);
+    show(true, bytes, result);
+    return result;
 }
 
 io_result port_lease::read(std::span<uint8_t> into, DWORD wait_ms) {
     if (line_ == nullptr) return {io_step::start, error_invalid_handle, 0};
-    return overlapped_read(line_->io(), into, wait_ms);
+    const io_result result = overlapped_read(line_->io(), into, wait_ms);
+    show(false, into, result);
+    return result;
+}
+
+void port_lease::show(bool sent, std::span<const uint8_t> bytes, const io_result& result) const {
+    if (observer_ && result.bytes != 0)
+        observer_(sent, bytes.first(std::min<std::size_t>(result.bytes, bytes.size())));
 }
 
 std::optional<DWORD> port_lease::waiting(DWORD* error) {

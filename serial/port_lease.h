@@ -25,6 +25,9 @@ port_timing& port_timing_get();
 
 struct port_line; // one opening of a port
 
+/// Sees what a lease moved over the line, on the thread that did; must not use the lease.
+using port_observer = std::function<void(bool sent, std::span<const uint8_t> bytes)>;
+
 /// The exclusive right to read and write an open port; given back by the destructor. A lease belongs to one holder,
 /// who may write on one thread while reading on another. Once the port is being closed, nothing reaches the system
 /// any more; on an empty lease likewise.
@@ -49,6 +52,10 @@ class port_lease {
     /// read brought.
     io_result read(std::span<uint8_t> into, DWORD wait_ms);
 
+    /// From now on `observer` (null: nobody) sees the bytes of every write and read, as many as were moved; a burst
+    /// that is drained is not shown. Not while one of them is under way.
+    void observe(port_observer observer) { observer_ = std::move(observer); }
+
     /// Clears the port's error state.
     void clear_errors() { static_cast<void>(waiting()); }
     /// How many bytes wait in the input queue, after clearing the error state; nothing, with the system's `error`
@@ -72,8 +79,10 @@ class port_lease {
     friend class com_port;
     explicit port_lease(std::shared_ptr<port_line> line);
     bool usable() const;
+    void show(bool sent, std::span<const uint8_t> bytes, const io_result& result) const;
 
     std::shared_ptr<port_line> line_;
+    port_observer observer_;
 };
 
 /// The one owner of an open port.

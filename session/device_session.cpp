@@ -60,6 +60,7 @@ void device_session::leave(const std::function<void(const session_progress&)>& r
     }
     port_lease port = state_.port.take(INFINITE);
     if (port && !of_.leave.empty()) {
+        port.observe(port_traffic_to(reports_.moved));
         say(10, text_mode_switch);
         port.clear_errors();
         say(40, text_mode_switch);

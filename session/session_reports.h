@@ -12,6 +12,12 @@ struct session_progress {
     uint8_t operation; ///< 0 connect, 1 failed, 2 write, 3 read, 8 mode change
 };
 
+/// Bytes that went over the line.
+struct session_traffic {
+    bool sent; ///< or received
+    session_bytes bytes;
+};
+
 /// The session gave up; its port has been given back already. `reached_end` is not called for it. After a reply of
 /// which it can make something all the same it reports this and goes on to its good end.
 struct session_failure {
@@ -25,6 +31,8 @@ struct session_failure {
 
 struct session_reports {
     std::function<void(const session_progress&)> progress;
+    /// What was moved, between the steps that it belongs to; null: nobody asks.
+    std::function<void(const session_traffic&)> moved{};
     std::function<void(const session_failure&)> failed;
     /// A checked reply: the module's image; empty when the old one stands and is only to be decoded again.
     std::function<void(session_bytes)> image;

@@ -46,10 +46,21 @@ std::string hex_list(std::span<const uint8_t> bytes, const char* format, const c
     return text;
 }
 
+port_observer port_traffic_to(const std::function<void(const session_traffic&)>& moved) {
+    if (!moved) return nullptr;
+    return [moved](bool sent, std::span<const uint8_t> bytes) { moved({sent, {bytes.begin(), bytes.end()}}); };
+}
+
 session_run::session_run(const family_descriptor& family, const session_script& script, uint32_t number,
                          session_input in, session_state& shared, port_lease lease, session_reports to)
-    : of(family), input(std::move(in)), state(shared), port(std::move(lease)), reports(std::move(to)),
-      script_(script), number_(number) {}
+    : of(family), input(std::move(in)), state(shared), reports(std::move(to)), script_(script), number_(number) {
+    hold(std::move(lease));
+}
+
+void session_run::hold(port_lease lease) {
+    port = std::move(lease);
+    port.observe(port_traffic_to(reports.moved));
+}
 
 uint32_t session_run::run() {
     log_folder_ensure();

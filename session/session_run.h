@@ -43,6 +43,8 @@ class session_run {
     session_bytes image;                      ///< of an accepted reply; empty: the old one stands
 
     void say(const session_report& report) const;
+    /// Works with this port from now on.
+    void hold(port_lease lease);
     void finish() const;
 
     /// The one way to fail: a connect closes its port, others drop what is left of the reply; the port is given
@@ -64,6 +66,9 @@ class session_run {
     const session_script& script_;
     const uint32_t number_;
 };
+
+/// What a lease shows, as a session reports it; null for null.
+port_observer port_traffic_to(const std::function<void(const session_traffic&)>& moved);
 
 /// Appends to the session log, on the GUI thread, after what was appended before. Any thread.
 void session_log_append(const std::string& text);

@@ -11,7 +11,7 @@ step_end step_open(session_run& run) {
         if (worker_should_stop()) return step_end::stopped;
         return run.fail(text_open_failed, run.log_text(log_open_failed), port_open_cause(*path, error));
     }
-    run.port = run.state.port.take(INFINITE);
+    run.hold(run.state.port.take(INFINITE));
     run.state.connected = true;
     return step_end::good;
 }

@@ -1,5 +1,6 @@
 #include "app/progress.h"
 
+#include "app/last_session.h"
 #include "app/paths.h"
 #include "app/session_results.h"
 #include "app/ui_state.h"
@@ -263,6 +264,64 @@ TEST_F(progress_end, stays_while_the_window_is_asked_for_again_during_a_run) {
     press_ok();
     settle();
     EXPECT_EQ(led, 1);
+}
+
+// ---- between two sessions
+
+TEST_F(progress_window, before_any_session_it_says_so) {
+    last_session_begin();
+    click(home(), "progress_button");
+    EXPECT_EQ(text(progress(), "label3"), "还没有与模块通信");
+    for (const char* name : {"progress_bar", "steps", "button_copy_steps", "hscroll_label"})
+        EXPECT_FALSE(shown(name)) << name;
+    EXPECT_TRUE(shown("ok"));
+}
+
+TEST_F(progress_window, between_two_sessions_the_last_ones_steps_and_bytes_are_shown) {
+    connect();
+    click(home(), "progress_button");
+    EXPECT_EQ(bar(), 100);
+    EXPECT_EQ(text(progress(), "label3"), "连接成功");
+    EXPECT_EQ(text(progress(), "label"), "   连接设备状态");
+    EXPECT_EQ(user_tries("expect progress/progress_bar state ok"), "");
+    EXPECT_TRUE(shown("steps"));
+    EXPECT_TRUE(shown("ok"));
+    EXPECT_FALSE(shown("hscroll_label"));
+    const std::string steps = text(progress(), "steps");
+    EXPECT_THAT(steps, testing::StartsWith("   0.000  开始连接.....\n"));
+    EXPECT_THAT(steps, testing::ContainsRegex("  发送 F7 F8 02 04 0A 15 12 03 07\n +[0-9.]+  接收验证应答.....\n "
+                                              "+[0-9.]+  接收 F7 F8 02 13 1E 00\n"));
+    EXPECT_THAT(steps, testing::EndsWith("  连接成功\n"));
+    EXPECT_EQ(user_does("key Alt+Z"), "");
+    EXPECT_TRUE(wait([&steps] { return clip_board_get_text() == steps; }));
+    press_ok();
+    settle();
+    // A session shows itself, not the one before.
+    click(home(), "button_read");
+    EXPECT_FALSE(shown("steps"));
+    EXPECT_FALSE(shown("button_copy_steps"));
+    EXPECT_TRUE(shown("progress_bar"));
+    ASSERT_TRUE(wait([] { return shown("ok"); }));
+    EXPECT_FALSE(shown("steps"));
+    press_ok();
+    settle();
+    click(home(), "progress_button");
+    EXPECT_THAT(text(progress(), "steps"), testing::Not(HasSubstr("开始连接")));
+}
+
+TEST_F(progress_window, a_step_that_only_gets_on_is_one_line_and_a_failure_has_its_cause) {
+    progress_open_for_run();
+    progress_update({true, 10, "一", operation::read, 1000});
+    progress_update({true, 20, "一", operation::read, 1200});
+    last_session_bytes(1234, {true, {0x0A, 0xFF}});
+    progress_update({true, 100, "二", operation::connect_failed, 61500});
+    last_session_line(61501, "\nCOM7: 已拔出\n\n");
+    EXPECT_EQ(last_session_text(), "   0.000  一\n   0.234  发送 0A FF\n  60.500  二\n  60.501  COM7: 已拔出\n");
+    press_ok();
+    settle();
+    click(home(), "progress_button");
+    EXPECT_EQ(text(progress(), "label3"), "二");
+    EXPECT_EQ(user_tries("expect progress/label3 state failed"), "");
 }
 
 // ---- failure reports

@@ -192,6 +192,32 @@ TEST_F(lease, reads_and_writes) {
     EXPECT_EQ(com::call_count(com::call::get_overlapped_result), 2u);
 }
 
+TEST_F(lease, an_observer_sees_what_was_moved_and_goes_with_its_lease) {
+    port_lease mine = open_and_take();
+    std::vector<std::pair<bool, std::vector<uint8_t>>> seen;
+    mine.observe([&seen](bool sent, std::span<const uint8_t> bytes) {
+        seen.emplace_back(sent, std::vector<uint8_t>(bytes.begin(), bytes.end()));
+    });
+    const std::vector<uint8_t> request = {0xF7, 0xF8, 0x03};
+    EXPECT_TRUE(mine.write(request).ok());
+    EXPECT_EQ(receive(3), request);
+    port_lease later;
+    later = std::move(mine);
+    ASSERT_TRUE(later.set_timeouts({10, 0, patience, 0, 0}));
+    send({1, 2});
+    ASSERT_TRUE(wait_waiting(later, 2));
+    std::array<uint8_t, 8> into{};
+    EXPECT_TRUE(later.read(into, no_limit).ok());
+    ASSERT_TRUE(later.set_timeouts({0, 0, 1, 0, 0}));
+    EXPECT_FALSE(later.read(into, no_limit).ok()) << "nothing came, and nothing is shown";
+    const decltype(seen) wanted = {{true, {0xF7, 0xF8, 0x03}}, {false, {1, 2}}};
+    EXPECT_EQ(seen, wanted);
+    later.give_back();
+    port_lease next = port.take(0);
+    EXPECT_TRUE(next.write(request).ok());
+    EXPECT_EQ(seen.size(), 2u) << "the next holder is not watched";
+}
+
 TEST_F(lease, one_thread_may_write_while_another_reads) {
     port_lease mine = open_and_take();
     std::array<uint8_t, 2> into{};

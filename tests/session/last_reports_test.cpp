@@ -66,6 +66,45 @@ class last_reports : public session_test, public testing::WithParamInterface<end
     std::vector<std::string> said; ///< by one thread at a time
 };
 
+class last_reports_of_bytes : public session_test {
+  protected:
+    std::vector<std::string> said;
+};
+
+TEST_F(last_reports_of_bytes, every_request_and_reply_stands_between_its_steps) {
+    plug("VKT531A");
+    dev = dev_open(all_families, "VKT531A",
+                   {.progress = [this](const session_progress& p) { said.push_back(tk_format("%u", p.percent)); },
+                    .moved =
+                        [this](const session_traffic& t) {
+                            said.push_back((t.sent ? "> " : "< ") + hex_list(t.bytes, "%02X", " "));
+                        },
+                    .failed = [](const session_failure&) {},
+                    .image = [](const session_bytes&) {},
+                    .connected = [] {},
+                    .finished = [](uint32_t) {}});
+    ASSERT_TRUE(run(session_kind::connect));
+    const std::vector<std::string> connected = {
+        "20", "40", "> F7 F8 02 04 0A 15 12 03 07", "40", "< F7 F8 02 13 1E 00", "50", "90", "100"};
+    EXPECT_EQ(said, connected);
+}
+
+TEST_F(last_reports_of_bytes, what_a_module_hears_when_it_is_left_is_one_of_them) {
+    plug("VKT610B");
+    std::vector<std::string> moved;
+    dev = dev_open(all_families, "VKT610B",
+                   {.progress = [](const session_progress&) {},
+                    .moved = [&](const session_traffic& t) { moved.emplace_back(t.bytes.begin(), t.bytes.end()); },
+                    .failed = [](const session_failure&) {},
+                    .image = [](const session_bytes&) {},
+                    .connected = [] {},
+                    .finished = [](uint32_t) {}});
+    ASSERT_TRUE(run(session_kind::connect));
+    moved.clear();
+    disconnect();
+    EXPECT_EQ(moved, std::vector<std::string>{std::string("transfer", 9)});
+}
+
 TEST_P(last_reports, come_in_order_and_at_their_moments) {
     plug(GetParam().model);
     dev = dev_open(all_families, GetParam().model,

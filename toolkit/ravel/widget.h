@@ -150,3 +150,5 @@ ret_t scroll_view_set_virtual_h(widget* scroll_view, int32_t h);
 
 /// Puts text on the system's clipboard.
 ret_t clip_board_set_text(const char* text);
+/// Text on the system's clipboard, empty when there is none.
+std::string clip_board_get_text();

@@ -163,6 +163,11 @@ ret_t widget_set_prop_str(widget* w, const char* name, const char* value) {
     return write_property(w, name, QString::fromUtf8(value));
 }
 
+std::string clip_board_get_text() {
+    if (!tk_check_gui_thread(__func__) || qApp == nullptr) return {};
+    return QApplication::clipboard()->text().toStdString();
+}
+
 ret_t clip_board_set_text(const char* text) {
     if (!tk_check_gui_thread(__func__) || text == nullptr || qApp == nullptr) return RET_BAD_PARAMS;
     QApplication::clipboard()->setText(QString::fromUtf8(text));
