@@ -126,6 +126,9 @@ timing_opening timing_open(const tk_object* props, int channel) {
     const bool complete = stored[0].all_set() && stored[1].all_set();
     for (const auto phase : timing_phases) {
         const auto& values = stored[timing_at(phase)];
+        const uint32_t index = get(props, rate_of(channel, phase));
+        if (index < timing_rates(phase).size())
+            out.channel_rate[timing_at(phase)] = timing_rates(phase)[index].value;
         const uint32_t rate = timing_rate_kbit(code + 2, values);
         if (values.brp != 0 && values.tseg1 + values.tseg2 != 0)
             out.rate[timing_at(phase)] = static_cast<int32_t>(rate);

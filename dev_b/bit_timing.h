@@ -79,6 +79,8 @@ struct timing_opening {
     int32_t divider_word = 0; ///< the whole register, both channels' halves
     std::array<std::optional<int32_t>, 2> rate;
     std::array<std::optional<timing_loaded>, 2> loaded;
+    /// What the channel's rate indexes stand for, kbit/s; nothing for an index of no rate.
+    std::array<std::optional<int32_t>, 2> channel_rate;
     bool data_enabled = false; ///< the data phase exists: bus mode is not classic CAN
 };
 /// Reads the store for channel 1 or 2. Channel 1's divider is the whole register + 2, so its timing loads only

@@ -93,6 +93,7 @@ void rebuild(const calculator_ptr& c, timing_phase phase) {
         timing_list_path(timing_list_folder(), c->channel, phase, divider, widget_get_value_int(at.rate));
     found.edits = bps_edits_read(at);
     found.list.clear();
+    table_client_choose(at.list, std::nullopt);
     found.reader = std::make_shared<timing_list_reader>(path, timing_filter_of(found.edits));
     read_on(c, phase);
     table_client_show_row(at.list, 0); // the best candidates stand first
@@ -106,6 +107,8 @@ ret_t show_item(const calculator& c, timing_phase phase, uint32_t index, widget*
     if (index >= list.size()) return RET_FAIL;
     const std::string_view line = list.line(index);
     widget* item = widget_lookup(row, "item");
+    const bool here = widget_get_focused(c.of(phase).list);
+    widget_set_style_state(item, !table_row_chosen(row) ? "" : here ? "current" : "chosen");
     widget_set_prop_str(item, "tips", std::string(line).c_str());
     const auto candidate = timing_line_parse(line);
     return widget_set_text_utf8(item, candidate ? timing_item_text(*candidate).c_str() : "");
@@ -127,15 +130,26 @@ ret_t choose_item(calculator& c, timing_phase phase, int64_t index) {
     return RET_OK;
 }
 
+ret_t click_item(calculator& c, timing_phase phase, int64_t index) {
+    widget* list = c.of(phase).list;
+    if (index < 0) return RET_FAIL;
+    const ret_t result = choose_item(c, phase, index); // before an edit is left that would filter the list
+    table_client_choose(list, table_rows{static_cast<uint32_t>(index), static_cast<uint32_t>(index)});
+    widget_set_focused(list);
+    return result;
+}
+
 void attach_list(const calculator_ptr& c, timing_phase phase) {
     widget* list = c->of(phase).list;
     table_client_set_on_load_data(
         list, [c, phase](uint32_t index, widget* row) { return show_item(*c, phase, index, row); });
     table_client_set_on_create_row(list, [c, phase](uint32_t, widget* row) {
         widget_on(widget_lookup(row, "item"), event_type::click,
-                  [c, phase, row](const event&) { return choose_item(*c, phase, table_row_index(row)); });
+                  [c, phase, row](const event&) { return click_item(*c, phase, table_row_index(row)); });
         return RET_OK;
     });
+    table_client_set_choice(list, table_choice::one);
+    table_client_set_on_take(list, [c, phase](uint32_t index) { return choose_item(*c, phase, index); });
 }
 
 // ---- what the user does ----
@@ -225,6 +239,9 @@ void load(const calculator& c) {
         const auto i = timing_at(phase);
         widget_set_value_int(c.phases[i].divider, divider);
         widget_set_value_int(c.phases[i].rate, opening.rate[i].value_or(none_chosen));
+        // The channel's own rate, where the timing has none of those offered: it is stored already.
+        if (widget_get_value_int(c.phases[i].rate) == none_chosen && opening.channel_rate[i])
+            widget_set_value_int(c.phases[i].rate, *opening.channel_rate[i]);
         if (opening.loaded[i]) load_phase(c.phases[i], *opening.loaded[i]);
     }
     enable_data(c.of(timing_phase::data), opening.data_enabled);

@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 /// Shortest time between two fillings.
 constexpr int table_fill_pace_ms = 34;
@@ -48,7 +49,35 @@ ret_t table_client_set_on_load_data(widget* table, table_row_handler handler);
 /// later on, as row widgets are reused. RET_BAD_PARAMS when `table` is no table.
 ret_t table_client_set_on_create_row(widget* table, table_row_handler handler);
 
+/// Which rows can be chosen.
+enum class table_choice : uint8_t { none, one, range };
+/// Rows `first` to `last`, both included.
+struct table_rows {
+    uint32_t first;
+    uint32_t last;
+    bool operator==(const table_rows&) const = default;
+};
+
+/// What can be chosen from now on; none is chosen then. Pointer, arrows, PageUp, PageDown, Home and End choose and
+/// show a row; with Shift, and while the pointer is dragged, a range grows; Ctrl+A chooses all of a range's rows. A
+/// table without rows refuses the focus then, and one with rows marks its first visible row when the keyboard comes
+/// to it. Which rows are chosen is for the row filler to show (table_row_chosen); it runs again when that changes
+/// and when the focus comes or goes. Chosen rows keep their content when rows are inserted above them, and are cut
+/// with the table. RET_BAD_PARAMS when `table` is no table.
+ret_t table_client_set_choice(widget* table, table_choice what);
+/// Chooses rows, as far as there are any; nothing: none. The place that is shown stays. RET_BAD_PARAMS when `table`
+/// is no table.
+ret_t table_client_choose(widget* table, std::optional<table_rows> rows);
+std::optional<table_rows> table_client_chosen(const widget* table);
+/// Called with the row that the arrows moved last when Enter is pressed or it is clicked twice. RET_BAD_PARAMS when
+/// `table` is no table.
+ret_t table_client_set_on_take(widget* table, std::function<ret_t(uint32_t index)> handler);
+/// Called with what is chosen at Ctrl+C. RET_BAD_PARAMS when `table` is no table.
+ret_t table_client_set_on_copy(widget* table, std::function<ret_t(table_rows rows)> handler);
+
 /// The row widget that `w` is or stands in; null when it stands in none.
 widget* table_row_cast(widget* w);
 /// Which row a row widget shows now; -1 when it is none.
 int64_t table_row_index(const widget* row);
+/// Whether the row that a row widget shows now is chosen.
+bool table_row_chosen(const widget* row);

@@ -87,7 +87,8 @@ TEST_P(calculator, the_defaults_open_with_empty_edits) {
                   "expect ~/combo_box_ex_bps_z_vkt610b_canfd# options "
                   "40K|50K|80K|100K|125K|200K|250K|400K|500K|800K|1M\n"
                   "expect ~/combo_box_ex_bps_c_vkt610b_canfd# options 400K|500K|800K|1M|2M|4M|5M\n"
-                  "expect ~/combo_box_ex_bps_z_vkt610b_canfd# value -1\n"
+                  "expect ~/combo_box_ex_bps_z_vkt610b_canfd# text 1M\n"
+                  "expect ~/combo_box_ex_bps_c_vkt610b_canfd# text 5M\n"
                   "expect ~/canfd#_brp_c enabled 1\nexpect ~/list_view_z exists 1\n");
     EXPECT_EQ(console(), "");
 }
@@ -116,7 +117,7 @@ TEST_P(calculator, a_phase_that_loads_alone_brings_the_divider_of_both) {
 TEST_P(calculator, a_rate_that_is_offered_first_is_chosen_only_by_picking_it) {
     const auto keys_become = [this](std::optional<uint32_t> number) {
         const std::string rates[] = {mine("canfd#_speed_zc_vkt610b"), mine("canfd#_speed_data_vkt610b")};
-        for (const std::string& key : rates) set(key, 9);
+        for (const std::string& key : rates) set(key, 11); // no rate's index
         for (const char* key : {divider_key, timing_keys[0], timing_keys[1], timing_keys[2], timing_keys[3],
                                 timing_keys[4], timing_keys[5]}) {
             if (number)
@@ -134,6 +135,23 @@ TEST_P(calculator, a_rate_that_is_offered_first_is_chosen_only_by_picking_it) {
         EXPECT_EQ(value(mine("canfd#_speed_zc_vkt610b")), 0U);
         EXPECT_EQ(value(mine("canfd#_speed_data_vkt610b")), 0U);
     }
+}
+
+TEST_P(calculator, the_channels_own_rates_are_chosen_where_the_timing_has_none) {
+    for (const char* key : {divider_key, timing_keys[0], timing_keys[1], timing_keys[2], timing_keys[3],
+                            timing_keys[4], timing_keys[5]})
+        set(key, 0);
+    set(mine("canfd#_speed_zc_vkt610b"), 8);
+    set(mine("canfd#_speed_data_vkt610b"), 6);
+    in_calculator("expect ~/combo_box_ex_bps_z_vkt610b_canfd# text 500K\n"
+                  "expect ~/combo_box_ex_bps_c_vkt610b_canfd# text 5M\n");
+    EXPECT_EQ(value(mine("canfd#_speed_zc_vkt610b")), 8U);
+    EXPECT_EQ(value(mine("canfd#_speed_data_vkt610b")), 6U);
+    set(mine("canfd#_speed_data_vkt610b"), 7);
+    in_calculator("expect ~/combo_box_ex_bps_c_vkt610b_canfd# value -1\n");
+    store(2, {5, 20, 5, 1, 20, 5});
+    in_calculator("expect ~/combo_box_ex_bps_z_vkt610b_canfd# text 400K\n"
+                  "expect ~/combo_box_ex_bps_c_vkt610b_canfd# text 2M\n");
 }
 
 TEST_P(calculator, classic_can_greys_the_data_phase) {
@@ -159,6 +177,27 @@ TEST_P(calculator, choosing_a_row_fills_the_edits_and_keeps_the_list) {
                   "click ~/list_view_z/item[1]\nexpect ~/canfd#_tseg1_z text 100\n"
                   "expect ~/list_view_z/item[0] h 30\n"
                   "expect ~/list_view_z w 727\nexpect ~/list_view_z h 120\n");
+}
+
+TEST_P(calculator, the_keyboard_moves_the_chosen_row_and_enter_fills_it_in) {
+    put_list("vkt610b_bps_canfd#_z_4_400.txt", "5-20-5-5-80.00\n1-100-25-25-80.00\n5-19-6-6-76.00\n");
+    in_calculator("pick ~/canfd#_div_z 4\npick ~/combo_box_ex_bps_z_vkt610b_canfd# 400K\n"
+                  "wait ~/list_view_z/item[0] text \"BRP: 5, TSEGE1: 20, TSEGE2: 5, SMP: 80.00%\"\n"
+                  "expect ~/list_view_z/item[0] state \"\"\n"
+                  "click ~/canfd#_tseg2_z\nkey Tab\nwait ~/list_view_z focused 1\n"
+                  "wait ~/list_view_z/item[0] state current\n"
+                  "expect ~/canfd#_brp_z text \"\"\n"
+                  "key Down\nwait ~/list_view_z/item[1] state current\n"
+                  "wait ~/list_view_z/item[0] state \"\"\n"
+                  "key Enter\nexpect ~/canfd#_brp_z text 1\nexpect ~/canfd#_tseg1_z text 100\n"
+                  "expect ~/canfd#_tseg2_z text 25\nexpect ~/canfd#_edit_smp_z_vkt610b text 80.00\n"
+                  "expect ~/list_view_z focused 1\n"
+                  "key Tab\nwait ~/list_view_z/item[1] state chosen\n"
+                  "click ~/list_view_z/item[2]\nwait ~/list_view_z/item[2] state current\n"
+                  "wait ~/list_view_z/item[1] state \"\"\n"
+                  "expect ~/canfd#_back tooltip \"关闭，不保存位定时；已选的速率保留　Esc\"\n"
+                  "type ~/canfd#_brp_z 5\nkey Tab\nwait ~/list_view_z/item[0] state \"\"\n"
+                  "wait ~/list_view_z/item[1] state \"\"\n");
 }
 
 TEST_P(calculator, every_edit_filters_its_own_list) {
@@ -281,6 +320,8 @@ TEST_P(calculator, a_long_list_scrolls) {
 
 TEST_P(calculator, the_list_says_what_is_to_be_chosen_first) {
     const std::string ask = "请先选择时钟分频和速率\n";
+    set(mine("canfd#_speed_zc_vkt610b"), 11); // no rate's index
+    set(mine("canfd#_speed_data_vkt610b"), 7);
     in_calculator("expect ~/canfd#_count_z text " + ask + "expect ~/canfd#_count_c text " + ask +
                   "pick ~/combo_box_ex_bps_z_vkt610b_canfd# 400K\nexpect ~/canfd#_count_z text " + ask +
                   "pick ~/canfd#_div_z 4\nexpect ~/canfd#_count_z text 没有候选\n"

@@ -8,6 +8,11 @@ namespace {
 
 QWidget* make_table(QWidget* parent) { return new table_widget(parent); }
 
+/// The table of a row widget, null when it is none.
+const table_widget* table_of(const widget_state* row) {
+    return row == nullptr || row->parent == nullptr ? nullptr : dynamic_cast<const table_widget*>(row->parent->w);
+}
+
 } // namespace
 
 ret_t table_view_register() {
@@ -66,6 +71,39 @@ ret_t table_client_set_on_create_row(widget* table, table_row_handler handler) {
     return RET_OK;
 }
 
+ret_t table_client_set_choice(widget* table, table_choice what) {
+    auto* t = live_as<table_widget>(table);
+    if (t == nullptr) return RET_BAD_PARAMS;
+    t->set_choice(what);
+    return RET_OK;
+}
+
+ret_t table_client_choose(widget* table, std::optional<table_rows> rows) {
+    auto* t = live_as<table_widget>(table);
+    if (t == nullptr) return RET_BAD_PARAMS;
+    t->choose(rows);
+    return RET_OK;
+}
+
+std::optional<table_rows> table_client_chosen(const widget* table) {
+    const auto* t = live_as<table_widget>(table);
+    return t == nullptr ? std::nullopt : t->chosen();
+}
+
+ret_t table_client_set_on_take(widget* table, std::function<ret_t(uint32_t)> handler) {
+    auto* t = live_as<table_widget>(table);
+    if (t == nullptr) return RET_BAD_PARAMS;
+    t->take = std::move(handler);
+    return RET_OK;
+}
+
+ret_t table_client_set_on_copy(widget* table, std::function<ret_t(table_rows)> handler) {
+    auto* t = live_as<table_widget>(table);
+    if (t == nullptr) return RET_BAD_PARAMS;
+    t->copy = std::move(handler);
+    return RET_OK;
+}
+
 widget* table_row_cast(widget* w) {
     for (widget_state* state = live(w); state != nullptr; state = state->parent)
         if (state->parent != nullptr && dynamic_cast<table_widget*>(state->parent->w) != nullptr)
@@ -74,8 +112,13 @@ widget* table_row_cast(widget* w) {
 }
 
 int64_t table_row_index(const widget* row) {
-    const widget_state* state = live(row);
-    if (state == nullptr || state->parent == nullptr) return -1;
-    const auto* t = dynamic_cast<const table_widget*>(state->parent->w);
-    return t == nullptr ? -1 : t->index_of(state);
+    const table_widget* t = table_of(live(row));
+    return t == nullptr ? -1 : t->index_of(live(row));
+}
+
+bool table_row_chosen(const widget* row) {
+    const table_widget* t = table_of(live(row));
+    const auto chosen = t == nullptr ? std::nullopt : t->chosen();
+    const int64_t index = table_row_index(row);
+    return chosen && index >= chosen->first && index <= chosen->last;
 }

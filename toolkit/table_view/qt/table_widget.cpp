@@ -32,6 +32,7 @@ void table_widget::ask() {
 
 void table_widget::set_rows(uint32_t count) {
     count_ = std::min(count, rows_max);
+    cut_choice();
     move_bar();
     ask();
 }
@@ -39,6 +40,11 @@ void table_widget::set_rows(uint32_t count) {
 void table_widget::rows_inserted(uint32_t count) {
     count_ += std::min(count, rows_max - count_);
     if (first_ > 0) first_ += std::min(count, rows_max - first_);
+    if (anchor_ >= 0) {
+        anchor_ += count;
+        current_ += count;
+    }
+    cut_choice();
     move_bar();
     ask();
 }
@@ -56,10 +62,12 @@ uint32_t table_widget::first_row() const {
 
 int table_widget::visible_rows() const { return (viewport()->height() + row_height_ - 1) / row_height_; }
 
+int table_widget::whole_rows() const { return std::max(1, viewport()->height() / row_height_); }
+
 /// The bar is always where the next filling begins, so that the user turns it from there.
 void table_widget::move_bar() {
     const bool moved_before = std::exchange(moving_bar_, true);
-    const int whole = std::max(1, viewport()->height() / row_height_);
+    const int whole = whole_rows();
     verticalScrollBar()->setPageStep(whole);
     verticalScrollBar()->setRange(0, std::max(0, static_cast<int>(count_) - whole));
     verticalScrollBar()->setValue(static_cast<int>(first_row()));

@@ -22,13 +22,25 @@ class table_widget final : public QAbstractScrollArea {
     /// -1 for what is no row of it, or a row kept for later.
     int64_t index_of(const widget_state* row) const;
 
+    void set_choice(table_choice what);
+    void choose(std::optional<table_rows> rows);
+    std::optional<table_rows> chosen() const;
+
     table_row_handler load;
     table_row_handler create;
+    std::function<ret_t(uint32_t)> take;
+    std::function<ret_t(table_rows)> copy;
 
   protected:
     void resizeEvent(QResizeEvent* what) override;
     void showEvent(QShowEvent* what) override;
     void scrollContentsBy(int dx, int dy) override;
+    void keyPressEvent(QKeyEvent* what) override;
+    void mousePressEvent(QMouseEvent* what) override;
+    void mouseMoveEvent(QMouseEvent* what) override;
+    void mouseDoubleClickEvent(QMouseEvent* what) override;
+    void focusInEvent(QFocusEvent* what) override;
+    void focusOutEvent(QFocusEvent* what) override;
 
   private:
     struct row_widget {
@@ -40,12 +52,20 @@ class table_widget final : public QAbstractScrollArea {
     bool add_row(uint32_t index);
     void fill_row(std::size_t position, uint32_t first, uint32_t shown);
     int visible_rows() const;
+    int whole_rows() const;
+    void cut_choice();
+    void move_to(int64_t row, bool growing);
+    int64_t row_at(int y) const;
 
     std::vector<row_widget> pool_; ///< from the top
     QTimer asked_;                 ///< runs while a filling is asked for
     QElapsedTimer since_fill_;
     uint32_t count_ = 0;
-    uint32_t first_ = 0; ///< where the next filling begins, as far as there are rows below
+    table_choice choice_ = table_choice::none;
+    Qt::FocusPolicy policy_ = Qt::NoFocus; ///< the layout's, for when there are rows to choose
+    int64_t anchor_ = -1;                  ///< where a range began; -1: nothing is chosen
+    int64_t current_ = -1;                 ///< its other end, which the keys move
+    uint32_t first_ = 0;                   ///< where the next filling begins, as far as there are rows below
     int row_height_;
     bool filling_ = false;
     bool moving_bar_ = false; ///< by the program: nothing is asked for
