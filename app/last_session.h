@@ -2,7 +2,7 @@
 // GUI thread.
 #pragma once
 
-#include "app/progress.h"
+#include "app/progress_report.h"
 #include "session/session_reports.h"
 
 #include <cstdint>

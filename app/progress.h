@@ -1,29 +1,12 @@
 // The progress window, and the reports that reach it from any thread.
 #pragma once
 
-#include "toolkit/core/date_time.h"
+#include "app/progress_report.h"
 #include "toolkit/ravel/widget.h"
 
 #include <cstdint>
 #include <functional>
 #include <string>
-
-/// Operation codes of a report. A report of 100 % with `connect_failed` is how every failure is shown.
-namespace operation {
-inline constexpr uint8_t connect = 0;
-inline constexpr uint8_t connect_failed = 1;
-inline constexpr uint8_t write = 2;
-inline constexpr uint8_t read = 3;
-inline constexpr uint8_t mode_change = 8;
-} // namespace operation
-
-struct progress_report {
-    bool window_open; ///< whether a progress window was open when it was made
-    uint32_t percent; ///< 0 to 100
-    std::string text; ///< of the step
-    uint8_t operation;
-    int64_t at_ms = time_now_ms(); ///< when it was made
-};
 
 /// Posts a report to the "progress" window. A report posted while no progress window is open is dropped when its
 /// turn comes, even if one has been opened by then. Returns the result of idle_queue. Any thread.
