@@ -71,13 +71,12 @@ uint32_t stack_kib() {
 
 TEST_F(workers, get_the_stack_of_their_plan_but_never_too_little) {
     worker one;
-    ASSERT_EQ(one.start({.name = "one", .stack_bytes = 3 << 20}, stack_kib), RET_OK);
+    ASSERT_EQ(one.start({.name = "one", .stack_bytes = 64 << 20}, stack_kib), RET_OK);
     one.join();
-    EXPECT_EQ(one.result(), 3072U);
+    EXPECT_GE(one.result(), 65536U) << "more than the system gives of itself";
     ASSERT_EQ(one.start({"usual"}, stack_kib), RET_OK);
     one.join();
     EXPECT_GE(one.result(), 256U);
-    EXPECT_LE(one.result(), 1024U) << "not the system's own, which is larger";
 }
 #endif
 
