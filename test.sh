@@ -129,7 +129,8 @@ run_lint() {
         return
     fi
     local check ok=0 bad=0
-    for check in "tools/lint --self-test" tests/tools/scripts_test.sh tools/lint "tools/include_picture --check"; do
+    for check in "tools/lint --self-test" tests/tools/scripts_test.sh tests/tools/runner_test.sh tools/lint \
+        "tools/include_picture --check"; do
         if $check; then ok=$((ok + 1)); else bad=$((bad + 1)); fi
     done
     result lint "$ok" "$bad"

@@ -73,23 +73,6 @@ ret_t pages_prepare(widget* home, const family_pages& pages) {
     return RET_OK;
 }
 
-ret_t visibility_apply(widget* home, const family_pages& chosen) {
-    if (device_of(chosen) == nullptr) {
-        log_console("dev_info == NULL error ");
-        return RET_INIT_FAILED;
-    }
-    show(home, "button_serial_assistant", false);
-    for (const family_pages* pages : families()) {
-        show(home, pages->container, false);
-        show(home, pages->code_mode, false);
-    }
-    show(home, "button_data_lock", false);
-    show(home, chosen.container, true);
-    show(home, chosen.code_mode, true);
-    if (monitor_exists(chosen)) show(home, "button_data_lock", true);
-    return RET_OK;
-}
-
 /// Shows a device's configuration as text.
 ret_t code_show(const family_pages& pages, bool restored) {
     widget* home = navigator_find("home_page");
@@ -122,7 +105,7 @@ ret_t device_ready(widget* home, const family_pages& pages, bool renew) {
 
 ret_t family_show(widget* home, const family_pages& pages, bool renew) {
     ret_t ret = device_ready(home, pages, renew);
-    if (ret == RET_OK) ret = visibility_apply(home, pages);
+    if (ret == RET_OK) ret = model_widgets_show(home, pages);
     if (ret != RET_OK) return ret;
     model_page_refresh(home);
     return model_show_code(home);
@@ -154,6 +137,23 @@ void model_selector_fill(widget* home) {
 }
 
 void model_window_changed() { prepared().clear(); }
+
+ret_t model_widgets_show(widget* home, const family_pages& chosen) {
+    if (device_of(chosen) == nullptr) {
+        log_console("dev_info == NULL error ");
+        return RET_INIT_FAILED;
+    }
+    show(home, "button_serial_assistant", false);
+    for (const family_pages* pages : families()) {
+        show(home, pages->container, false);
+        show(home, pages->code_mode, false);
+    }
+    show(home, "button_data_lock", false);
+    show(home, chosen.container, true);
+    show(home, chosen.code_mode, true);
+    if (monitor_exists(chosen)) show(home, "button_data_lock", true);
+    return RET_OK;
+}
 
 const family_pages* model_selected(widget* home) {
     return pages_of_model(widget_get_text_utf8(widget_lookup(home, "combo_box_ex_dev")));

@@ -8,6 +8,10 @@ void model_bind(widget* home);
 /// Fills the model selector with every model and chooses VKT531A.
 void model_selector_fill(widget* home);
 
+/// Shows what the home page has for a family's models, and hides what the others have. RET_INIT_FAILED, and a
+/// console line, when the family has no device.
+ret_t model_widgets_show(widget* home, const family_pages& chosen);
+
 /// Value change of the model selector: the shown text becomes the current model, the family's device object is made
 /// when there is none, its pages are prepared, and only its widgets show. RET_FAIL when that did not work (the
 /// console says why, the page set before stays on screen); RET_OK and nothing done for a text that is no model.

@@ -159,7 +159,7 @@ DWORD GetLastError() { return ::GetLastError(); }
 void SetLastError(DWORD error) { ::SetLastError(error); }
 
 DWORD QueryDosDeviceA(const char* device, char* target, DWORD max) {
-    tell_call("QueryDosDeviceA", {});
+    tell_call("QueryDosDeviceA", {max});
     return fails(call::query_dos_device) ? 0 : ::QueryDosDeviceA(device, target, max);
 }
 

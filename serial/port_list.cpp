@@ -33,10 +33,8 @@ port_list_view view; ///< GUI thread only
 std::optional<std::vector<std::string>> device_names() {
     std::vector<char> buffer(names_bytes);
     DWORD got = com::QueryDosDeviceA(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
-    if (got == 0 && com::GetLastError() == error_buffer_small) {
-        buffer.assign(names_bytes, 0);
+    if (got == 0 && com::GetLastError() == error_buffer_small)
         got = com::QueryDosDeviceA(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
-    }
     if (got == 0) return std::nullopt;
     std::vector<std::string> names;
     std::string name;

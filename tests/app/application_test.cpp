@@ -1,7 +1,6 @@
 #include "app/application.h"
 
 #include "app/assets.h"
-#include "platform/system.h"
 #include "shell/err_display.h"
 #include "tests/support/app_fixture.h"
 #include "toolkit/ravel/ravel.h"
@@ -10,19 +9,20 @@ namespace {
 
 using testing::HasSubstr;
 
-class application : public app_test {};
+class application : public app_test {
+  protected:
+    /// Ends the process the way the program does; status 0 when that was quick and left the session log empty.
+    [[noreturn]] static void leave() {
+        const int64_t before = time_now_ms();
+        application_exit();
+        tk_exit();
+        const bool quick = time_now_ms() - before < 1000;
+        std::error_code missing;
+        const bool emptied = std::filesystem::file_size("../log/p_v_info.txt", missing) == 0 && !missing;
+        end_process(quick && emptied ? 0 : 1);
+    }
+};
 using ApplicationDeathTest = application;
-
-// Ends the process the way the program does; status 0 when that was quick and left the session log empty.
-[[noreturn]] void leave() {
-    const int64_t before = time_now_ms();
-    application_exit();
-    tk_exit();
-    const bool quick = time_now_ms() - before < 1000;
-    std::error_code missing;
-    const bool emptied = std::filesystem::file_size("../log/p_v_info.txt", missing) == 0 && !missing;
-    platform_exit_now(quick && emptied ? 0 : 1);
-}
 
 void write_session_log() { ASSERT_EQ(fs_append("../log/p_v_info.txt", "VKT510A:\n"), RET_OK); }
 
@@ -68,7 +68,7 @@ TEST_F(ApplicationDeathTest, exit_says_so_on_the_console) {
     EXPECT_EXIT(
         {
             application_exit();
-            platform_exit_now(said().find("application_exit\n") != std::string::npos ? 0 : 1);
+            end_process(said().find("application_exit\n") != std::string::npos ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
 }

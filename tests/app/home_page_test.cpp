@@ -324,6 +324,13 @@ TEST_F(home_page, a_probe_that_fails_is_said) {
     std::filesystem::remove("authority");
 }
 
+TEST_F(broken_family, without_a_device_shows_nothing_of_its_own) {
+    use();
+    EXPECT_EQ(static_cast<int>(model_widgets_show(home(), broken)), 1);
+    EXPECT_EQ(said(), "dev_info == NULL error ");
+    EXPECT_TRUE(visible("view10")); // what showed before shows still
+}
+
 TEST_F(home_page, without_a_model_selector_there_is_no_model) {
     said_clear();
     EXPECT_EQ(model_switch(nullptr), RET_FAIL);

@@ -171,6 +171,38 @@ TEST(TimingOpen, APhaseWithAForeignRateStaysEmptyTheOtherLoads) {
     EXPECT_TRUE(open.loaded[data]);
 }
 
+// 200 MHz by 5 is 40 MHz.
+struct stored_rate {
+    int32_t kbit;
+    timing_values values;
+    bool nominal, data; ///< whether a phase loads with it
+};
+const stored_rate stored_rates[] = {
+    {39, {205, 4, 1}, false, false}, {40, {200, 3, 2}, true, false}, {50, {160, 4, 1}, true, false},
+    {80, {100, 4, 1}, true, false},  {100, {80, 4, 1}, true, false}, {125, {64, 4, 1}, true, false},
+    {200, {40, 4, 1}, true, false},  {250, {32, 4, 1}, true, false}, {300, {19, 4, 3}, false, false},
+    {400, {20, 4, 1}, true, true},   {500, {16, 4, 1}, true, true},  {666, {12, 4, 1}, true, true},
+    {800, {10, 4, 1}, true, true},   {1000, {8, 4, 1}, true, true},  {2000, {4, 4, 1}, false, true},
+    {3333, {4, 2, 1}, false, false}, {4000, {2, 4, 1}, false, true}, {5000, {2, 3, 1}, false, true},
+    {8000, {1, 4, 1}, false, false},
+};
+
+TEST(TimingOpen, EachPhaseLoadsWithItsOwnRates) {
+    for (const stored_rate& row : stored_rates) {
+        const tk_object_ptr props = b_props({{"canfd_bps_do_div_vkt610b", 3},
+                                             {"canfd_bps_do_brp_z_vkt610b", row.values.brp},
+                                             {"canfd_bps_do_tseg1_z_vkt610b", row.values.tseg1},
+                                             {"canfd_bps_do_tseg2_z_vkt610b", row.values.tseg2},
+                                             {"canfd_bps_do_brp_c_vkt610b", row.values.brp},
+                                             {"canfd_bps_do_tseg1_c_vkt610b", row.values.tseg1},
+                                             {"canfd_bps_do_tseg2_c_vkt610b", row.values.tseg2}});
+        const timing_opening open = timing_open(props.get(), 1);
+        EXPECT_EQ(open.rate[nominal], row.kbit);
+        EXPECT_EQ(open.loaded[nominal].has_value(), row.nominal) << row.kbit;
+        EXPECT_EQ(open.loaded[data].has_value(), row.data) << row.kbit;
+    }
+}
+
 TEST(TimingOpen, SixHundredSixtySixIsLoadedThoughNoSelectorOffersIt) {
     const tk_object_ptr props = channel_1_props();
     tk_object_set_prop_uint32(props.get(), "canfd_bps_do_brp_z_vkt610b", 3);

@@ -29,6 +29,8 @@ TEST(f7_tables, checks_find_what_is_wrong) {
     static_assert(!f7_widths_fit(narrow) && !f7_widths_fit(wide) && f7_widths_fit(whole));
     static_assert(field_find(whole, "x") == &whole[2] && field_find(whole, "y") == nullptr);
     EXPECT_EQ(f7_place::code2.at, 26);
+    EXPECT_EQ(f7_place::code2.bit, 0);
+    EXPECT_EQ(f7_place::code2.bits, 32);
 }
 
 /// A row's bytes after encoding into an image of 0x5A bytes; the bytes beside them must not change.

@@ -6,11 +6,11 @@
 # STAGE is the build's stage folder (bin/, res/, tools/). What is left goes to OUT if it is given. Lines of the script
 # that start with #! say what the run needs and what must come out of it:
 #   #! sim ARGUMENTS       vkt_sim's arguments (COM7=VKT531A ...); without this line no module runs
-#   #! arguments TEXT      the program's arguments (1280 750); VKT_PROGRAM_ARGUMENTS overrides them
+#   #! arguments TEXT      the program's arguments (1280 750), or none; VKT_PROGRAM_ARGUMENTS overrides them
 #   #! env NAME=VALUE      for the program
 #   #! before COMMAND      shell command, run in the fresh tree's bin/ before the program starts; a process that it
 #                          leaves in the background ends with the test
-#   #! on "TEXT" COMMAND   vkt_sim command, given when the program first prints TEXT
+#   #! on "TEXT" COMMAND   vkt_sim command, given when the program first prints TEXT (which it must do)
 #   #! status N            the program's exit status (0)
 #   #! prints TEXT         the program must print TEXT
 #   #! module TEXT         a line of vkt_sim's report must be TEXT
@@ -122,10 +122,12 @@ for job in $(jobs -p); do
 done
 
 mapfile -t reactions < <(directive on)
-# Reads what the program prints, and gives the modules their commands.
+# Reads what the program prints, and gives the modules their commands. Says how many lines it saw, and which commands
+# it gave.
 follow() {
-    local line reaction text
+    local line reaction text lines=0
     while IFS= read -r line; do
+        lines=$((lines + 1))
         line=${line%$'\r'}
         [ -s "$tree/close_ms" ] || case $line in "ok   "*" close" | "FAIL "*) now_ms >"$tree/close_ms" ;; esac
         for i in "${!reactions[@]}"; do
@@ -133,17 +135,22 @@ follow() {
             text=${reaction%%\"*}
             if [[ $line == *"$text"* ]]; then
                 printf '%s\n' "${reaction#*\" }" >&5
+                printf '%s\n' "$i" >>"$tree/given.txt"
                 unset "reactions[$i]"
             fi
         done
     done
+    printf '%s\n' "$lines" >"$tree/followed.txt"
 }
 arguments=${VKT_PROGRAM_ARGUMENTS:-$(directive arguments)}
+[ "$arguments" != none ] || arguments=' '
 # shellcheck disable=SC2206 # a list of words
 arguments=(${arguments:-1280 750})
 if [ -n "$under_wine" ]; then
-    # Into a file and not a pipe: Wine's own processes, which live on, keep hold of it.
-    timeout "$limit_s" "${program[@]}" "${arguments[@]}" >"$tree/output.txt" 2>"$tree/errors.txt" &
+    # Into a file and not a pipe: Wine's own processes, which live on, keep hold of it. The file is made first: the
+    # program is started beside its follower, and tail gives a file up that is not there yet.
+    : >"$tree/output.txt"
+    timeout "$limit_s" "${program[@]}" "${arguments[@]}" >>"$tree/output.txt" 2>"$tree/errors.txt" &
     running=$!
     children+=("$running")
     tail -n +1 -s 0.02 --pid="$running" -f "$tree/output.txt" 2>/dev/null | follow &
@@ -175,6 +182,12 @@ expected=$(directive status)
 while IFS= read -r text; do
     cat "$tree/output.txt" "$tree/errors.txt" | grep -qF -- "$text" || problem "the program did not print: $text"
 done < <(directive prints)
+printed=$(wc -l <"$tree/output.txt")
+followed=$(cat "$tree/followed.txt" 2>/dev/null)
+[ "${followed:-0}" = "$printed" ] || problem "${followed:-0} of $printed printed lines were followed"
+for i in "${!reactions[@]}"; do
+    grep -qsx "$i" "$tree/given.txt" || problem "never came to: on ${reactions[$i]}"
+done
 while IFS= read -r text; do
     grep -qxF -- "$text" "$tree/report.txt" || problem "not in the modules' report: $text"
 done < <(directive module)

@@ -377,8 +377,11 @@ TEST_F(lease, a_holder_that_does_not_let_go_holds_a_close_up_for_half_a_second) 
     // What the holder still tries reaches nobody.
     com::fault_clear();
     std::array<uint8_t, 1> byte{};
-    EXPECT_EQ(mine.read(byte, no_limit).step, io_step::stopped);
-    EXPECT_EQ(mine.write(byte).step, io_step::stopped);
+    for (const io_result& end : {mine.read(byte, no_limit), mine.write(byte)}) {
+        EXPECT_EQ(end.step, io_step::stopped);
+        EXPECT_EQ(end.error, 0u);
+        EXPECT_EQ(end.bytes, 0u);
+    }
     EXPECT_FALSE(mine.purge());
     EXPECT_EQ(mine.waiting(), std::nullopt);
     EXPECT_EQ(com::call_count(com::call::purge_comm) + com::call_count(com::call::clear_comm_error), 0u);

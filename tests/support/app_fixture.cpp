@@ -3,6 +3,7 @@
 #include "app/application.h"
 #include "app/families.h"
 #include "app/progress.h"
+#include "platform/system.h"
 #include "serial/port_lease.h"
 #include "serial/port_list.h"
 #include "tests/support/console_capture.h"
@@ -37,7 +38,9 @@ struct world {
         toolkit_stage_start("../res");
     }
 
-    ~world() {
+    ~world() { remove_tree(); }
+
+    void remove_tree() const {
         std::error_code ignored;
         fs::current_path(fs::temp_directory_path(), ignored);
         fs::remove_all(tree, ignored);
@@ -61,6 +64,10 @@ void open_home() {
 } // namespace
 
 fs::path app_test::tree() { return the_world().tree; }
+void app_test::end_process(int status) {
+    the_world().remove_tree();
+    platform_exit_now(status);
+}
 std::string app_test::said() { return the_world().said.text(); }
 void app_test::said_clear() { the_world().said.take(); }
 

@@ -67,6 +67,8 @@ class app_test : public ::testing::Test {
     /// Puts a layout beside those of the program, for this test.
     void add_layout(const char* name, const std::string& body, bool dialog, const std::string& properties = "");
     static std::filesystem::path tree();
+    /// Ends the process at once; its tree goes with it.
+    [[noreturn]] static void end_process(int status);
     static std::string file_text(const std::filesystem::path& path);
 
     std::unique_ptr<sim::module_t> module;

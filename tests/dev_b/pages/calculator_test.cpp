@@ -218,6 +218,37 @@ TEST_P(calculator, every_edit_filters_its_own_list) {
     EXPECT_EQ(console(), "");
 }
 
+TEST_P(calculator, a_divider_brings_its_own_lists_of_both_phases) {
+    put_list("vkt610b_bps_canfd#_z_4_400.txt", "5-20-5-5-80.00\n");
+    put_list("vkt610b_bps_canfd#_c_4_2000.txt", "1-20-5-5-80.00\n");
+    put_list("vkt610b_bps_canfd#_z_8_400.txt", "2-25-6-6-80.65\n");
+    put_list("vkt610b_bps_canfd#_c_8_2000.txt", "1-10-2-2-83.33\n");
+    in_calculator("pick ~/combo_box_ex_bps_z_vkt610b_canfd# 400K\npick ~/combo_box_ex_bps_c_vkt610b_canfd# 2M\n"
+                  "pick ~/canfd#_div_z 4\n"
+                  "wait ~/list_view_z/item[0] text \"BRP: 5, TSEGE1: 20, TSEGE2: 5, SMP: 80.00%\"\n"
+                  "wait ~/list_view_c/item[0] text \"BRP: 1, TSEGE1: 20, TSEGE2: 5, SMP: 80.00%\"\n"
+                  "pick ~/canfd#_div_z 8\n"
+                  "wait ~/list_view_z/item[0] text \"BRP: 2, TSEGE1: 25, TSEGE2: 6, SMP: 80.65%\"\n"
+                  "wait ~/list_view_c/item[0] text \"BRP: 1, TSEGE1: 10, TSEGE2: 2, SMP: 83.33%\"\n");
+}
+
+TEST_P(calculator, an_item_carries_its_whole_line) {
+    put_list("vkt610b_bps_canfd#_z_4_500.txt", "5-16-4-3-80.00\n");
+    store(2, {5, 16, 4, 1, 20, 5});
+    std::string tips;
+    timer_add(
+        [&tips, tries = 0]() mutable { // in the dialog's loop
+            widget* dialog = widget_child(window_manager(), mine("page_vkt610b_bps_canfd#").c_str());
+            tips = widget_get_prop_str(widget_lookup(widget_lookup(dialog, "list_view_z"), "item"), "tips", "");
+            if (tips.empty() && ++tries < 1000) return RET_REPEAT;
+            dialog_quit(dialog, 0);
+            return RET_REMOVE;
+        },
+        5);
+    bps_calculator_open(*dev, GetParam() - '0');
+    EXPECT_EQ(tips, "5-16-4-3-80.00");
+}
+
 TEST_P(calculator, an_edit_filters_when_it_is_left_or_at_enter_and_not_at_every_key) {
     put_list("vkt610b_bps_canfd#_z_4_400.txt", "5-20-5-5-80.00\n1-100-25-25-80.00\n5-19-6-6-76.00\n");
     in_calculator("pick ~/canfd#_div_z 4\npick ~/combo_box_ex_bps_z_vkt610b_canfd# 400K\n"

@@ -7,7 +7,7 @@
 #include <future>
 #include <gtest/gtest.h>
 #include <memory>
-
+#include <pthread.h>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -57,6 +57,28 @@ TEST_F(workers, run_their_work_and_keep_its_result) {
     EXPECT_STREQ(one.name(), "one");
     EXPECT_EQ(one.join(), RET_OK) << "it has ended";
 }
+
+#ifdef __linux__ // elsewhere a thread cannot be asked for its stack
+/// Of the calling thread, in KiB.
+uint32_t stack_kib() {
+    pthread_attr_t attributes;
+    std::size_t bytes = 0;
+    if (pthread_getattr_np(pthread_self(), &attributes) != 0) return 0;
+    pthread_attr_getstacksize(&attributes, &bytes);
+    pthread_attr_destroy(&attributes);
+    return static_cast<uint32_t>(bytes / 1024);
+}
+
+TEST_F(workers, get_the_stack_of_their_plan_but_never_too_little) {
+    worker one;
+    ASSERT_EQ(one.start({.name = "one", .stack_bytes = 64 << 20}, stack_kib), RET_OK);
+    one.join();
+    EXPECT_GE(one.result(), 65536U) << "more than the system gives of itself";
+    ASSERT_EQ(one.start({"usual"}, stack_kib), RET_OK);
+    one.join();
+    EXPECT_GE(one.result(), 256U);
+}
+#endif
 
 TEST_F(workers, without_work_none_is_started) {
     worker one;

@@ -153,6 +153,7 @@ TEST_F(finding, what_is_needed_and_not_there_ends_a_debug_build) {
     open(ui_window(""), "home");
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     const auto call = [this] {
+        end_stage_at_abort();
         log_set_capture([](const std::string& text, void*) { std::fputs(text.c_str(), stderr); }, nullptr);
         widget_need(win, "dep");
     };

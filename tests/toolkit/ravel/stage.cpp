@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -19,6 +20,11 @@ namespace {
 fs::path& root_folder() {
     static fs::path folder;
     return folder;
+}
+
+void remove_folder() {
+    std::error_code ignored;
+    fs::remove_all(root_folder(), ignored);
 }
 
 const char* event_name(event_type type) {
@@ -47,8 +53,11 @@ void start_stage() {
 
 void end_stage() {
     tk_exit();
-    std::error_code ignored;
-    fs::remove_all(root_folder(), ignored);
+    remove_folder();
+}
+
+void end_stage_at_abort() {
+    std::signal(SIGABRT, [](int) { remove_folder(); });
 }
 
 std::string layout_folder() { return (root_folder() / "default" / "ui").string() + "/"; }

@@ -15,6 +15,8 @@
 /// layouts.
 void start_stage();
 void end_stage();
+/// For a process that is to abort: its resource folder goes with it.
+void end_stage_at_abort();
 /// Writes ui/NAME.ui.
 void write_layout(const std::string& name, const std::string& text);
 /// The folder of the layouts, with a slash at its end.

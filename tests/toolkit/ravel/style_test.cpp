@@ -9,6 +9,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QColor>
+#include <QFontInfo>
 #include <QImage>
 #include <QLineEdit>
 
@@ -75,6 +76,23 @@ TEST_F(style, texts_can_be_read_on_their_grounds) {
 
 TEST_F(style, edges_and_marks_stand_out) {
     for (const pairing& row : marks) expect_contrast(row, 3);
+}
+
+TEST_F(style, items_of_a_list_are_written_in_20_pixels_in_every_state) {
+    open(ui_window(ui_widget("QPushButton", "item", "20 20 300 30",
+                             ui_text("text", "text") + ui_dynamic("class", "list_item")) +
+                   ui_widget("QPushButton", "other", "20 100 300 30", ui_text("text", "text"))));
+    const auto size = [this](const char* name) { return QFontInfo(qwidget_of(at(name))->font()).pixelSize(); };
+    EXPECT_EQ(size("item"), 20);
+    EXPECT_NE(size("other"), 20);
+    qwidget_of(at("item"))->setFocus(Qt::TabFocusReason);
+    settle();
+    EXPECT_EQ(size("item"), 20);
+    press(at("item"));
+    EXPECT_EQ(size("item"), 20);
+    release(at("item"));
+    widget_set_enable(at("item"), false);
+    EXPECT_EQ(size("item"), 20);
 }
 
 struct focus_case {
