@@ -66,7 +66,7 @@ struct traffic_parsed {
     uint8_t channel = 0;     ///< as it stands in the frame
     uint8_t type = 0;
     uint32_t identifier = 0;
-    std::span<const uint8_t> data; ///< part of the bytes parsed
+    std::span<const uint8_t> data{}; ///< part of the bytes parsed
 
     bool extended() const { return (type & traffic_type_extended) != 0; }
     bool fd() const { return (type & traffic_type_fd) != 0; }
