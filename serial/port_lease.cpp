@@ -11,6 +11,7 @@ namespace {
 
 constexpr DWORD error_invalid_handle = 6;
 constexpr DWORD error_aborted = 995;
+constexpr DWORD error_timeout = 1460;
 
 } // namespace
 
@@ -69,6 +70,12 @@ port_timing& port_timing_get() {
     return timing;
 }
 
+port_event::port_event() : handle_(make_event()) {}
+
+port_event::~port_event() {
+    if (valid()) com::CloseHandle(handle_);
+}
+
 // ---- lease ----
 
 port_lease::port_lease(std::shared_ptr<port_line> line) : line_(std::move(line)) {}
@@ -111,6 +118,13 @@ io_result port_lease::read(std::span<uint8_t> into, DWORD wait_ms) {
 void port_lease::show(bool sent, std::span<const uint8_t> bytes, const io_result& result) const {
     if (observer_ && result.bytes != 0)
         observer_(sent, bytes.first(std::min<std::size_t>(result.bytes, bytes.size())));
+}
+
+io_result port_lease::read_with(const port_event& event, std::span<uint8_t> into, DWORD wait_ms) {
+    if (line_ == nullptr) return {io_step::start, error_invalid_handle, 0};
+    const io_result result = overlapped_read_with(line_->io(), event.handle_, into, wait_ms);
+    // How some systems say that the port's time-outs ended it.
+    return result.step == io_step::result && result.error == error_timeout ? io_result{} : result;
 }
 
 std::optional<DWORD> port_lease::waiting(DWORD* error) {

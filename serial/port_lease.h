@@ -28,6 +28,21 @@ struct port_line; // one opening of a port
 /// Sees what a lease moved over the line, on the thread that did; must not use the lease.
 using port_observer = std::function<void(bool sent, std::span<const uint8_t> bytes)>;
 
+/// An event for reads that follow each other, set when one ends and reset by the next. Belongs to one thread.
+class port_event {
+  public:
+    port_event();
+    ~port_event();
+    port_event(const port_event&) = delete;
+    port_event& operator=(const port_event&) = delete;
+    /// False when the system had none to give.
+    bool valid() const { return handle_ != INVALID_HANDLE_VALUE && handle_ != nullptr; }
+
+  private:
+    friend class port_lease;
+    HANDLE handle_;
+};
+
 /// The exclusive right to read and write an open port; given back by the destructor. A lease belongs to one holder,
 /// who may write on one thread while reading on another. Once the port is being closed, nothing reaches the system
 /// any more; on an empty lease likewise.
@@ -51,6 +66,9 @@ class port_lease {
     /// no limit). A read that ends with no byte is io_step::wait. Ends as write does; `into` holds only what a good
     /// read brought.
     io_result read(std::span<uint8_t> into, DWORD wait_ms);
+    /// The same with an event of the caller's; a read that the port's time-outs end without a byte is a good one of
+    /// 0 bytes.
+    io_result read_with(const port_event& event, std::span<uint8_t> into, DWORD wait_ms);
 
     /// From now on `observer` (null: nobody) sees the bytes of every write and read, as many as were moved; a burst
     /// that is drained is not shown. Not while one of them is under way.

@@ -22,4 +22,18 @@ TEST(crc16_x25, write_command_of_register_0) {
     EXPECT_EQ(crc_of({0xAA, 0x07, 0x02, 0xFF, 0x00, 0x01, 0x00, 0x00, 0x00}), 0x2C1D);
 }
 
+// Lengths on both sides of whole blocks of eight.
+TEST(crc16_x25, bytes_that_count_up) {
+    std::vector<uint8_t> bytes;
+    for (int i = 0; i < 511; ++i) bytes.push_back(static_cast<uint8_t>(i & 0xFF));
+    const auto first = [&bytes](std::size_t size) { return crc16_x25(bytes.data(), size); };
+    EXPECT_EQ(first(7), 0xC3F1);
+    EXPECT_EQ(first(8), 0x6202);
+    EXPECT_EQ(first(9), 0x5F40);
+    EXPECT_EQ(first(15), 0xBFAB);
+    EXPECT_EQ(first(16), 0x13E9);
+    EXPECT_EQ(first(17), 0x9A25);
+    EXPECT_EQ(first(511), 0x3606);
+}
+
 } // namespace

@@ -1,5 +1,7 @@
 #include "toolkit/core/date_time.h"
 
+#include "toolkit/core/text.h"
+
 #include <ctime>
 #include <gtest/gtest.h>
 #include <thread>
@@ -56,6 +58,45 @@ TEST(date_time, the_millisecond_clock_never_goes_back) {
         ASSERT_GE(now, last);
         last = now;
     }
+}
+
+TEST(time_stamp_now, is_now_on_both_clocks) {
+    date_time_t before;
+    date_time_t after;
+    date_time_init(&before);
+    const int64_t steady_before = time_now_ms();
+    const time_stamp stamp = time_stamp_now();
+    const int64_t steady_after = time_now_ms();
+    date_time_init(&after);
+    const auto text = [](const date_time_t& dt) {
+        return tk_format("%04d-%02d-%02d %02d:%02d:%02d", dt.year, dt.month, dt.day, dt.hour, dt.minute, dt.second);
+    };
+    EXPECT_GE(time_stamp_text(stamp.local_us), text(before));
+    EXPECT_LE(time_stamp_text(stamp.local_us), text(after));
+    EXPECT_GE(stamp.steady_us / 1000, steady_before);
+    EXPECT_LE(stamp.steady_us / 1000, steady_after);
+}
+
+TEST(time_stamp_now, has_microseconds) {
+    const int64_t end = time_now_ms() + 5000;
+    while (time_stamp_now().local_us % 1000 == 0) ASSERT_LT(time_now_ms(), end);
+}
+
+TEST(time_stamp_now, the_test_clock_stands) {
+    const date_time_t fixed = {13, 45, 23, 2025, 9, 29};
+    date_time_set_test_clock(&fixed);
+    const time_stamp stamp = time_stamp_now();
+    date_time_set_test_clock(nullptr);
+    EXPECT_EQ(stamp.local_us, 1759153523000000);
+    EXPECT_GT(stamp.steady_us, 0);
+}
+
+TEST(time_stamp_text, two_digits_each_and_four_of_the_year) {
+    EXPECT_EQ(time_stamp_text(0), "1970-01-01 00:00:00");
+    EXPECT_EQ(time_stamp_text(1759153523999999), "2025-09-29 13:45:23");
+    EXPECT_EQ(time_stamp_text(1709164799000000), "2024-02-28 23:59:59");
+    EXPECT_EQ(time_stamp_text(1709164800000000), "2024-02-29 00:00:00");
+    EXPECT_EQ(time_stamp_text(-1), "1969-12-31 23:59:59");
 }
 
 } // namespace
