@@ -1,7 +1,10 @@
 #include "app/application.h"
 
+#include "app/data_monitor.h"
 #include "app/home_page.h"
 #include "app/progress.h"
+#include "monitor/pages/data_info.h"
+#include "monitor/pages/data_page.h"
 #include "platform/com_port.h"
 #include "session/session_run.h"
 #include "shell/err_display.h"
@@ -19,6 +22,9 @@ void windows_register() {
     navigator_register_window("progress", progress_init);
     navigator_register_window("err_display", err_display_init);
     navigator_register_window("home_page", home_page_init);
+    navigator_register_window("data_page", data_page_init);
+    navigator_register_window("data_info", data_info_init);
+    data_page_serve(data_monitor_device, data_monitor_left);
 }
 
 } // namespace

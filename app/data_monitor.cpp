@@ -4,6 +4,7 @@
 #include "app/model_switch.h"
 #include "app/progress.h"
 #include "app/session_buttons.h"
+#include "app/ui_state.h"
 #include "shell/err_display.h"
 #include "shell/navigator.h"
 
@@ -18,4 +19,15 @@ ret_t data_monitor_pressed(widget* home) {
         progress_then({.refusal = [dev] { return dev->of.monitor_refusal(*dev); },
                        .then = [] { return navigator_to("data_page"); }});
     return ret;
+}
+
+monitored_device data_monitor_device() {
+    dev_obj* dev = current_device();
+    if (dev == nullptr || !dev->session.connected()) return {};
+    widget* port = widget_lookup(navigator_find("home_page"), "combo_box_ex_serial");
+    return {&dev->session, current_model() + " · " + widget_get_text_utf8(port)};
+}
+
+void data_monitor_left(bool lost) {
+    if (lost) ui_state_apply(navigator_find("home_page"), ui_state::lost);
 }

@@ -2,8 +2,14 @@
 // monitored.
 #pragma once
 
+#include "monitor/pages/data_page.h"
 #include "toolkit/ravel/widget.h"
 
 /// The press of "button_data": a message when the chosen family is not connected; for a family with a data page the
 /// read whose finish opens it; nothing more for the others. GUI thread.
 ret_t data_monitor_pressed(widget* home);
+
+/// The connected module that the data page is about; without a session when there is none. GUI thread.
+monitored_device data_monitor_device();
+/// The data page has been left; the home page says when its module is gone. GUI thread.
+void data_monitor_left(bool lost);

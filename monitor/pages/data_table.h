@@ -1,0 +1,37 @@
+// The table of records: newest on top, rows to be chosen, copied and held. GUI thread.
+#pragma once
+
+#include "monitor/traffic.h"
+#include "toolkit/ravel/widget.h"
+
+#include <cstdint>
+
+/// The table of one opening of the page; it must not outlive the traffic.
+class data_table {
+  public:
+    /// Binds the table widget of a page.
+    data_table(traffic& from, widget* table);
+    data_table(const data_table&) = delete;
+    data_table& operator=(const data_table&) = delete;
+
+    /// Something was recorded: the table has as many rows as there are records. Scrolled away from its top it goes
+    /// on showing the records that it shows.
+    void refresh();
+    /// Drops all records.
+    void clear();
+
+  private:
+    bool record_at(uint32_t index, traffic_record* into) const;
+    ret_t fill(uint32_t index, widget* row);
+    ret_t bind_row(widget* row);
+    ret_t copy(uint32_t first, uint32_t last);
+
+    traffic& traffic_;
+    widget* table_;
+    uint64_t shown_ = 0;  ///< the newest record when the table was refreshed last
+    traffic_record held_; ///< under the pointer when it went down
+    bool holding_ = false;
+};
+
+/// Rows that are copied at most: a text of about 3 MB.
+inline constexpr uint32_t data_copy_max = 20000;
