@@ -17,6 +17,9 @@ class sim_line {
     virtual int read(uint8_t* bytes, std::size_t size, int timeout_ms) = 0;
     /// Sends all bytes; false when hung up.
     virtual bool write(const uint8_t* bytes, std::size_t size) = 0;
+    /// Sends what the line takes at once; returns how many bytes that was, -1 when hung up. A line that cannot tell
+    /// takes all.
+    virtual int write_some(const uint8_t* bytes, std::size_t size) = 0;
     /// Takes the line away, as pulling the module's plug does. The port's owner sees a vanished port.
     virtual void hang_up() = 0;
     /// Device node of the port side ("/dev/pts/4"); empty under Wine.

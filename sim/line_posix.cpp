@@ -36,6 +36,7 @@ class pty_line final : public sim_line {
         return pty_->read(bytes, size, timeout_ms);
     }
     bool write(const uint8_t* bytes, std::size_t size) override { return pty_->write(bytes, size); }
+    int write_some(const uint8_t* bytes, std::size_t size) override { return pty_->write_some(bytes, size); }
     void hang_up() override {
         {
             // Not left at the old device node, whose number is soon somebody else's, nor given to the fixed rule.

@@ -67,6 +67,10 @@ class host_line final : public sim_line {
         return true;
     }
 
+    int write_some(const uint8_t* bytes, std::size_t size) override {
+        return write(bytes, size) ? static_cast<int>(size) : -1;
+    }
+
     /// The helper closes its master side when our half ends, and its half of the connection after that: so the port
     /// has vanished when this returns.
     void hang_up() override {

@@ -1,5 +1,6 @@
 #include "sim/module.h"
 
+#include "sim/traffic_talk.h"
 #include "sim/wire.h"
 
 #include <algorithm>
@@ -58,7 +59,11 @@ class module_impl final : public module_t {
     }
     counters count() const override {
         const std::lock_guard<std::mutex> hold(lock_);
-        return count_;
+        counters now = count_;
+        now.traffic_sent = talk_.sent_count();
+        now.traffic_received = talk_.received_count();
+        now.traffic_overrun = talk_.overrun();
+        return now;
     }
     bytes received() const override {
         const std::lock_guard<std::mutex> hold(lock_);
@@ -75,6 +80,12 @@ class module_impl final : public module_t {
     bool wait_requests(uint32_t n, int timeout_ms) const override {
         std::unique_lock<std::mutex> hold(lock_);
         return changed_.wait_for(hold, milliseconds(timeout_ms), [&] { return count_.requests() >= n; });
+    }
+    void set_traffic(const traffic_plan& plan) override { talk_.set_plan(plan); }
+    std::vector<traffic_note> traffic_sent() const override { return talk_.sent(); }
+    std::vector<traffic_note> traffic_received() const override { return talk_.received(); }
+    bool wait_traffic(uint32_t sent, uint32_t received, int timeout_ms) const override {
+        return talk_.wait(sent, received, timeout_ms);
     }
     void babble(const bytes& content) override {
         if (const auto line = line_now()) line->write(content.data(), content.size());
@@ -121,6 +132,7 @@ class module_impl final : public module_t {
             }
             reader_.clear();
             waiting_.clear();
+            talk_.line_is_new();
             serve(*line);
             line->hang_up();
             const std::lock_guard<std::mutex> hold(lock_);
@@ -132,7 +144,7 @@ class module_impl final : public module_t {
     void serve(sim_line& line) {
         uint8_t chunk[512];
         for (;;) {
-            if (!send_due(line)) return;
+            if (!send_due(line) || !talk_.send(line)) return;
             const int n = line.read(chunk, sizeof chunk, wait_ms());
             if (n < 0) return;
             if (n > 0) {
@@ -151,6 +163,7 @@ class module_impl final : public module_t {
         clock::time_point until = clock::time_point::max();
         if (!waiting_.empty()) until = waiting_.front().due;
         if (reader_.partial()) until = std::min(until, last_byte_ + milliseconds(silence_ms));
+        until = std::min(until, talk_.due());
         if (until == clock::time_point::max()) return -1;
         const auto left = until - clock::now();
         if (left <= clock::duration::zero()) return 0;
@@ -192,12 +205,7 @@ class module_impl final : public module_t {
 
     void take_requests() {
         request asked;
-        while (reader_.next(&asked)) {
-            {
-                const std::lock_guard<std::mutex> hold(lock_);
-                if (mode_ == "transfer" && asked.kind != request_kind::mode_text)
-                    asked.kind = request_kind::unknown;
-            }
+        while (next_request(&asked)) {
             // Before it counts: who waits for the count may already look at what the watcher wrote.
             if (watcher_) watcher_(request_kind_name(asked.kind), asked.frame);
             const std::lock_guard<std::mutex> hold(lock_);
@@ -205,6 +213,16 @@ class module_impl final : public module_t {
             count_in(asked);
             changed_.notify_all();
         }
+    }
+
+    bool next_request(request* asked) {
+        const std::lock_guard<std::mutex> hold(lock_);
+        const bool transfer = mode_ == "transfer";
+        reader_.set_transfer(transfer, talk_.check());
+        if (!reader_.next(asked)) return false;
+        if (transfer && asked->kind != request_kind::mode_text && asked->kind != request_kind::traffic)
+            asked->kind = request_kind::unknown;
+        return true;
     }
 
     void count_in(const request& asked) {
@@ -224,9 +242,13 @@ class module_impl final : public module_t {
         case request_kind::unknown:
             count_.unknown++;
             return;
+        case request_kind::traffic:
+            talk_.take(asked.frame);
+            return;
         case request_kind::mode_text:
             count_.mode_texts++;
             mode_ = asked.frame[0] == 'c' ? "config" : "transfer";
+            talk_.set_transfer(of_ == tribe::b && mode_ == "transfer");
             return;
         }
         requests_.push_back(asked.frame);
@@ -246,7 +268,9 @@ class module_impl final : public module_t {
 
     /// With the lock held.
     void respond(const request& asked) {
-        if (asked.kind == request_kind::mode_text || asked.kind == request_kind::unknown) return;
+        if (asked.kind == request_kind::mode_text || asked.kind == request_kind::traffic ||
+            asked.kind == request_kind::unknown)
+            return;
         const fault now = next_fault();
         if (now == fault::silent) return;
         reply made = now == fault::refuse ? refusal(of_, asked) : answer(of_, asked, &memory_);
@@ -275,6 +299,8 @@ class module_impl final : public module_t {
     std::string mode_;
     bool paced_ = false, stop_ = false;
     std::shared_ptr<sim_line> line_; ///< null while unplugged
+
+    traffic_talk talk_;
 
     // The module's thread only.
     request_reader reader_;

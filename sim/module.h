@@ -3,6 +3,7 @@
 #pragma once
 
 #include "sim/line.h"
+#include "sim/traffic.h"
 
 #include <cstdint>
 #include <functional>
@@ -61,8 +62,11 @@ struct counters {
     uint32_t reads = 0;
     uint32_t writes = 0; ///< B: register writes
     uint32_t mode_texts = 0;
-    uint32_t unknown = 0; ///< complete frames that were none of the above, or with a bad check, or (B) sent in
-                          ///< transfer mode; never answered
+    uint32_t unknown = 0;      ///< complete frames that were none of the above, or with a bad check, or (B) sent in
+                               ///< transfer mode; never answered
+    uint32_t traffic_sent = 0; ///< frames of its own, the spoiled ones too
+    uint32_t traffic_received = 0; ///< good frames in transfer mode; they are no requests
+    uint32_t traffic_overrun = 0;  ///< frames that were never made because the line took no more
     uint32_t requests() const { return handshakes + firmware_reads + reads + writes; }
 };
 
@@ -83,6 +87,13 @@ class module_t {
     virtual bool wait_requests(uint32_t n, int timeout_ms) const = 0;
     /// "config" or "transfer" for the B family, whatever text came last; empty at start.
     virtual std::string mode() const = 0;
+    /// What it sends in transfer mode, from now on and at each change to it (B). Nothing by default.
+    virtual void set_traffic(const traffic_plan& plan) = 0;
+    /// Every frame of transfer mode since the start, in order.
+    virtual std::vector<traffic_note> traffic_sent() const = 0;
+    virtual std::vector<traffic_note> traffic_received() const = 0;
+    /// Waits until so many frames have been sent and received; false on time-out.
+    virtual bool wait_traffic(uint32_t sent, uint32_t received, int timeout_ms) const = 0;
     /// Sends bytes of the test's own, out of turn.
     virtual void babble(const std::vector<uint8_t>& bytes) = 0;
     /// Pulls the module's plug: its port vanishes. What the module holds and counted stays.

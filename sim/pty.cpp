@@ -88,6 +88,18 @@ bool pty::write(const uint8_t* bytes, std::size_t size) {
     return true;
 }
 
+int pty::write_some(const uint8_t* bytes, std::size_t size) {
+    const std::shared_lock<std::shared_mutex> hold(use_);
+    int done = 0;
+    while (static_cast<std::size_t>(done) < size) {
+        if (gone_ || master_ < 0) return -1;
+        const ssize_t n = ::write(master_, bytes + done, size - static_cast<std::size_t>(done));
+        if (n <= 0) return n == 0 || errno == EAGAIN || errno == EINTR ? done : -1;
+        done += static_cast<int>(n);
+    }
+    return done;
+}
+
 void pty::hang_up() {
     gone_ = true;
     if (wake_[1] >= 0) {

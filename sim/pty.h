@@ -25,6 +25,8 @@ class pty {
     int read(uint8_t* bytes, std::size_t size, int timeout_ms);
     /// Sends all bytes, waiting while the port's owner leaves them; false when hung up.
     bool write(const uint8_t* bytes, std::size_t size);
+    /// Sends what fits in at once; returns how many bytes that was, -1 when hung up.
+    int write_some(const uint8_t* bytes, std::size_t size);
     /// Closes the master: the port's owner sees a hang-up, and the device node is gone when this returns.
     void hang_up();
     /// Device node of the port side.

@@ -1,4 +1,5 @@
 // Requests out of a stream of bytes.
+#include "sim/traffic.h"
 #include "sim/wire.h"
 
 #include <algorithm>
@@ -30,7 +31,7 @@ bool b_start(uint8_t byte) { return byte == 0xAA || byte == 0xAC; }
 } // namespace
 
 const char* request_kind_name(request_kind kind) {
-    static constexpr const char* names[] = {"handshake", "firmware", "read", "write", "mode", "unknown"};
+    static constexpr const char* names[] = {"handshake", "firmware", "read", "write", "mode", "traffic", "unknown"};
     return names[static_cast<std::size_t>(kind)];
 }
 
@@ -48,12 +49,19 @@ request_reader::match request_reader::match_text() const {
     return {};
 }
 
+/// Once four bytes are there.
+bool request_reader::may_be_traffic() const {
+    return transfer_ && waiting_[1] >= 5 && waiting_[2] == 0x04 && waiting_[3] >= 1 && waiting_[3] <= 5;
+}
+
 /// Whether a frame may start at the first waiting byte, and how long it is.
 request_reader::match request_reader::match_frame() const {
     const std::size_t have = waiting_.size();
     if (of_ == tribe::b) {
-        if (!b_start(waiting_[0])) return match_text();
+        if (!b_start(waiting_[0]) && !(transfer_ && waiting_[0] == 0xAB)) return match_text();
         if (have < 4) return {4, false};
+        if (may_be_traffic()) return {4u + waiting_[1], have >= 4u + waiting_[1]};
+        if (!b_start(waiting_[0])) return {};
         if (waiting_[1] < 2 || waiting_[1] > b_length_max || waiting_[3] != 0xFF) return {};
         const std::size_t need = 2u + waiting_[1] + 2u;
         return {need, have >= need};
@@ -73,7 +81,9 @@ bool request_reader::check_is_good(const bytes& frame) const {
 
 request_kind request_reader::kind_of(const bytes& frame) const {
     if (of_ == tribe::b) {
-        if (!b_start(frame[0])) return request_kind::mode_text;
+        if (!b_start(frame[0]) && frame[0] != 0xAB) return request_kind::mode_text;
+        if (frame[3] != 0xFF)
+            return traffic_frame_is_good(frame, check_) ? request_kind::traffic : request_kind::unknown;
         if (!check_is_good(frame)) return request_kind::unknown;
         if (frame[1] == 0x02 && frame[2] == 0x05) return request_kind::read;
         return frame[1] == 0x07 && frame[2] == 0x02 ? request_kind::write : request_kind::unknown;

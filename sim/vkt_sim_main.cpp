@@ -22,15 +22,25 @@ constexpr const char* usage =
     "  --fault PORT:FAULT[:after=N][:times=N|ever][:argument=N][:bytes=HEX]\n"
     "                      spoils replies: after N good ones, N times (1)\n"
     "  --memory PORT:HEX   the module's configuration memory at the start\n"
+    "  --traffic PORT:KEY=VALUE[:KEY=VALUE...]\n"
+    "                      what a B module sends in transfer mode:\n"
+    "                        rate=N          frames a second (0: none), burst=N of them at once (1)\n"
+    "                        count=N         in all (0: no end), first=N their first number (0)\n"
+    "                        channels=1,2,3,4,5  types=0,8,128,136  lengths=0-64   taken in turn\n"
+    "                        counter=identifier|payload|none   where a frame carries its number\n"
+    "                        check=on|off    frames carry a CRC, both ways (off)\n"
+    "                        errors=noise,no_start,cut,short_length,wrong_command,bad_check,too_much_data\n"
+    "                        error_every=N   one frame of N is spoiled, by the errors in turn (0: none)\n"
     "  --paced             replies take the time of 9600 baud\n"
     "  --links DIR         where the ports' device links are put (default: a folder of its own under /tmp)\n"
-    "  --report FILE       writes what was asked of the modules when it ends\n"
+    "  --report FILE       writes what was asked of the modules when it ends, and every traffic frame: sent= (or\n"
+    "                      spoiled=ERROR) and received=, with microseconds and bytes\n"
     "When the ports are there it prints VKT_COM_PORTS=..., which the tool takes from its environment. It ends on\n"
     "SIGINT, SIGTERM, or the command quit.\n";
 constexpr const char* command_help =
     "commands: fault PORT FAULT[:after=N][:times=N|ever][:argument=N][:bytes=HEX] | unplug PORT | "
-    "plug PORT | memory PORT [HEX] | count PORT | babble PORT HEX | paced on|off | "
-    "report | help | quit\n";
+    "plug PORT | memory PORT [HEX] | count PORT | babble PORT HEX | traffic PORT KEY=VALUE[:KEY=VALUE...] | "
+    "paced on|off | report | help | quit\n";
 
 struct simulated {
     std::string port, model;
@@ -91,8 +101,20 @@ std::string counters_text(const sim::counters& c, const char* between) {
     std::ostringstream text;
     text << "handshakes=" << c.handshakes << between << "firmware_reads=" << c.firmware_reads << between
          << "reads=" << c.reads << between << "writes=" << c.writes << between << "mode_texts=" << c.mode_texts
-         << between << "unknown=" << c.unknown;
+         << between << "unknown=" << c.unknown << between << "traffic_sent=" << c.traffic_sent << between
+         << "traffic_received=" << c.traffic_received << between << "traffic_overrun=" << c.traffic_overrun;
     return text.str();
+}
+
+/// Line by line: there may be many.
+void report_traffic(const sim::module_t& module, std::string* text) {
+    for (const sim::traffic_note& note : module.traffic_sent()) {
+        const bool good = note.error == sim::traffic_error::none;
+        *text += good ? "sent=" : std::string("spoiled=") + sim::traffic_error_name(note.error) + " ";
+        *text += std::to_string(note.time_us) + " " + hex(note.frame, " ") + "\n";
+    }
+    for (const sim::traffic_note& note : module.traffic_received())
+        *text += "received=" + std::to_string(note.time_us) + " " + hex(note.frame, " ") + "\n";
 }
 
 bool write_report() {
@@ -101,6 +123,7 @@ bool write_report() {
         text += "[" + one.port + " " + one.model + "]\n" + counters_text(one.module->count(), "\n") + "\n";
         text += "mode=" + one.module->mode() + "\nmemory=" + hex(one.module->memory(), " ") + "\n";
         for (const auto& frame : one.module->requests()) text += "request=" + hex(frame, " ") + "\n";
+        report_traffic(*one.module, &text);
     }
     const std::string fresh = report_path + ".new";
     std::FILE* file = std::fopen(fresh.c_str(), "wb");
@@ -149,12 +172,21 @@ void babble(simulated* one, const std::string& text) {
     say(one->port + " babbled " + std::to_string(bytes.size()) + " bytes\n");
 }
 
+void set_traffic(simulated* one, const std::string& text) {
+    sim::traffic_plan plan;
+    std::string why;
+    if (!sim::traffic_parse(text, &plan, &why)) return say("error: " + why + "\n");
+    one->module->set_traffic(plan);
+    say(one->port + " traffic " + text + "\n");
+}
+
 struct command_row {
     const char* name;
     void (*run)(simulated* one, const std::string& rest);
 };
-constexpr command_row port_commands[] = {{"fault", set_fault}, {"unplug", unplug}, {"plug", plug},
-                                         {"memory", memory},   {"count", count},   {"babble", babble}};
+constexpr command_row port_commands[] = {{"fault", set_fault},    {"unplug", unplug}, {"plug", plug},
+                                         {"memory", memory},      {"count", count},   {"babble", babble},
+                                         {"traffic", set_traffic}};
 
 /// Runs a line from standard input; false for quit.
 bool run_command(const std::string& line) {
@@ -189,8 +221,15 @@ bool run_command(const std::string& line) {
 // ---- start ----
 
 struct options {
-    std::vector<std::pair<std::string, std::string>> faults, memories; ///< port, text
+    std::vector<std::pair<std::string, std::string>> faults, memories, traffic; ///< port, text
     bool paced = false;
+
+    /// The texts that an option's word brings, null for another word.
+    std::vector<std::pair<std::string, std::string>>* of(const std::string& word) {
+        if (word == "--fault") return &faults;
+        if (word == "--memory") return &memories;
+        return word == "--traffic" ? &traffic : nullptr;
+    }
 };
 
 int refuse(const std::string& what) {
@@ -216,9 +255,9 @@ int read_arguments(int argc, char** argv, options* opt) {
             links_dir = argv[++i];
         } else if (word == "--report" && i + 1 < argc) {
             report_path = argv[++i];
-        } else if ((word == "--fault" || word == "--memory") && i + 1 < argc &&
-                   split_port(argv[i + 1], ':', &pair)) {
-            (word == "--fault" ? opt->faults : opt->memories).push_back(pair);
+        } else if (auto* texts = opt->of(word);
+                   texts != nullptr && i + 1 < argc && split_port(argv[i + 1], ':', &pair)) {
+            texts->push_back(pair);
             i++;
         } else if (sim::model of{}; split_port(word, '=', &pair) && sim::model_from_name(pair.second, &of)) {
             modules.push_back({pair.first, pair.second, nullptr});
@@ -260,6 +299,13 @@ int start_modules(const options& opt) {
         simulated* one = find_port(port);
         if (one == nullptr || !sim::fault_parse(text, &plan, &why)) return refuse(why);
         one->module->plan(plan);
+    }
+    for (const auto& [port, text] : opt.traffic) {
+        sim::traffic_plan plan;
+        std::string why = "no module on " + port;
+        simulated* one = find_port(port);
+        if (one == nullptr || !sim::traffic_parse(text, &plan, &why)) return refuse(why);
+        one->module->set_traffic(plan);
     }
     for (const auto& [port, text] : opt.memories) {
         std::vector<uint8_t> bytes;

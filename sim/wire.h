@@ -24,7 +24,7 @@ uint16_t crc_check(const uint8_t* data, std::size_t size);
 /// The configuration memory as the factory leaves it: 60 bytes, B 140 (34 registers and the version word).
 bytes factory_memory(tribe of);
 
-enum class request_kind : uint8_t { handshake, firmware, read, write, mode_text, unknown };
+enum class request_kind : uint8_t { handshake, firmware, read, write, mode_text, traffic, unknown };
 const char* request_kind_name(request_kind kind);
 
 struct request {
@@ -45,6 +45,8 @@ class request_reader {
     /// The sender fell silent: what is there is no start of a request after all. Call next() again after it.
     void give_up();
     void clear() { waiting_.clear(); }
+    /// In transfer mode (B) traffic frames are requests too, with or without a check value.
+    void set_transfer(bool on, bool check) { transfer_ = on, check_ = check; }
 
   private:
     struct match {
@@ -52,11 +54,13 @@ class request_reader {
         bool known = false;   ///< all of it is there
     };
     match match_frame() const;
+    bool may_be_traffic() const;
     match match_text() const;
     request_kind kind_of(const bytes& frame) const;
     bool check_is_good(const bytes& frame) const;
 
     tribe of_;
+    bool transfer_ = false, check_ = false;
     bytes waiting_;
 };
 

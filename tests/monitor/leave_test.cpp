@@ -16,8 +16,11 @@ class visits : public traffic_stage {
     void start_endless_read() {
         session_timing_get().read_wait_ms = 600000;
         module->plan({.what = sim::fault::silent});
+        const uint32_t before = com::call_count(com::call::read_file);
         ASSERT_EQ(start(session_kind::read), RET_OK);
-        ASSERT_TRUE(wait([this] { return module->count().reads > 0; }));
+        ASSERT_TRUE(wait([this, before] {
+            return module->count().reads > 0 && com::call_count(com::call::read_file) > before;
+        }));
     }
 };
 
