@@ -2,7 +2,6 @@
 
 #include "app/devices.h"
 #include "app/home_scroll.h"
-#include "app/paths.h"
 #include "shell/navigator.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
@@ -54,10 +53,7 @@ void tabs_bind(widget* home, const family_pages& pages) {
     }
 }
 
-// The monitor's button appears only where there is a monitor to open.
-bool monitor_exists(const family_pages& pages) {
-    return pages.of->monitor_refusal != nullptr && layout_exists("data_page");
-}
+bool monitor_exists(const family_pages& pages) { return pages.of->monitor_refusal != nullptr; }
 
 ret_t pages_prepare(widget* home, const family_pages& pages) {
     log_console(tk_format("设备名称: %s\n", pages.of->device));

@@ -9,10 +9,6 @@ std::string& resource_root() {
     return root;
 }
 
-bool layout_exists(const char* window) {
-    return fs_file_exist(os_fs(), tk_format("%s/default/ui/%s.ui", resource_root().c_str(), window).c_str());
-}
-
 std::string& error_log_path() {
     static std::string path;
     return path;

@@ -7,8 +7,6 @@ inline constexpr const char* log_folder = "../log";
 
 /// Root of layouts, styles, strings and images: "../res"; tests choose another. GUI thread.
 std::string& resource_root();
-/// Whether a window's layout is there. GUI thread.
-bool layout_exists(const char* window);
 
 /// Takes the start-up time into the error log's name, "../log/err-YEAR-MONTH-DAY-HOUR.txt". GUI thread.
 void error_log_name_from_now();

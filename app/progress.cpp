@@ -78,8 +78,7 @@ void last_session_show(widget* win, bool shown) {
     widget_set_visible(widget_lookup(win, "progress_bar"), !shown || report != nullptr);
     for (const char* name : {"steps", "button_copy_steps"})
         widget_set_visible(widget_lookup(win, name), report != nullptr);
-    if (!shown) return;
-    widget_set_text_utf8(widget_lookup(win, "label3"), report != nullptr ? "" : text_no_session);
+    widget_set_text_utf8(widget_lookup(win, "label3"), shown ? text_no_session : "");
     if (report == nullptr) return;
     state_show(win, *report);
     widget_set_text_utf8(widget_lookup(win, "steps"), last_session_text().c_str());

@@ -109,7 +109,9 @@ void page::bind() {
 
 // ---- what shows ----
 
+// The page may have been closed with everything else, at the program's end.
 void page::refresh() {
+    if (navigator_find(window_name) != win_ || table_ == nullptr) return;
     table_->refresh();
     if (traffic_.link() != link_) show_link();
     if (traffic_.send_done() && timer_ == 0 && leaving_ == 0) widget_set_enable(at("button_write"), true);
@@ -117,7 +119,7 @@ void page::refresh() {
         counts_ = timer_add(
             [this] {
                 counts_ = 0;
-                show_counts();
+                if (navigator_find(window_name) == win_) show_counts();
                 return RET_OK;
             },
             counts_pace_ms);

@@ -88,17 +88,15 @@ void send_form::bind_selector(const selector& row) {
     now_.*row.into = static_cast<uint32_t>(widget_get_value_int(combo));
     widget_on(combo, event_type::value_changed, [this, combo, &row](const event&) {
         now_.*row.into = static_cast<uint32_t>(widget_get_value_int(combo));
-        if (row.into == &send_parameters::protocol) offer_lengths(static_cast<int32_t>(now_.length));
         store(row.name, widget_get_text_utf8(combo));
+        if (row.into == &send_parameters::protocol) protocol_changed();
         return RET_OK;
     });
 }
 
 void send_form::bind_lengths() {
     widget* combo = at(lengths_name);
-    offer_lengths(length_usual);
-    select(combo, setting(lengths_name, ""), length_usual);
-    now_.length = static_cast<uint32_t>(widget_get_value_int(combo));
+    offer_lengths(setting(lengths_name, ""));
     widget_on(combo, event_type::value_changed, [this, combo](const event&) {
         now_.length = static_cast<uint32_t>(widget_get_value_int(combo));
         store(lengths_name, widget_get_text_utf8(combo));
@@ -107,16 +105,21 @@ void send_form::bind_lengths() {
     });
 }
 
-/// Offers the protocol's lengths; one that it has not becomes the usual one.
-void send_form::offer_lengths(int32_t wanted) {
+/// Offers the protocol's lengths and chooses one; one that it has not becomes the usual one.
+void send_form::offer_lengths(const std::string& wanted) {
     widget* combo = at(lengths_name);
     combo_box_reset_options(combo);
     for (const uint32_t length : compose_lengths(now_.protocol))
         combo_box_append_option(combo, static_cast<int32_t>(length), std::to_string(length).c_str());
-    select(combo, std::to_string(wanted), length_usual);
-    const auto chosen = static_cast<uint32_t>(widget_get_value_int(combo));
-    if (std::exchange(now_.length, chosen) != chosen) store(lengths_name, std::to_string(chosen));
+    select(combo, wanted, length_usual);
+    now_.length = static_cast<uint32_t>(widget_get_value_int(combo));
     show_hint();
+}
+
+void send_form::protocol_changed() {
+    const uint32_t before = now_.length;
+    offer_lengths(std::to_string(before));
+    if (now_.length != before) store(lengths_name, std::to_string(now_.length));
 }
 
 void send_form::bind_check_mode() {

@@ -38,7 +38,8 @@ class send_form {
     widget* at(const char* name) const { return widget_need(page_, name); }
     void bind_selector(const selector& row);
     void bind_lengths();
-    void offer_lengths(int32_t wanted);
+    void offer_lengths(const std::string& wanted);
+    void protocol_changed();
     void bind_check_mode();
     void bind_text(const char* name);
     void bind_switch(const char* name);

@@ -7,13 +7,6 @@ namespace {
 
 class data_monitor : public app_test {
   protected:
-    void SetUp() override {
-        app_test::SetUp();
-        add_layout("data_page", "", false);
-        navigator_replace("home_page");
-        settle();
-    }
-
     static std::string top() { return widget_name(window_manager_get_top_window(window_manager())); }
     static void set(const char* key, uint8_t value) {
         tk_object_set_prop_uint8(device(vkt610b_pages).props.get(), key, value);

@@ -401,10 +401,6 @@ TEST_F(typed_before_a_shortcut, a_write_sends_it) {
     press_ok();
 }
 
-TEST_F(home_page, the_data_monitor_button_is_not_shown_without_a_data_page) {
-    EXPECT_FALSE(visible("button_data"));
-}
-
 TEST_F(home_page, the_port_list_reaches_the_selector) {
     com::map_port("COM7", "/dev/null");
     com::map_port("COM12", "/dev/null");

@@ -2,7 +2,9 @@
 
 #include "app/application.h"
 #include "app/families.h"
+#include "app/last_session.h"
 #include "app/progress.h"
+#include "monitor/pages/data_page.h"
 #include "platform/system.h"
 #include "serial/port_lease.h"
 #include "serial/port_list.h"
@@ -81,6 +83,7 @@ void app_test::SetUp() {
     com::resume_all();
     date_time_set_test_clock(&fixed_time);
     said_clear();
+    last_session_begin();
     open_home();
     settle();
 }
@@ -91,6 +94,7 @@ void app_test::TearDown() {
     wait([] { return !session_any_running(); });
     settle();
     toolkit_stage_clear();
+    data_page_forget();                                           // before the device whose port it may hold
     for (const family_pages* of : families()) device_forget(*of); // ends its session, and closes its port
     com::resume_all();
     com::fault_clear();
