@@ -47,6 +47,9 @@ TEST(a_fields, that_no_value_stands_behind_are_described_too) {
     EXPECT_EQ(field_described(vkt510a_field::bit_order), "位传输顺序 0..0 0=MSB");
 }
 
-TEST(a_models, have_their_place_in_the_selector) { expect_models(vkt510a_family.models, {{"VKT510A", 3}}); }
+TEST(a_models, have_their_place_in_the_selector) {
+    EXPECT_STREQ(vkt510a_family.device, "VKT510A");
+    expect_models(vkt510a_family.models, {{"VKT510A", 3}});
+}
 
 } // namespace

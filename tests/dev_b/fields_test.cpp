@@ -66,6 +66,7 @@ TEST(b_fields, are_described) {
 }
 
 TEST(b_models, have_their_place_in_the_selector) {
+    EXPECT_STREQ(vkt610b_family.device, "VKT610B");
     expect_models(vkt610b_family.models, {{"VKT610B", 2}, {"VKT630B", 4}, {"VKT631B", 5}});
 }
 

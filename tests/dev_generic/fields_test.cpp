@@ -51,6 +51,7 @@ TEST(generic_fields, are_described) {
 }
 
 TEST(generic_models, have_their_place_in_the_selector) {
+    EXPECT_STREQ(generic_family.device, "VKT531A");
     expect_models(generic_family.models, {{"VKT531A", 1}, {"VKT530A", 6}});
 }
 
