@@ -202,6 +202,7 @@ TEST_F(handle_test, a_record_that_pends_counts_nothing_yet) {
 
 TEST(event_test, handle_numbers_are_never_used_again) {
     const HANDLE first = com::CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(first) % 4, 0U) << "the low bits are nobody's";
     com::CloseHandle(first);
     for (int i = 0; i < 100; i++) {
         const owned_event next;

@@ -2,6 +2,7 @@
 #include "tests/support/scratch_folder.h"
 
 #ifndef _WIN32
+#include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
@@ -110,6 +111,24 @@ TEST_F(open_test, forbidden_port_is_access_denied) {
     ASSERT_EQ(seteuid(owner == 0 ? nobody : owner), 0);
     EXPECT_EQ(error_of_opening(port_path), ERROR_ACCESS_DENIED);
     ASSERT_EQ(seteuid(owner), 0);
+}
+
+TEST_F(open_test, why_a_port_is_denied) {
+    errno = EACCES; // of something else
+    EXPECT_EQ(com::why_denied(port_path), com::denial::taken);
+    EXPECT_EQ(com::why_denied("/tmp"), com::denial::no_port);
+    EXPECT_EQ(com::why_denied("/dev/null/under"), com::denial::taken) << "nothing else is known";
+}
+
+using OpenDeathTest = open_test;
+TEST_F(OpenDeathTest, why_a_forbidden_port_is_denied) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto as_nobody = [this] {
+        constexpr uid_t nobody = 65534;
+        const bool ready = chmod(line->path().c_str(), 0) == 0 && (getuid() != 0 || setuid(nobody) == 0);
+        _exit(ready && com::why_denied(line->path()) == com::denial::forbidden ? 0 : 1);
+    };
+    EXPECT_EXIT(as_nobody(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(open_test, vanished_port_does_not_open) {
