@@ -62,9 +62,7 @@ bool line_apply(int fd, const DCB& state) {
     }
     if (ioctl(fd, TCGETS2, &t) != 0) return false;
     t.c_cflag &= ~format_bits & ~static_cast<tcflag_t>(CBAUD << IBSHIFT);
-    t.c_cflag |= BOTHER | size_bits(state.ByteSize) | parity_bits(state.Parity);
-    if (state.StopBits != ONESTOPBIT) t.c_cflag |= CSTOPB;
-    if (state.fOutxCtsFlow) t.c_cflag |= CRTSCTS;
+    t.c_cflag |= BOTHER | line_control_bits(state);
     t.c_iflag = (state.fOutX ? IXON : 0U) | (state.fInX ? IXOFF : 0U);
     t.c_cc[VSTART] = static_cast<cc_t>(state.XonChar);
     t.c_cc[VSTOP] = static_cast<cc_t>(state.XoffChar);
@@ -74,6 +72,12 @@ bool line_apply(int fd, const DCB& state) {
     set_modem_line(fd, TIOCM_DTR, state.fDtrControl != DTR_CONTROL_DISABLE);
     if (!state.fOutxCtsFlow) set_modem_line(fd, TIOCM_RTS, state.fRtsControl != RTS_CONTROL_DISABLE);
     return true;
+}
+
+uint32_t line_control_bits(const DCB& state) {
+    const tcflag_t stop = state.StopBits != ONESTOPBIT ? CSTOPB : 0U;
+    const tcflag_t flow = state.fOutxCtsFlow ? CRTSCTS : 0U;
+    return size_bits(state.ByteSize) | parity_bits(state.Parity) | stop | flow;
 }
 
 int64_t line_character_us(const DCB& state) {

@@ -13,6 +13,8 @@ namespace posix_com {
 bool line_make_raw(int fd);
 /// False also for a record that no driver takes (errno EINVAL).
 bool line_apply(int fd, const DCB& state);
+/// The termios bits (c_cflag) of the settings' format and flow control; settings that line_apply takes.
+uint32_t line_control_bits(const DCB& state);
 /// How long one character takes on the wire with these settings, in microseconds.
 int64_t line_character_us(const DCB& state);
 

@@ -1,4 +1,5 @@
 // What a person sees of each value, and within which bounds (hexadecimal) it is stored.
+#include "dev_a/family.h"
 #include "dev_a/fields.h"
 #include "tests/support/field_described.h"
 
@@ -44,6 +45,11 @@ TEST(a_fields, that_no_value_stands_behind_are_described_too) {
     EXPECT_EQ(field_described(vkt510a_field::uart_parity), "校验位 0..0 0=无校验");
     EXPECT_EQ(field_described(vkt510a_field::uart_control), "流控制 0..0 0=无");
     EXPECT_EQ(field_described(vkt510a_field::bit_order), "位传输顺序 0..0 0=MSB");
+}
+
+TEST(a_models, have_their_place_in_the_selector) {
+    EXPECT_STREQ(vkt510a_family.device, "VKT510A");
+    expect_models(vkt510a_family.models, {{"VKT510A", 3}});
 }
 
 } // namespace

@@ -83,6 +83,15 @@ TEST_F(a_session, firmware_with_a_wrong_check_or_tail_fails_the_connect) {
     EXPECT_EQ(session_log(), "VKT510A:\nVKT510A:\n");
 }
 
+TEST_F(a_session, firmware_has_its_check_in_its_tenth_byte) {
+    module->plan(
+        {.what = fault::raw,
+         .after = 1,
+         .bytes = {0xF7, 0xF8, 0x04, 0x05, 0x21, 0x07, 0x02, 0x00, 0x01, 0xD4, 0xFF}}); // XOR of all others
+    ASSERT_TRUE(run(session_kind::connect));
+    EXPECT_EQ(heard.events.back(), "failed 1 获取读操作结果失败");
+}
+
 TEST_F(a_session, silence_after_the_handshake_fails_the_connect) {
     module->plan({.what = fault::silent, .after = 1});
     ASSERT_TRUE(run(session_kind::connect));

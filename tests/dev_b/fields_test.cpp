@@ -1,4 +1,5 @@
 // What a person sees of each value, and within which bounds (hexadecimal) it is stored.
+#include "dev_b/family.h"
 #include "dev_b/fields.h"
 #include "tests/support/field_described.h"
 
@@ -62,6 +63,11 @@ TEST(b_fields, are_described) {
                                       {"canfd_bps_do_tseg2_c_vkt610b", "TSEG2 0..FFFFFFFF"},
                                       {"version", "固件版本 0..FFFFFFFF"},
                                   });
+}
+
+TEST(b_models, have_their_place_in_the_selector) {
+    EXPECT_STREQ(vkt610b_family.device, "VKT610B");
+    expect_models(vkt610b_family.models, {{"VKT610B", 2}, {"VKT630B", 4}, {"VKT631B", 5}});
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 // What a person sees of each value, and within which bounds (hexadecimal) it is stored.
+#include "dev_generic/family.h"
 #include "dev_generic/fields.h"
 #include "tests/support/field_described.h"
 
@@ -47,6 +48,11 @@ TEST(generic_fields, are_described) {
                       {"spi_cpol", "时钟极性 1..1"},
                       {"spi_cpha", "时钟相位 1..1"},
                   });
+}
+
+TEST(generic_models, have_their_place_in_the_selector) {
+    EXPECT_STREQ(generic_family.device, "VKT531A");
+    expect_models(generic_family.models, {{"VKT531A", 1}, {"VKT530A", 6}});
 }
 
 } // namespace

@@ -135,6 +135,7 @@ TEST_F(generic_session, foreign_answers_to_the_handshake_are_refused) {
         {0xF7, 0xF8, 0x02, 0x13, 0x1E, 0x01}, // no zero at the end
         {0xF7},
         {0x00, 0x00, 0x00, 0x00, 0x00, 0x00}, // its XOR is right
+        {0xF7, 0xF8, 0x02, 0x13, 0x0E, 0x10}, // its last byte is the XOR of all others
     };
     for (const auto& answer : answers) {
         heard = {};
@@ -229,6 +230,13 @@ TEST_F(generic_session, an_acknowledgement_with_a_wrong_check_shows_its_six_byte
     EXPECT_EQ(heard.events.back(), "failed 2 检测配置失败");
     EXPECT_THAT(heard.logs, ElementsAre("\nsend: write product info(calculate failed!)\n [13-5-9]read: "
                                         "f7 f8 01 13 e2 00\n"));
+}
+
+TEST_F(generic_session, an_acknowledgement_has_its_check_in_its_fifth_byte) {
+    connect();
+    reply_with({0xF7, 0xF8, 0x01, 0x13, 0x2D, 0x30}); // the last byte is the XOR of all others
+    ASSERT_TRUE(run(session_kind::write));
+    EXPECT_EQ(heard.events.back(), "failed 2 检测配置失败");
 }
 
 TEST_F(generic_session, an_acknowledgement_of_five_bytes_is_accepted_and_a_sixth_must_be_zero) {

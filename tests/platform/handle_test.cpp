@@ -190,8 +190,19 @@ TEST_F(handle_test, missing_records_and_buffers_are_refused) {
     EXPECT_EQ(com::GetLastError(), ERROR_INVALID_HANDLE);
 }
 
+TEST_F(handle_test, a_record_that_pends_counts_nothing_yet) {
+    set_timeouts(0, 0, 0);
+    uint8_t byte = 0;
+    OVERLAPPED record{};
+    record.InternalHigh = 77;
+    EXPECT_FALSE(com::ReadFile(port, &byte, 1, nullptr, &record));
+    EXPECT_EQ(record.InternalHigh, 0U);
+    com::CancelIoEx(port, &record);
+}
+
 TEST(event_test, handle_numbers_are_never_used_again) {
     const HANDLE first = com::CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(first) % 4, 0U) << "the low bits are nobody's";
     com::CloseHandle(first);
     for (int i = 0; i < 100; i++) {
         const owned_event next;

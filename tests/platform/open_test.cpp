@@ -2,7 +2,11 @@
 #include "tests/support/scratch_folder.h"
 
 #ifndef _WIN32
+#include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -109,6 +113,24 @@ TEST_F(open_test, forbidden_port_is_access_denied) {
     ASSERT_EQ(seteuid(owner), 0);
 }
 
+TEST_F(open_test, why_a_port_is_denied) {
+    errno = EACCES; // of something else
+    EXPECT_EQ(com::why_denied(port_path), com::denial::taken);
+    EXPECT_EQ(com::why_denied("/tmp"), com::denial::no_port);
+    EXPECT_EQ(com::why_denied("/dev/null/under"), com::denial::taken) << "nothing else is known";
+}
+
+using OpenDeathTest = open_test;
+TEST_F(OpenDeathTest, why_a_forbidden_port_is_denied) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto as_nobody = [this] {
+        constexpr uid_t nobody = 65534;
+        const bool ready = chmod(line->path().c_str(), 0) == 0 && (getuid() != 0 || setuid(nobody) == 0);
+        _exit(ready && com::why_denied(line->path()) == com::denial::forbidden ? 0 : 1);
+    };
+    EXPECT_EXIT(as_nobody(), testing::ExitedWithCode(0), "");
+}
+
 TEST_F(open_test, vanished_port_does_not_open) {
     com::CloseHandle(port);
     port = INVALID_HANDLE_VALUE;
@@ -127,6 +149,31 @@ TEST(open_path_test, things_that_are_no_terminal_are_access_denied) {
     std::remove(file.c_str());
     EXPECT_EQ(error_of_opening(file.c_str()), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(error_of_opening("not_a_port"), ERROR_FILE_NOT_FOUND);
+}
+
+TEST(open_path_test, paths_that_lead_nowhere_are_not_found) {
+    const std::filesystem::path link = scratch_folder("to_itself");
+    std::filesystem::create_symlink(link, link);
+    EXPECT_EQ(error_of_opening(link.c_str()), ERROR_FILE_NOT_FOUND);
+    std::filesystem::remove(link);
+    EXPECT_EQ(error_of_opening("/dev/null/under"), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(error_of_opening(("/" + std::string(5000, 'x')).c_str()), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(error_of_opening(nullptr), ERROR_PATH_NOT_FOUND);
+}
+
+TEST_F(open_test, without_room_for_one_more_file_it_says_so) {
+    const auto other = sim_line_open("COM12");
+    ASSERT_NE(other, nullptr);
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const int next = ::open("/dev/null", O_RDONLY);
+    ::close(next);
+    rlimit none = usual;
+    none.rlim_cur = static_cast<rlim_t>(next);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const DWORD error = error_of_opening(R"(\\.\COM12)");
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_EQ(error, ERROR_TOO_MANY_OPEN_FILES);
 }
 
 TEST_F(open_test, impossible_line_settings_are_refused) {
@@ -158,13 +205,30 @@ TEST_F(open_test, creating_a_port_is_refused) {
     EXPECT_EQ(com::GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
+TEST_F(open_test, a_port_has_no_model) {
+    EXPECT_EQ(com::CreateFileA(port_path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, port), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(com::GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
 TEST_F(open_test, handle_without_the_right_refuses_the_direction) {
-    com::CloseHandle(port);
-    port = com::CreateFileA(port_path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
-    ASSERT_NE(port, INVALID_HANDLE_VALUE);
+    const auto open_for = [this](DWORD access) {
+        com::CloseHandle(port);
+        port = com::CreateFileA(port_path, access, 0, nullptr, OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
+        EXPECT_NE(port, INVALID_HANDLE_VALUE);
+    };
     transfer t;
+    open_for(GENERIC_READ);
     t.write(port, {1});
     EXPECT_EQ(t.error, ERROR_ACCESS_DENIED);
+    send({5});
+    t.read(port, 1);
+    EXPECT_EQ(t.finish(port), 1U);
+    open_for(GENERIC_WRITE);
+    t.read(port, 1);
+    EXPECT_EQ(t.error, ERROR_ACCESS_DENIED);
+    t.write(port, {6});
+    EXPECT_EQ(t.finish(port), 1U);
+    EXPECT_EQ(receive(1), bytes_t{6});
 }
 
 #endif

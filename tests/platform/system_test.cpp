@@ -3,10 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 
 #ifndef _WIN32
 #include "platform/posix/command_line.h"
+
+#include <unistd.h>
 #endif
 
 namespace {
@@ -43,9 +46,7 @@ TEST(system_death_test, exit_flushes_and_runs_nothing) {
     ::testing::FLAGS_gtest_death_test_style = "threadsafe";
     const auto leave = [] {
         std::atexit([] { std::fputs("handler", stderr); });
-        static char buffer[64];
-        std::setvbuf(stderr, buffer, _IOFBF, sizeof buffer);
-        std::fputs("flushed", stderr);
+        std::fputs("flushed", ::fdopen(::dup(STDERR_FILENO), "w")); // standard error itself is written at once
         platform_exit_now(7);
     };
     EXPECT_EXIT(leave(), ::testing::ExitedWithCode(7), "flushed$");
@@ -82,6 +83,26 @@ TEST(command_line_test, bytes_that_are_no_utf8_become_replacement_characters) {
     EXPECT_EQ(joined({"\xED\xA0\x80"}), L"\xFFFD") << "surrogate";
     EXPECT_EQ(joined({"\xF4\x90\x80\x80"}), L"\xFFFD") << "past the last character";
     EXPECT_EQ(joined({"\xE4\xB8"}), L"\xFFFD") << "cut short";
+}
+
+TEST(command_line_test, the_bounds_of_utf8_are_exact) {
+    const std::pair<const char*, const wchar_t*> bounds[] = {
+        {"\x7F", L"\x007F"},
+        {"\xC2\x80", L"\x0080"},
+        {"\xC1\xBF", L"\xFFFD\xFFFD"},
+        {"\xDF\xBF", L"\x07FF"},
+        {"\xE0\xA0\x80", L"\x0800"},
+        {"\xE0\x9F\xBF", L"\xFFFD"},
+        {"\xED\x9F\xBF", L"\xD7FF"},
+        {"\xED\xBF\xBF", L"\xFFFD"}, // the last surrogate
+        {"\xEE\x80\x80", L"\xE000"},
+        {"\xEF\xBF\xBF", L"\xFFFF"},
+        {"\xF0\x90\x80\x80", L"\x10000"},
+        {"\xF0\x8F\xBF\xBF", L"\xFFFD"},
+        {"\xF4\x8F\xBF\xBF", L"\x10FFFF"},
+        {"\xF5\x80\x80\x80", L"\xFFFD\xFFFD\xFFFD\xFFFD"},
+    };
+    for (const auto& [bytes, text] : bounds) EXPECT_EQ(joined({bytes}), text);
 }
 
 #endif

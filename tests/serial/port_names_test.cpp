@@ -30,6 +30,7 @@ TEST(port_names, other_texts_are_a_path_where_paths_may_be_typed) {
     EXPECT_EQ(port_path("\\\\.\\COM7", false), "");
     EXPECT_EQ(port_path("com", true), "com");
     EXPECT_EQ(port_path("com7x", true), "com7x");
+    EXPECT_EQ(port_path("comx7", true), "comx7");
     EXPECT_EQ(port_path("/dev/ttyUSB0", true), "/dev/ttyUSB0");
 }
 

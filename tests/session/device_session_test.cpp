@@ -1,6 +1,7 @@
 // Who waits for whom: starting, joining, leaving and destroying devices whose sessions run.
 #include "tests/support/session_fixture.h"
 
+#include "toolkit/core/thread.h"
 #include "toolkit/core/worker.h"
 
 #include <atomic>
@@ -52,6 +53,12 @@ class device_session_test : public session_test {
 };
 
 // ---- waits
+
+const std::string log_path_at_start = session_log_path(); // before a test chooses another
+
+TEST(session_log, stands_beside_the_folder_that_the_program_runs_in) {
+    EXPECT_EQ(log_path_at_start, "../log/p_v_info.txt");
+}
 
 TEST(session_timing, waits_are_those_that_modules_need) {
     const session_timing timing;
@@ -133,6 +140,23 @@ TEST_F(device_session_test, a_start_is_refused_for_a_family_without_such_a_sessi
     EXPECT_FALSE(other.running());
     EXPECT_EQ(other.start(session_kind::read, {}), RET_OK);
     EXPECT_EQ(other.last_run(), 1u);
+}
+
+TEST_F(device_session_test, a_start_is_refused_without_a_thread_and_leaves_everything_as_it_was) {
+    plug_connected("VKT531A");
+    module->plan({.what = fault::refuse});
+    ASSERT_TRUE(run(session_kind::write));
+    const uint32_t run_before = session().last_run();
+    for (const auto kind : {session_kind::read, session_kind::connect}) {
+        tk_thread_refuse(1);
+        EXPECT_EQ(start(kind), RET_FAIL);
+        EXPECT_EQ(session().operation(), session_kind::write);
+        EXPECT_EQ(session().last_run(), run_before);
+        EXPECT_TRUE(session().port_open());
+        EXPECT_TRUE(port_is_free());
+    }
+    ASSERT_TRUE(run(session_kind::read));
+    EXPECT_EQ(heard.events.back(), "finished");
 }
 
 TEST_F(device_session_test, a_start_is_refused_while_somebody_else_holds_the_port) {

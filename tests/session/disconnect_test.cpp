@@ -1,6 +1,8 @@
 // Leaving the module.
 #include "tests/support/session_fixture.h"
 
+#include "toolkit/core/thread.h"
+
 using testing::ElementsAre;
 
 namespace {
@@ -82,6 +84,23 @@ TEST_F(disconnect, a_closed_port_is_free_for_others) {
     ASSERT_TRUE(leave());
     connect();
     ASSERT_TRUE(leave());
+}
+
+TEST_F(disconnect, without_a_thread_the_port_is_closed_on_the_spot_and_no_module_hears) {
+    plug("VKT610B");
+    connect();
+    tk_thread_refuse(1);
+    int ended = 0;
+    EXPECT_EQ(leaver.start({&session()}, progress_report(), [&ended] { ++ended; }), RET_FAIL);
+    EXPECT_FALSE(leaver.running());
+    expect_idle();
+    settle();
+    EXPECT_EQ(ended, 0);
+    EXPECT_TRUE(heard.events.empty());
+    EXPECT_EQ(module->count().mode_texts, 1u) << "that of the connect";
+    connect();
+    ASSERT_TRUE(leave()) << "a later one goes its way";
+    expect_idle();
 }
 
 TEST_F(disconnect, with_nothing_open_it_just_ends) {

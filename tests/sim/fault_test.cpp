@@ -72,6 +72,7 @@ const Case cases[] = {
     {"patch", generic, spoil(fault::patch, 0x0311), handshake, {0xF7, 0xF8, 0x02, 0x11, 0x1C, 0x00}},
     {"patch_b", b, spoil(fault::patch, 0x0400), write_r0, write_no},
     {"patch_raw", b, spoil(fault::patch_raw, 0x0400), write_r0, with(write_ok, 4, 0x00)},
+    {"patch_first_byte_to_zero", generic, spoil(fault::patch_raw, 0), handshake, with(handshake_ok, 0, 0x00)},
     {"patch_beyond_the_end", generic, spoil(fault::patch_raw, 0x7F00), handshake, handshake_ok},
     {"raw",
      generic,
@@ -222,6 +223,30 @@ TEST(SimFaultText, RefusesZeroBytes) {
     sim::fault_plan plan;
     EXPECT_FALSE(sim::fault_parse(std::string("late:after=1\0", 13), &plan));
     EXPECT_FALSE(sim::fault_parse(std::string("raw:bytes=1\0", 12), &plan));
+}
+
+TEST(SimFaultText, NamesAreThoseOfScripts) {
+    const std::pair<const char*, fault> names[] = {
+        {"none", fault::none},
+        {"silent", fault::silent},
+        {"empty", fault::empty},
+        {"bad_check", fault::bad_check},
+        {"cut_short", fault::cut_short},
+        {"wrong_header", fault::wrong_header},
+        {"refuse", fault::refuse},
+        {"slow", fault::slow},
+        {"late", fault::late},
+        {"junk_first", fault::junk_first},
+        {"hang_up", fault::hang_up},
+        {"hang_up_mid_reply", fault::hang_up_mid_reply},
+        {"nonzero_tail", fault::nonzero_tail},
+        {"no_tail", fault::no_tail},
+        {"patch", fault::patch},
+        {"patch_raw", fault::patch_raw},
+        {"extra", fault::extra},
+        {"raw", fault::raw},
+    };
+    for (const auto& [name, what] : names) EXPECT_STREQ(sim::fault_name(what), name);
 }
 
 TEST(SimFaultText, NamesGoBothWays) {

@@ -184,6 +184,17 @@ TEST(SimLine, HangUpIsSeenByThePortAndPlugInBringsItBack) {
     EXPECT_EQ(module->count().handshakes, 2u);
 }
 
+TEST(SimLine, PluggedInAnewItLeavesItsOldPort) {
+    const auto module = start(sim::model::vkt531a);
+    port_end old("COM7");
+    ASSERT_EQ(old.ask(handshake, 6), handshake_ok);
+    ASSERT_TRUE(module->plug_in());
+    old.read(1);
+    EXPECT_TRUE(old.lost());
+    port_end port("COM7");
+    EXPECT_EQ(port.ask(handshake, 6), handshake_ok);
+}
+
 TEST(SimLine, APortOfAModuleThatWentCannotBeUsed) {
     const auto module = start(sim::model::vkt531a);
     module->hang_up();

@@ -1,7 +1,7 @@
-// What a person sees of a field, as one text: tables of such texts are typed in by hand, per family.
+// What a person sees of a family: its fields and models, against tables that are typed in by hand.
 #pragma once
 
-#include "session/field.h"
+#include "session/family.h"
 #include "toolkit/core/text.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +30,19 @@ inline void expect_fields(field_rows rows, std::initializer_list<std::pair<const
         ASSERT_NE(next, wanted.end()) << row.key;
         EXPECT_STREQ(row.key, next->first);
         EXPECT_EQ(field_described(row), next->second) << row.key;
+        ++next;
+    }
+    EXPECT_EQ(next, wanted.end());
+}
+
+/// A family's models with the selector's values, in order.
+inline void expect_models(std::span<const family_model> models,
+                          std::initializer_list<std::pair<const char*, int>> wanted) {
+    auto next = wanted.begin();
+    for (const family_model& row : models) {
+        ASSERT_NE(next, wanted.end()) << row.name;
+        EXPECT_STREQ(row.name, next->first);
+        EXPECT_EQ(row.selector_value, next->second) << row.name;
         ++next;
     }
     EXPECT_EQ(next, wanted.end());

@@ -51,6 +51,7 @@ struct thread_registry {
     std::mutex lock;
     stop_condition changed;         ///< a thread was started or has ended
     std::vector<control_ptr> known; ///< started, and not both ended and joined
+    uint32_t refuse = 0;            ///< so many starts
 };
 
 /// Never destroyed: threads may end while the process does.
@@ -87,7 +88,12 @@ void* trampoline(void* argument) {
     return nullptr;
 }
 
+/// With the registry's lock held.
 bool create(const control_ptr& control) {
+    if (registry().refuse > 0) {
+        registry().refuse--;
+        return false;
+    }
     pthread_attr_t attributes;
     if (pthread_attr_init(&attributes) != 0) return false;
     // Refused sizes leave the system's default, which is larger.
@@ -177,6 +183,11 @@ ret_t tk_thread_start(tk_thread* thread) {
     control->running = false;
     r.known.pop_back();
     return RET_FAIL;
+}
+
+void tk_thread_refuse(uint32_t times) {
+    const std::lock_guard guard(registry().lock);
+    registry().refuse = times;
 }
 
 ret_t tk_thread_join(tk_thread* thread) {

@@ -29,6 +29,9 @@ ret_t tk_thread_set_stack_size(tk_thread* thread, uint32_t bytes);
 
 /// Starts the thread. RET_FAIL when the system refuses or it was started before.
 [[nodiscard]] ret_t tk_thread_start(tk_thread* thread);
+/// Test aid: the next `times` starts of any thread are refused, as by a system that has no more of them. Any
+/// thread.
+void tk_thread_refuse(uint32_t times);
 
 /// Waits until the entry has returned. RET_FAIL when it was never started or was joined before.
 ret_t tk_thread_join(tk_thread* thread);

@@ -71,6 +71,11 @@ TEST_F(fs_files, a_missing_argument_is_refused) {
     EXPECT_FALSE(fs_read_all(nullptr, &text));
     EXPECT_EQ(fs_write_whole(nullptr, ""), RET_BAD_PARAMS);
     EXPECT_EQ(fs_append(nullptr, ""), RET_BAD_PARAMS);
+    const fs_file_ptr file = open("a", "wb+");
+    EXPECT_EQ(fs_file_write(file.get(), nullptr, 1), 0);
+    EXPECT_EQ(fs_file_read(file.get(), nullptr, 1), -1);
+    EXPECT_EQ(fs_file_read(file.get(), nullptr, 0), 0);
+    EXPECT_FALSE(fs_file_read_line(file.get(), nullptr, 10));
 }
 
 TEST_F(fs_files, a_folder_is_made_once_and_only_in_a_folder_that_exists) {

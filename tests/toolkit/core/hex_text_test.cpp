@@ -88,4 +88,13 @@ TEST(hex_scan, takes_what_a_hex_number_starts_with) {
     EXPECT_EQ(word, 0x1FU);
 }
 
+TEST(hex_edit_filter, keeps_a_last_character_that_is_a_digit_and_no_other) {
+    const std::string digits = "0123456789abcdefABCDEF";
+    for (int c = '!'; c < 0x7F; c++) {
+        const std::string typed = "1" + std::string(1, static_cast<char>(c));
+        const bool digit = digits.find(static_cast<char>(c)) != std::string::npos;
+        EXPECT_EQ(hex_edit_filter(typed), digit ? typed : "1") << typed;
+    }
+}
+
 } // namespace

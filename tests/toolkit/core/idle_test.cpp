@@ -1,5 +1,6 @@
 #include "toolkit/core/idle.h"
 
+#include "platform/system.h"
 #include "toolkit/core/date_time.h"
 #include "toolkit/core/log.h"
 
@@ -396,6 +397,9 @@ TEST_F(idle, many_threads_post_and_each_ones_order_is_kept) {
 TEST_F(idle, run_until_ends_on_time_and_says_so) {
     const int64_t start = time_now_ms();
     EXPECT_FALSE(idle_run_until([] { return false; }, 30));
+    const int64_t before = platform_cpu_ms();
+    EXPECT_FALSE(idle_run_until([] { return false; }, 300));
+    EXPECT_LT(platform_cpu_ms() - before, 100) << "it sleeps meanwhile";
     EXPECT_GE(time_now_ms() - start, 29);
     EXPECT_TRUE(idle_run_until([] { return true; }, 0));
     std::atomic<bool> flag{false};

@@ -121,6 +121,7 @@ TEST(text, cut_stays_between_characters) {
     EXPECT_EQ(tk_utf8_cut(text, 4), "a\xE4\xB8\xAD");
     EXPECT_EQ(tk_utf8_cut(text, 5), text);
     EXPECT_EQ(tk_utf8_cut(text, 500), text);
+    for (std::size_t bytes : {1, 2, 3, 4}) EXPECT_EQ(tk_utf8_cut("a\xF0\x9F\x98\x80", bytes), "a") << bytes;
     EXPECT_EQ(tk_utf8_cut("\x80\x80\x80\x80\x80\x80", 5), "\x80\x80\x80\x80\x80")
         << "no UTF-8: cut where it stands";
 }

@@ -118,6 +118,20 @@ TEST_F(threads, get_the_stack_they_ask_for) {
     tk_thread_destroy(thread);
 }
 
+TEST_F(threads, that_the_system_refuses_never_ran) {
+    tk_thread* const thread = tk_thread_create([] { return 42U; });
+    tk_thread_refuse(1);
+    EXPECT_EQ(tk_thread_start(thread), RET_FAIL);
+    EXPECT_FALSE(tk_thread_is_running(thread));
+    EXPECT_EQ(workers_running(), 0U);
+    EXPECT_EQ(tk_thread_join(thread), RET_FAIL);
+    EXPECT_EQ(tk_thread_wait(thread, 0), RET_OK);
+    EXPECT_EQ(tk_thread_start(thread), RET_OK) << "a later try may go well";
+    EXPECT_EQ(tk_thread_join(thread), RET_OK);
+    EXPECT_EQ(tk_thread_result(thread), 42U);
+    tk_thread_destroy(thread);
+}
+
 TEST_F(threads, are_counted_while_they_run) {
     EXPECT_EQ(workers_running(), 0U);
     tk_thread* const thread = tk_thread_create([this] {

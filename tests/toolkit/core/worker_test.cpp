@@ -86,6 +86,20 @@ TEST_F(workers, without_work_none_is_started) {
     EXPECT_EQ(one.join(), RET_FAIL);
 }
 
+TEST_F(workers, one_that_the_system_refuses_keeps_what_ran_last) {
+    worker one;
+    ASSERT_EQ(one.start({"first"}, [] { return 5U; }), RET_OK);
+    one.join();
+    tk_thread_refuse(1);
+    EXPECT_EQ(one.start({"second"}, [] { return 6U; }), RET_FAIL);
+    EXPECT_FALSE(one.running());
+    EXPECT_EQ(one.result(), 5U);
+    EXPECT_STREQ(one.name(), "first");
+    ASSERT_EQ(one.start({"third"}, [] { return 7U; }), RET_OK);
+    one.join();
+    EXPECT_EQ(one.result(), 7U);
+}
+
 TEST_F(workers, one_that_ended_can_be_started_again_and_has_forgotten_the_stop) {
     worker one;
     ASSERT_EQ(one.start({"first"}, until_stopped), RET_OK);
