@@ -53,8 +53,7 @@ void bind(widget* home) {
         });
     for (const char* name : hidden_at_start) widget_set_visible(widget_lookup(home, name), false);
     model_bind(home);
-    for (const char* name : {"version_name", "version_foot"})
-        widget_set_text_utf8(widget_need(home, name), version_text);
+    widget_set_text_utf8(widget_need(home, "version_name"), version_text);
     port_selector_bind(home);
     home_scroll_bind(home);
 }

@@ -18,8 +18,8 @@ enum class app_type : uint8_t { simulator = 1, desktop = 2 };
 ret_t tk_pre_init();
 /// Makes the native window (hidden until tk_run, or until the first window opens) of `width` by `height` pixels,
 /// held to at least 320 by 240 and at most 16384 by 16384, with `name` as its title, and takes layouts, styles,
-/// strings and images from `res_root` (relative to the working directory). RET_FAIL when the resources cannot be
-/// found.
+/// strings and images from `res_root` (relative to the working directory). When it is shown it is made no larger
+/// than its screen has room for. RET_FAIL when the resources cannot be found.
 ret_t tk_init(int32_t width, int32_t height, app_type type, const char* name, const char* res_root);
 /// Registers the widget classes beyond the basic ones.
 ret_t tk_ext_widgets_init();

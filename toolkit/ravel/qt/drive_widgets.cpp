@@ -99,6 +99,8 @@ std::string count_text(const widget_state* state) {
     return std::to_string(combo != nullptr ? static_cast<std::size_t>(combo->count()) : state->children.size());
 }
 
+int place_of(const widget_state* state, const char* name) { return widget_get_prop_int(handle_of(state), name, 0); }
+
 std::string flag(bool value) { return value ? "1" : "0"; }
 
 struct property_row {
@@ -126,6 +128,8 @@ constexpr property_row property_rows[] = {
     {"y", [](const widget_state* s) { return std::to_string(s->w->y()); }},
     {"w", [](const widget_state* s) { return std::to_string(s->w->width()); }},
     {"h", [](const widget_state* s) { return std::to_string(s->w->height()); }},
+    {"window_x", [](const widget_state* s) { return std::to_string(place_of(s, "window_x")); }},
+    {"window_y", [](const widget_state* s) { return std::to_string(place_of(s, "window_y")); }},
 };
 
 bool has_option(const widget_state* state, const std::string& wanted) {

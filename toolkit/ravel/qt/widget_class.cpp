@@ -2,6 +2,7 @@
 
 #include "toolkit/ravel/qt/assets.h"
 #include "toolkit/ravel/qt/cell_text.h"
+#include "toolkit/ravel/qt/scroll_stays.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -103,23 +104,23 @@ scroll_widget::scroll_widget(QWidget* parent) : QScrollArea(parent) {
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
-    QObject::connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] { bar_when_needed(); });
+    QObject::connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] { content_changed(); });
 }
 
 bool scroll_widget::overflows() const {
     return verticalScrollBar()->maximum() > 0 || horizontalScrollBar()->maximum() > 0;
 }
 
-/// The layout's bar that moves with it; null when it names none.
-QScrollBar* scroll_widget::named_bar() const {
-    const QByteArray name = property("scroll_bar").toByteArray();
+/// The layout's bar that moves with it, named by a property; null when it names none.
+QScrollBar* scroll_widget::named_bar(const char* property_name) const {
+    const QByteArray name = property(property_name).toByteArray();
     if (name.isEmpty() || state_of(this) == nullptr) return nullptr;
     return live_as<QScrollBar>(widget_lookup(widget_get_window(handle_of(this)), name.constData()));
 }
 
 /// Shows the bar while there is something to scroll, where the layout asks for that.
 void scroll_widget::bar_when_needed() const {
-    QScrollBar* bar = property("bar_when_needed").toBool() ? named_bar() : nullptr;
+    QScrollBar* bar = property("bar_when_needed").toBool() ? named_bar("scroll_bar") : nullptr;
     if (bar == nullptr) return;
     const bool needed = verticalScrollBar()->maximum() > 0;
     if (!needed) {
@@ -129,9 +130,15 @@ void scroll_widget::bar_when_needed() const {
     bar->setVisible(needed);
 }
 
+void scroll_widget::content_changed() const {
+    bar_when_needed();
+    if (stays_ != nullptr) stays_->place();
+}
+
 void scroll_widget::showEvent(QShowEvent* event) {
     QScrollArea::showEvent(event);
-    bar_when_needed();
+    if (stays_ == nullptr) stays_ = new scroll_stays(this);
+    content_changed();
 }
 
 /// Where nothing can be scrolled the wheel is for the view around this one.
@@ -153,24 +160,39 @@ bool scroll_widget::focusNextPrevChild(bool next) {
     return QWidget::focusNextPrevChild(next);
 }
 
-void scroll_widget::scrollContentsBy(int dx, int dy) { QScrollArea::scrollContentsBy(dx, dy); }
+void scroll_widget::scrollContentsBy(int dx, int dy) {
+    QScrollArea::scrollContentsBy(dx, dy);
+    if (stays_ != nullptr) stays_->place();
+}
 
-bool scroll_widget::shows(const QWidget* child) const {
+bool scroll_widget::shows(const QWidget* child, Qt::Orientation along) const {
     const QRect place(child->mapTo(viewport(), QPoint(0, 0)), child->size());
-    return place.top() >= 0 && place.bottom() < viewport()->height();
+    if (along == Qt::Horizontal) return place.left() >= 0 && place.right() < viewport()->width();
+    return !is_before(child, along) && place.bottom() < viewport()->height();
+}
+
+/// Whether it begins above what the view shows, or left of it.
+bool scroll_widget::is_before(const QWidget* child, Qt::Orientation along) const {
+    const QPoint at = child->mapTo(viewport(), QPoint(0, 0));
+    if (along == Qt::Horizontal) return at.x() < 0;
+    return at.y() < (stays_ == nullptr ? 0 : stays_->covered_above(child));
+}
+
+void scroll_widget::turn_to(const QWidget* child, Qt::Orientation along) const {
+    QScrollBar* bar = named_bar(along == Qt::Vertical ? "scroll_bar" : "scroll_bar_h");
+    const bool back = is_before(child, along);
+    while (bar != nullptr && !shows(child, along)) {
+        const int before = bar->value();
+        bar->triggerAction(back ? QAbstractSlider::SliderSingleStepSub : QAbstractSlider::SliderSingleStepAdd);
+        if (bar->value() == before) break;
+    }
 }
 
 void scroll_widget::reveal(QWidget* child) {
-    if (!shows(child)) {
-        QScrollBar* bar = named_bar();
-        const bool down = child->mapTo(viewport(), QPoint(0, 0)).y() > 0;
-        while (bar != nullptr && !shows(child)) {
-            const int before = bar->value();
-            bar->triggerAction(down ? QAbstractSlider::SliderSingleStepAdd : QAbstractSlider::SliderSingleStepSub);
-            if (bar->value() == before) break;
-        }
-    }
-    if (!shows(child)) ensureWidgetVisible(child, 0, 16);
+    turn_to(child, Qt::Vertical);
+    turn_to(child, Qt::Horizontal);
+    const bool seen = shows(child, Qt::Vertical) && shows(child, Qt::Horizontal);
+    if (!seen) ensureWidgetVisible(child, 0, 16);
 }
 
 void cell_widget::show_text(const QString& text) {
