@@ -9,6 +9,7 @@
 #include "app/start_objects.h"
 #include "app/ui_state.h"
 #include "serial/port_list.h"
+#include "shell/copy_notice.h"
 #include "shell/err_display.h"
 #include "shell/navigator.h"
 #include "toolkit/core/idle.h"
@@ -21,7 +22,8 @@ constexpr const char* version_text = "版本号：V2.0.1";
 ret_t progress_forward(widget* /*home*/) { return navigator_switch_to("progress", false); }
 
 ret_t code_copy(widget* home) {
-    return clip_board_set_text(widget_get_text_utf8(widget_lookup(home, "mledit")).c_str());
+    const std::string code = widget_get_text_utf8(widget_lookup(home, "mledit"));
+    return copy_with_notice(widget_lookup(home, "button_copy"), code.c_str());
 }
 
 struct binding {

@@ -12,6 +12,7 @@
 #include <QFontInfo>
 #include <QImage>
 #include <QLineEdit>
+#include <QScreen>
 
 #include <cmath>
 
@@ -243,6 +244,109 @@ TEST_F(style, a_choice_leaves_no_hover_behind) {
         settle();
         EXPECT_FALSE(combo->underMouse()) << how;
     }
+}
+
+/// Leftmost pixel of a part of a picture that differs from its first one; the width when all are alike.
+int ink_begins(const QImage& picture, const QRect& part) {
+    const QColor ground = picture.pixelColor(part.topLeft());
+    for (int x = part.left(); x <= part.right(); ++x)
+        for (int y = part.top(); y <= part.bottom(); ++y)
+            if (contrast(picture.pixelColor(x, y), ground) > 2) return x - part.left();
+    return part.width();
+}
+
+class lists : public style {
+  protected:
+    combo_widget* open_list(const std::string& place, int options) {
+        open(ui_window(ui_widget("QComboBox", "combo", place)));
+        for (int i = 0; i < options; ++i) combo_box_append_option(at("combo"), i, "VKT");
+        widget_set_value_int(at("combo"), 1);
+        auto* combo = static_cast<combo_widget*>(qwidget_of(at("combo")));
+        click(at("combo"));
+        EXPECT_TRUE(wait_until([combo] { return combo->popup_is_open(); }));
+        return combo;
+    }
+    static QRect on_screen(const QWidget* w) { return {w->mapToGlobal(QPoint(0, 0)), w->size()}; }
+    void TearDown() override {
+        if (auto* combo = dynamic_cast<QComboBox*>(qwidget_of(at("combo")))) combo->hidePopup();
+        style::TearDown();
+    }
+};
+
+TEST_F(lists, open_below_their_field) {
+    const combo_widget* combo = open_list("20 20 200 32", 6);
+    EXPECT_GE(on_screen(combo->view()).top(), on_screen(combo).bottom());
+    EXPECT_LE(on_screen(combo->view()).top(), on_screen(combo).bottom() + 4);
+    EXPECT_EQ(on_screen(combo->view()).left(), on_screen(combo).left());
+}
+
+TEST_F(lists, open_above_only_where_there_is_no_room_below) {
+    native_window()->move(0, native_window()->screen()->geometry().bottom() - 600);
+    settle();
+    const combo_widget* combo = open_list("20 560 200 32", 6);
+    EXPECT_LE(on_screen(combo->view()).bottom(), on_screen(combo).top());
+    native_window()->move(0, 0);
+}
+
+TEST_F(lists, have_the_insets_of_the_sheet_in_every_row) {
+    const combo_widget* combo = open_list("20 20 200 32", 6);
+    settle();
+    const QImage shown = combo->view()->viewport()->grab().toImage();
+    for (int row = 0; row < 6; ++row) {
+        const QRect place = combo->view()->visualRect(combo->model()->index(row, 0));
+        EXPECT_EQ(place.height(), 28) << row;
+        const int inset = ink_begins(shown, place);
+        EXPECT_GE(inset, 8) << row;
+        EXPECT_LE(inset, 13) << row;
+    }
+    EXPECT_EQ(combo->view()->grab().toImage().pixelColor(100, 0), style_color("edge"));
+    EXPECT_GE(combo->view()->viewport()->y(), 4);
+}
+
+TEST_F(style, a_box_with_one_choice_looks_fixed) {
+    open(ui_window(ui_widget("QComboBox", "one", "20 20 200 32") + ui_widget("QComboBox", "two", "20 60 200 32") +
+                   ui_widget("QComboBox", "typed", "20 100 200 32", ui_flag("editable", true)) +
+                   ui_widget("QLineEdit", "other", "20 200 90 32")));
+    for (const char* name : {"one", "two", "typed"}) combo_box_append_option(at(name), 0, "only");
+    combo_box_append_option(at("two"), 1, "second");
+    click(at("other"));
+    const auto ground = [this](const char* name) { return picture(at(name), 0).pixelColor(100, 4); };
+    const auto arrow = [this](const char* name) {
+        const QImage shown = picture(at(name), 0);
+        return ink_begins(shown, QRect(170, 4, 26, 24)) < 26;
+    };
+    EXPECT_EQ(ground("one"), style_color("surface"));
+    EXPECT_FALSE(arrow("one"));
+    for (const char* name : {"two", "typed"}) {
+        EXPECT_EQ(ground(name), style_color("card")) << name;
+        EXPECT_TRUE(arrow(name)) << name;
+    }
+    combo_box_append_option(at("one"), 1, "second");
+    EXPECT_EQ(ground("one"), style_color("card"));
+    EXPECT_TRUE(arrow("one"));
+    combo_box_reset_options(at("two"));
+    EXPECT_EQ(ground("two"), style_color("card"));
+}
+
+TEST_F(style, a_text_too_long_for_its_box_shows_its_beginning_and_end) {
+    const std::string text = "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA";
+    open(ui_window(ui_widget("QComboBox", "box", "20 20 116 32", ui_flag("editable", true)) +
+                   ui_widget("QLineEdit", "other", "20 200 90 32")));
+    click(at("other"));
+    const auto shown = [&](const std::string& what) {
+        widget_set_text_utf8(at("box"), what.c_str());
+        settle();
+        return picture(at("box"), 0);
+    };
+    const QImage whole = shown(text + "XYZ");
+    EXPECT_NE(whole, shown(text + "WWW")) << "the end shows";
+    EXPECT_NE(whole, shown("III" + text + "XYZ")) << "the beginning shows";
+    EXPECT_EQ(whole, shown(text + text + "XYZ")) << "the middle does not";
+    auto* box = static_cast<combo_widget*>(qwidget_of(at("box")));
+    widget_set_tooltip(at("box"), "hint");
+    EXPECT_EQ(box->tooltip_shown().toStdString(), text + text + "XYZ\nhint");
+    shown("COM7");
+    EXPECT_EQ(box->tooltip_shown().toStdString(), "hint");
 }
 
 } // namespace

@@ -4,75 +4,11 @@
 #include "toolkit/ravel/qt/cell_text.h"
 #include "toolkit/ravel/qt/scroll_stays.h"
 
-#include <QAbstractItemView>
 #include <QApplication>
-#include <QCursor>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QStyleOptionComboBox>
 #include <QWheelEvent>
-
-combo_widget::combo_widget(QWidget* parent) : QComboBox(parent) {
-    setFocusPolicy(Qt::StrongFocus);
-    setInsertPolicy(QComboBox::NoInsert);
-    setMaxVisibleItems(16);
-}
-
-void combo_widget::wheelEvent(QWheelEvent* event) {
-    if (hasFocus()) {
-        QComboBox::wheelEvent(event);
-    } else {
-        event->ignore();
-    }
-}
-
-QSize combo_widget::sizeHint() const {
-    if (hint_.isValid()) return hint_;
-    ensurePolished();
-    int width = fontMetrics().horizontalAdvance(QStringLiteral("00000"));
-    for (int row = 0; row < count(); ++row) width = std::max(width, fontMetrics().horizontalAdvance(itemText(row)));
-    QStyleOptionComboBox option;
-    initStyleOption(&option);
-    const QSize content(width + 2, fontMetrics().height());
-    hint_ = style()->sizeFromContents(QStyle::CT_ComboBox, &option, content, this);
-    return hint_;
-}
-
-void combo_widget::options_changed(bool other_count) {
-    hint_ = QSize();
-    updateGeometry();
-    if (other_count) refresh_popup();
-}
-
-void combo_widget::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) hint_ = QSize();
-    QComboBox::changeEvent(event);
-}
-
-bool combo_widget::popup_is_open() const {
-    // view() would create the list; before the first opening there is none.
-    const QWidget* popup = QApplication::activePopupWidget();
-    return popup != nullptr && popup->parentWidget() == this && popup->isVisible();
-}
-
-/// While the list had the pointer nobody said that it left the box.
-void combo_widget::hidePopup() {
-    QComboBox::hidePopup();
-    if (!underMouse() || rect().contains(mapFromGlobal(QCursor::pos()))) return;
-    QEvent left(QEvent::Leave);
-    setAttribute(Qt::WA_UnderMouse, false);
-    QCoreApplication::sendEvent(this, &left);
-    update();
-}
-
-/// Shows an open list again, with the same row lit.
-void combo_widget::refresh_popup() {
-    if (!popup_is_open() || count() == 0) return;
-    const QModelIndex lit = view()->currentIndex();
-    showPopup();
-    if (lit.isValid()) view()->setCurrentIndex(lit);
-}
 
 spin_widget::spin_widget(QWidget* parent) : QSpinBox(parent) { setFocusPolicy(Qt::StrongFocus); }
 

@@ -24,13 +24,20 @@ class combo_widget final : public QComboBox {
     /// To be called after the options changed; with another number of rows an open list gets room for them.
     void options_changed(bool other_count);
 
+    void showPopup() override;
     void hidePopup() override;
+    /// Its tooltip; before it the whole text, where that is longer than the box.
+    QString tooltip_shown() const;
 
   protected:
+    bool event(QEvent* what) override;
+    bool eventFilter(QObject* watched, QEvent* what) override;
+    void childEvent(QChildEvent* what) override;
     void wheelEvent(QWheelEvent* event) override;
     void changeEvent(QEvent* event) override;
 
   private:
+    bool text_is_cut() const;
     void refresh_popup();
 
     mutable QSize hint_;
