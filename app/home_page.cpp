@@ -3,6 +3,7 @@
 #include "app/data_monitor.h"
 #include "app/families.h"
 #include "app/home_scroll.h"
+#include "app/look.h"
 #include "app/model_switch.h"
 #include "app/port_selector.h"
 #include "app/session_buttons.h"
@@ -42,6 +43,7 @@ constexpr binding bindings[] = {
     {"button_data", event_type::click, data_monitor_pressed},
     {"progress_button", event_type::click, progress_forward},
     {"button_copy", event_type::click, code_copy},
+    {"button_look", event_type::click, look_switch},
 };
 
 constexpr const char* hidden_at_start[] = {"progress_bar", "label2", "label3", "label4", "hscroll_label"};
@@ -56,6 +58,7 @@ void bind(widget* home) {
     for (const char* name : hidden_at_start) widget_set_visible(widget_lookup(home, name), false);
     model_bind(home);
     widget_set_text_utf8(widget_need(home, "version_name"), version_text);
+    look_show(home);
     port_selector_bind(home);
     home_scroll_bind(home);
 }

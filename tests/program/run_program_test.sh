@@ -113,6 +113,9 @@ if [ -n "$arguments" ]; then
     fi
 fi
 
+# A look for pictures (make_screenshots.sh).
+[ -z "${VKT_PROGRAM_DARK:-}" ] || echo '{"dark": true}' >ui.json
+
 # ---- the program ------------------------------------------------------------------------------------------------------
 export VKT_DRIVE=$script
 mapfile -t environment < <(directive env)

@@ -42,6 +42,12 @@ bool assets_has_theme(const char* name);
 /// Loads the style sheet of the theme. RET_FAIL when it is missing.
 ret_t assets_manager_preload_style();
 ret_t tk_init_assets();
+/// Whether the system's own palette has light text on dark ground. GUI thread, after tk_init.
+bool system_info_is_dark();
+/// Takes the theme's dark colours (or the light ones, as at first) for all windows, open ones too. RET_FAIL when
+/// the theme has none. GUI thread, after tk_init.
+ret_t theme_set_dark(bool dark);
+bool theme_is_dark();
 
 /// Chooses the language of strings ("zh", "CN").
 ret_t locale_info_change(const char* language, const char* country);
