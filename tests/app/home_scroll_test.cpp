@@ -72,6 +72,14 @@ TEST_F(home_scroll, the_wheel_over_the_page_area_moves_the_bar) {
     EXPECT_EQ(y(), 0);
 }
 
+TEST_F(home_scroll, the_wheel_over_a_page_that_is_all_in_view_moves_the_page_area) {
+    size(1024, 600);
+    EXPECT_EQ(user_does("click home_page/table_button_can\nwheel home_page/page_can -120"), "");
+    EXPECT_EQ(y(), 23);
+    EXPECT_EQ(user_does("wheel home_page/page_can 120"), "");
+    EXPECT_EQ(y(), 0);
+}
+
 TEST_F(home_scroll, resizing_starts_at_the_top_again) {
     size(1024, 600);
     to_end("scroll_bar_d_home");

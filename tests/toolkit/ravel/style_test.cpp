@@ -201,7 +201,6 @@ INSTANTIATE_TEST_SUITE_P(
                                      focus_case{"chosen_tab", "QPushButton", "tab_button", true},
                                      focus_case{"inner_tab", "QPushButton", "tab_button sub_tab", false},
                                      focus_case{"chosen_inner_tab", "QPushButton", "tab_button sub_tab", true},
-                                     focus_case{"candidate", "QPushButton", "list_item", false},
                                      focus_case{"edit", "QLineEdit", "", false},
                                      focus_case{"spin_box", "QSpinBox", "", false},
                                      focus_case{"combo_box", "QComboBox", "", false},
