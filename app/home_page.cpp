@@ -3,12 +3,14 @@
 #include "app/data_monitor.h"
 #include "app/families.h"
 #include "app/home_scroll.h"
+#include "app/look.h"
 #include "app/model_switch.h"
 #include "app/port_selector.h"
 #include "app/session_buttons.h"
 #include "app/start_objects.h"
 #include "app/ui_state.h"
 #include "serial/port_list.h"
+#include "shell/copy_notice.h"
 #include "shell/err_display.h"
 #include "shell/navigator.h"
 #include "toolkit/core/idle.h"
@@ -21,7 +23,8 @@ constexpr const char* version_text = "版本号：V2.0.1";
 ret_t progress_forward(widget* /*home*/) { return navigator_switch_to("progress", false); }
 
 ret_t code_copy(widget* home) {
-    return clip_board_set_text(widget_get_text_utf8(widget_lookup(home, "mledit")).c_str());
+    const std::string code = widget_get_text_utf8(widget_lookup(home, "mledit"));
+    return copy_with_notice(widget_lookup(home, "button_copy"), code.c_str());
 }
 
 struct binding {
@@ -40,6 +43,7 @@ constexpr binding bindings[] = {
     {"button_data", event_type::click, data_monitor_pressed},
     {"progress_button", event_type::click, progress_forward},
     {"button_copy", event_type::click, code_copy},
+    {"button_look", event_type::click, look_switch},
 };
 
 constexpr const char* hidden_at_start[] = {"progress_bar", "label2", "label3", "label4", "hscroll_label"};
@@ -53,8 +57,8 @@ void bind(widget* home) {
         });
     for (const char* name : hidden_at_start) widget_set_visible(widget_lookup(home, name), false);
     model_bind(home);
-    for (const char* name : {"version_name", "version_foot"})
-        widget_set_text_utf8(widget_need(home, name), version_text);
+    widget_set_text_utf8(widget_need(home, "version_name"), version_text);
+    look_show(home);
     port_selector_bind(home);
     home_scroll_bind(home);
 }

@@ -1,7 +1,5 @@
 #include "app/ui_state.h"
 
-#include "toolkit/core/text.h"
-
 namespace {
 
 struct state_row {
@@ -39,13 +37,6 @@ constexpr rule rules[] = {
 
 ui_state current = ui_state::idle;
 
-// The foot repeats the word with what it is about: nothing while idle, else model and port.
-std::string foot_text(widget* home, const state_row& row) {
-    if (row.state == ui_state::idle) return row.word;
-    return tk_format("%s · %s · %s", widget_get_text_utf8(widget_lookup(home, "combo_box_ex_dev")).c_str(),
-                     widget_get_text_utf8(widget_lookup(home, "combo_box_ex_serial")).c_str(), row.word);
-}
-
 } // namespace
 
 ret_t ui_state_apply(widget* home, ui_state state) {
@@ -56,7 +47,6 @@ ret_t ui_state_apply(widget* home, ui_state state) {
     widget_set_text_utf8(widget_lookup(home, "state_word"), row.word);
     for (const char* name : {"state_dot", "state_word"})
         widget_set_style_state(widget_lookup(home, name), row.style);
-    widget_set_text_utf8(widget_lookup(home, "state_foot"), foot_text(home, row).c_str());
     return RET_OK;
 }
 

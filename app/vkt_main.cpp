@@ -1,6 +1,7 @@
 #include "app/application.h"
 #include "app/assets.h"
 #include "app/command_line.h"
+#include "app/look.h"
 #include "app/paths.h"
 #include "platform/com_port.h"
 #include "platform/system.h"
@@ -40,6 +41,7 @@ bool toolkit_up(const command_line_options& options) {
     if (system_info_get_app_type() != app_type::simulator) tk_set_lcd_orientation(0);
     system_info_set_default_font("default");
     assets_init(theme_name);
+    look_start();
     tk_ext_widgets_init();
     log_set_log_level(LOG_LEVEL_DEBUG);
     log_write(LOG_LEVEL_DEBUG, tk_format("Build at: %s %s\n", __DATE__, __TIME__));

@@ -33,7 +33,7 @@ inline constexpr field code4        {.key = "can_send_check4_vkt510a",     .plac
 inline constexpr field code5        {.key = "can_send_check5_vkt510a",     .place = f7_place::code5,         .form = word, .label = "验收码 5", .unit = "Hex"};
 inline constexpr field change_mode  {.key = "change_mode_vkt510a",         .place = f7_place::mode,          .fallback = 2,  .number = 2,  .label = "转换模式", .choices = options::modes};
 inline constexpr field direction    {.key = "change_dir_vkt510a",          .place = f7_place::direction,     .fallback = 0,  .number = 0,  .label = "转换方向", .choices = options::directions};
-inline constexpr field uart_interval{.key = "uart_distance_vkt510a",       .place = f7_place::uart_interval, .fallback = 2,  .number = 2,  .label = "帧间隔", .highest = 16};
+inline constexpr field uart_interval{.key = "uart_distance_vkt510a",       .place = f7_place::uart_interval, .fallback = 2,  .number = 2,  .label = "帧间隔", .unit = "bit", .highest = 16};
 inline constexpr field can_to_serial{.key = "change_can_c_vkt510a",        .place = f7_place::can_to_serial, .fallback = 0,  .number = 0,  .label = "CAN 帧信息转到串口", .highest = 2};
 inline constexpr field id_to_serial {.key = "change_can_id_vkt510a",       .place = f7_place::id_to_serial,  .fallback = 0,  .number = 0,  .label = "CAN 帧标识转到串口", .highest = 2};
 inline constexpr field send_frame   {.key = "can_send_kind_vkt510a",       .place = f7_place::send_frame,    .fallback = 8,  .number = 8,  .label = "帧类型", .highest = 15, .choices = send_frames};
@@ -43,7 +43,7 @@ inline constexpr field id_start     {.key = "change_can_star_vkt510a",     .plac
 inline constexpr field frame_head   {.key = "change_f_h_vkt510a",          .place = f7_place::frame_head,    .fallback = 64, .number = 64, .label = "帧头", .unit = "Hex"};
 inline constexpr field frame_end    {.key = "change_f_e_vkt510a",          .place = f7_place::frame_end,     .fallback = 26, .number = 26, .label = "帧尾", .unit = "Hex"};
 inline constexpr field spi_count    {.key = "spi_number_vkt510a",          .place = f7_place::spi_count,     .fallback = 15, .number = 15, .label = "帧字节数", .unit = "字节", .highest = 254};
-inline constexpr field spi_time     {.key = "spi_time_vkt510a",            .place = f7_place::spi_time,      .fallback = 5,  .number = 5,  .label = "帧时间", .highest = 254};
+inline constexpr field spi_time     {.key = "spi_time_vkt510a",            .place = f7_place::spi_time,      .fallback = 5,  .number = 5,  .label = "帧时间", .unit = "ms", .highest = 254};
 // They stand on a page with one choice each; no value of the store is behind them.
 inline constexpr field uart_parity  {.label = "校验位", .choices = options::uart_parities};
 inline constexpr field uart_control {.label = "流控制", .choices = options::uart_controls};

@@ -77,7 +77,7 @@ inline constexpr field change_mode{.key = "change_mode_vkt610b",        .place =
 inline constexpr field can_channel{.key = "change_can_channel_vkt610b", .place = {1, 0, 1}, .fallback = 0, .number = 1, .adds = true,  .label = "CAN FD 通道数", .unit = "路", .shown_above = 1};
 inline constexpr field protocol   {.key = "change_protcol_vkt610b",     .place = {1, 1, 2}, .fallback = 3, .number = 1, .adds = true,  .label = "转换通道", .choices = options::protocols};
 inline constexpr field spi_count  {.key = "spi_picture_vkt610b",        .place = {4, 0, 8}, .fallback = 7, .number = 9,                .label = "帧数", .unit = "帧", .highest = 99, .shown_above = 1};
-inline constexpr field spi_time   {.key = "spi_time_vkt610b",           .place = {4, 8, 8}, .fallback = 4, .number = 9,                .label = "时间", .shown_above = 1};
+inline constexpr field spi_time   {.key = "spi_time_vkt610b",           .place = {4, 8, 8}, .fallback = 4, .number = 9,                .label = "时间", .unit = "ms", .shown_above = 1};
 inline constexpr field version    {.key = "version",                    .place = {34, 0, 32}, .form = word,                            .label = "固件版本"};
 
 template <int N>
@@ -124,11 +124,11 @@ struct canfd {
 // User bit timing: low half of each register for channel 1, high half for channel 2.
 inline constexpr field timing_divider{.key = "canfd_bps_do_div_vkt610b",     .place = {27, 0, 32}, .form = word, .number = 0x40004,  .label = "时钟分频"};
 inline constexpr field nominal_brp   {.key = "canfd_bps_do_brp_z_vkt610b",   .place = {28, 0, 32}, .form = word, .number = 0x10001,  .label = "BRP"};
-inline constexpr field nominal_tseg1 {.key = "canfd_bps_do_tseg1_z_vkt610b", .place = {29, 0, 32}, .form = word, .number = 0x200020, .label = "TSEG1"};
-inline constexpr field nominal_tseg2 {.key = "canfd_bps_do_tseg2_z_vkt610b", .place = {30, 0, 32}, .form = word, .number = 0x80008,  .label = "TSEG2"};
+inline constexpr field nominal_tseg1 {.key = "canfd_bps_do_tseg1_z_vkt610b", .place = {29, 0, 32}, .form = word, .number = 0x200020, .label = "TSEG1", .unit = "tq"};
+inline constexpr field nominal_tseg2 {.key = "canfd_bps_do_tseg2_z_vkt610b", .place = {30, 0, 32}, .form = word, .number = 0x80008,  .label = "TSEG2", .unit = "tq"};
 inline constexpr field data_brp      {.key = "canfd_bps_do_brp_c_vkt610b",   .place = {31, 0, 32}, .form = word, .number = 0x10001,  .label = "BRP"};
-inline constexpr field data_tseg1    {.key = "canfd_bps_do_tseg1_c_vkt610b", .place = {32, 0, 32}, .form = word, .number = 0x60006,  .label = "TSEG1"};
-inline constexpr field data_tseg2    {.key = "canfd_bps_do_tseg2_c_vkt610b", .place = {33, 0, 32}, .form = word, .number = 0x20002,  .label = "TSEG2"};
+inline constexpr field data_tseg1    {.key = "canfd_bps_do_tseg1_c_vkt610b", .place = {32, 0, 32}, .form = word, .number = 0x60006,  .label = "TSEG1", .unit = "tq"};
+inline constexpr field data_tseg2    {.key = "canfd_bps_do_tseg2_c_vkt610b", .place = {33, 0, 32}, .form = word, .number = 0x20002,  .label = "TSEG2", .unit = "tq"};
 
 inline constexpr auto rows = vkt610b_detail::join(
     std::array{change_mode, can_channel, protocol, uart<1>::rate, uart<2>::rate, spi_count, spi_time},

@@ -42,7 +42,7 @@ inline constexpr field code4        {.key = "can_check4",        .place = f7_pla
 inline constexpr field code5        {.key = "can_check5",        .place = f7_place::code5,         .form = hex_text, .text = zeros, .decode = to_default, .label = "验收码 5", .unit = "Hex"};
 inline constexpr field change_mode  {.key = "change_mode",       .place = f7_place::mode,          .fallback = 4, .number = 2, .label = "转换模式", .choices = options::modes};
 inline constexpr field direction    {.key = "change_dir",        .place = f7_place::direction,     .fallback = 0, .number = 0, .label = "转换方向", .choices = options::directions};
-inline constexpr field uart_interval{.key = "uart_f_distance",   .place = f7_place::uart_interval, .fallback = 2, .number = 2, .label = "帧间隔"};
+inline constexpr field uart_interval{.key = "uart_f_distance",   .place = f7_place::uart_interval, .fallback = 2, .number = 2, .label = "帧间隔", .unit = "bit"};
 inline constexpr field can_to_serial{.key = "change_can_serial", .place = f7_place::can_to_serial, .form = flag, .fallback = 0, .number = 0, .label = "CAN 帧信息转到串口"};
 inline constexpr field id_to_serial {.key = "change_id_serial",  .place = f7_place::id_to_serial,  .form = flag, .fallback = 0, .number = 0, .label = "CAN 帧标识转到串口"};
 inline constexpr field send_frame   {.key = "can_sendf_kind",    .place = f7_place::send_frame,    .fallback = 0, .number = 8, .label = "帧类型", .choices = send_frames};
@@ -52,7 +52,7 @@ inline constexpr field id_start     {.key = "change_star",       .place = f7_pla
 inline constexpr field frame_head   {.key = "change_fh",         .place = f7_place::frame_head,    .form = hex_text, .text = "40", .label = "帧头", .unit = "Hex"};
 inline constexpr field frame_end    {.key = "change_fe",         .place = f7_place::frame_end,     .form = hex_text, .text = "1A", .label = "帧尾", .unit = "Hex"};
 inline constexpr field spi_count    {.key = "spi_ff_fnum",       .place = f7_place::spi_count,     .fallback = 8, .number = 15, .label = "帧字节数", .unit = "字节"};
-inline constexpr field spi_time     {.key = "spi_ff_time",       .place = f7_place::spi_time,      .fallback = 1, .number = 5, .label = "帧时间"};
+inline constexpr field spi_time     {.key = "spi_ff_time",       .place = f7_place::spi_time,      .fallback = 1, .number = 5, .label = "帧时间", .unit = "ms"};
 inline constexpr field spi_bits     {.key = "spi_data_len",      .number = 8, .encode = constant, .decode = to_default, .label = "数据长度", .unit = "位", .lowest = 8, .highest = 8};
 inline constexpr field bit_order    {.key = "spi_bit_tran",      .form = text, .text = "MSB", .encode = constant, .decode = to_default, .label = "位传输顺序", .choices = options::bit_orders};
 inline constexpr field spi_polarity {.key = "spi_cpol",          .place = f7_place::spi_polarity,  .fallback = 1, .number = 1, .encode = constant, .label = "时钟极性", .lowest = 1, .highest = 1};

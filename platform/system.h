@@ -25,6 +25,9 @@ void platform_debugger_output(const char* text);
 /// handlers, so threads that still run touch nothing that was freed.
 [[noreturn]] void platform_exit_now(int status);
 
+/// Whether the user has asked the system for dark windows. False where only the desktop's palette says so.
+bool platform_prefers_dark();
+
 /// Total CPU time of the process in milliseconds, and its resident memory in KiB (0 where it cannot be told).
 int64_t platform_cpu_ms();
 int64_t platform_resident_kib();

@@ -10,6 +10,8 @@ void platform_com_init() {}
 
 bool platform_open_console() { return true; }
 
+bool platform_prefers_dark() { return false; }
+
 void platform_debugger_output(const char* text) {
     const char* wanted = std::getenv("VKT_DEBUGGER_LOG");
     if (text != nullptr && wanted != nullptr && std::strcmp(wanted, "1") == 0) std::fputs(text, stderr);

@@ -20,6 +20,15 @@ bool platform_open_console() {
     return std::freopen("CONOUT$", "w+t", stdout) != nullptr;
 }
 
+bool platform_prefers_dark() {
+    DWORD light = 1;
+    DWORD size = sizeof light;
+    const LSTATUS found =
+        RegGetValueW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize",
+                     L"AppsUseLightTheme", RRF_RT_REG_DWORD, nullptr, &light, &size);
+    return found == ERROR_SUCCESS && light == 0;
+}
+
 void platform_debugger_output(const char* text) {
     if (text != nullptr) OutputDebugStringA(text);
 }

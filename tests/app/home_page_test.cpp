@@ -10,6 +10,8 @@
 #include "tests/support/user.h"
 #include "toolkit/core/worker.h"
 
+#include <chrono>
+
 namespace {
 
 using testing::ElementsAre;
@@ -344,6 +346,34 @@ TEST_F(home_page, progress_button_opens_a_window_that_can_be_left) {
     press_ok();
     settle();
     EXPECT_EQ(progress(), nullptr);
+}
+
+TEST_F(home_page, copying_says_so_for_two_seconds) {
+    const int width = widget_get_prop_int(at("button_copy"), "w", 0);
+    const auto started = std::chrono::steady_clock::now();
+    ASSERT_EQ(user_does("key Alt+Y\nwait home_page/button_copy text 已复制"), "");
+    settle();
+    EXPECT_EQ(widget_get_prop_int(at("button_copy"), "w", 0), width) << "nothing jumps";
+    ASSERT_TRUE(wait([] { return text(home(), "button_copy") == "复制"; }));
+    const auto took = std::chrono::steady_clock::now() - started;
+    EXPECT_GE(took, std::chrono::milliseconds(2000));
+    EXPECT_LT(took, std::chrono::milliseconds(4000));
+    EXPECT_EQ(user_does("key Alt+Y\nwait home_page/button_copy text 已复制\nclick home_page/button_copy\n"
+                        "expect home_page/button_copy text 已复制\nwait home_page/button_copy text 复制"),
+              "");
+}
+
+TEST_F(home_page, a_long_port_name_stands_whole_in_the_tooltip) {
+    const std::string usual = "串口号，可选可填，例如 COM7";
+    ASSERT_EQ(user_does("type home_page/combo_box_ex_serial COM12\nkey Tab\n"
+                        "expect home_page/combo_box_ex_serial tooltip \"" +
+                        usual +
+                        "\"\n"
+                        "type home_page/combo_box_ex_serial /dev/serial/by-id/usb-converter-port0\nkey Tab\n"
+                        "expect home_page/combo_box_ex_serial text /dev/serial/by-id/usb-converter-port0\n"
+                        "expect home_page/combo_box_ex_serial tooltip \"/dev/serial/by-id/usb-converter-port0\\n" +
+                        usual + "\""),
+              "");
 }
 
 TEST_F(home_page, copy_button_is_there) { EXPECT_TRUE(enabled("button_copy")); }

@@ -1,6 +1,7 @@
 #!/bin/bash
 # make_screenshots.sh STAGE OUT [WIDTH HEIGHT]: plays the scripts that take pictures of every page and window, and puts
-# the pictures into OUT.
+# the pictures into OUT. QT_SCALE_FACTOR and VKT_PROGRAM_SCREEN (1920x1080) give sharper ones,
+# VKT_PROGRAM_DARK=1 dark ones.
 set -eu
 here=$(dirname "$(readlink -f "$0")")
 stage=$1

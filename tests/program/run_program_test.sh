@@ -8,6 +8,7 @@
 #   #! sim ARGUMENTS       vkt_sim's arguments (COM7=VKT531A ...); without this line no module runs
 #   #! arguments TEXT      the program's arguments (1280 750), or none; VKT_PROGRAM_ARGUMENTS overrides them
 #   #! env NAME=VALUE      for the program
+#   #! screen WxH          of the virtual display (1600x1000); VKT_PROGRAM_SCREEN overrides it
 #   #! before COMMAND      shell command, run in the fresh tree's bin/ before the program starts; a process that it
 #                          leaves in the background ends with the test
 #   #! on "TEXT" COMMAND   vkt_sim command, given when the program first prints TEXT (which it must do)
@@ -80,7 +81,8 @@ unset VKT_COM_PORTS VKT_COM_FAULT VKT_DEBUGGER_LOG
 if [ -n "$under_wine" ]; then
     : # Wine's desktop is on its own display
 elif command -v Xvfb >/dev/null; then
-    Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$tree/display.txt" 2>/dev/null &
+    screen=${VKT_PROGRAM_SCREEN:-$(directive screen)}
+    Xvfb -displayfd 3 -screen 0 "${screen:-1600x1000}x24" -nolisten tcp 3>"$tree/display.txt" 2>/dev/null &
     display=$!
     wait_for 20 grep -q . "$tree/display.txt" || { echo "no virtual display" && exit 2; }
     DISPLAY=:$(head -1 "$tree/display.txt")
@@ -110,6 +112,9 @@ if [ -n "$arguments" ]; then
         done
     fi
 fi
+
+# A look for pictures (make_screenshots.sh).
+[ -z "${VKT_PROGRAM_DARK:-}" ] || echo '{"dark": true}' >ui.json
 
 # ---- the program ------------------------------------------------------------------------------------------------------
 export VKT_DRIVE=$script

@@ -18,8 +18,8 @@ enum class app_type : uint8_t { simulator = 1, desktop = 2 };
 ret_t tk_pre_init();
 /// Makes the native window (hidden until tk_run, or until the first window opens) of `width` by `height` pixels,
 /// held to at least 320 by 240 and at most 16384 by 16384, with `name` as its title, and takes layouts, styles,
-/// strings and images from `res_root` (relative to the working directory). RET_FAIL when the resources cannot be
-/// found.
+/// strings and images from `res_root` (relative to the working directory). When it is shown it is made no larger
+/// than its screen has room for. RET_FAIL when the resources cannot be found.
 ret_t tk_init(int32_t width, int32_t height, app_type type, const char* name, const char* res_root);
 /// Registers the widget classes beyond the basic ones.
 ret_t tk_ext_widgets_init();
@@ -42,6 +42,12 @@ bool assets_has_theme(const char* name);
 /// Loads the style sheet of the theme. RET_FAIL when it is missing.
 ret_t assets_manager_preload_style();
 ret_t tk_init_assets();
+/// Whether the system's own palette has light text on dark ground. GUI thread, after tk_init.
+bool system_info_is_dark();
+/// Takes the theme's dark colours (or the light ones, as at first) for all windows, open ones too. RET_FAIL when
+/// the theme has none. GUI thread, after tk_init.
+ret_t theme_set_dark(bool dark);
+bool theme_is_dark();
 
 /// Chooses the language of strings ("zh", "CN").
 ret_t locale_info_change(const char* language, const char* country);

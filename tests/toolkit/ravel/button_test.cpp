@@ -22,6 +22,22 @@ TEST_F(buttons, click_by_pointer_and_by_key) {
     EXPECT_EQ(widget_get_text_utf8(at("go")), "连接");
 }
 
+TEST_F(buttons, another_label_leaves_the_shortcut) {
+    open(ui_window(
+        ui_widget("QPushButton", "go", "10 10 90 30", ui_text("text", "复制") + ui_text("shortcut", "Alt+Y")) +
+        ui_widget("QPushButton", "marked", "10 60 90 30", ui_text("text", "连接(&amp;C)"))));
+    told.hear(at("go"), event_type::click);
+    told.hear(at("marked"), event_type::click);
+    widget_set_text_utf8(at("go"), "已复制");
+    key("Alt+y");
+    EXPECT_TRUE(wait_until([this] { return told.count() == 1; }));
+    widget_set_text_utf8(at("marked"), "断开(&D)");
+    key("Alt+c");
+    key("Alt+d");
+    EXPECT_TRUE(wait_until([this] { return told.count() == 2; }));
+    EXPECT_THAT(told.take(), ElementsAre("go:click", "marked:click"));
+}
+
 TEST_F(buttons, released_outside_is_no_click) {
     open(ui_window(ui_widget("QPushButton", "go", "10 10 90 30")));
     for (const event_type type : {event_type::click, event_type::pointer_down, event_type::pointer_up})

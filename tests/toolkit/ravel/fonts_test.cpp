@@ -42,8 +42,11 @@ TEST_P(Fonts, HoldEveryCharacterOfTheProgramsOwnTexts) {
     EXPECT_EQ(missing.toStdString(), "") << "run tools/make_fonts.py";
 }
 
-INSTANTIATE_TEST_SUITE_P(Brought, Fonts, testing::Values("vkt_sans.otf", "vkt_mono.otf"),
-                         [](const auto& each) { return std::string(each.param).substr(4, 4); });
+INSTANTIATE_TEST_SUITE_P(Brought, Fonts, testing::Values("vkt_sans.otf", "vkt_sans_bold.otf", "vkt_mono.otf"),
+                         [](const auto& each) {
+                             const std::string file = each.param;
+                             return file.substr(4, file.size() - 8);
+                         });
 
 class FontChoice : public stage {};
 
@@ -60,6 +63,19 @@ TEST_F(FontChoice, TheThemesOwnFontDrawsAndTheSystemsOneFillsItsGaps) {
     unknown.setFont(QApplication::font());
     unknown.resize(30, 30);
     EXPECT_NE(label.grab().toImage(), unknown.grab().toImage());
+}
+
+TEST_F(FontChoice, TitlesAreToldApartByTheirWeight) {
+    open(ui_window(
+        ui_widget("QLabel", "title", "10 10 200 30", ui_text("text", "转换") + ui_dynamic("class", "title")) +
+        ui_widget("QLabel", "plain", "10 50 200 30", ui_text("text", "转换"))));
+    const QFontInfo title(qwidget_of(at("title"))->font());
+    const QFontInfo plain(qwidget_of(at("plain"))->font());
+    EXPECT_EQ(title.family(), QStringLiteral("VKT Sans"));
+    EXPECT_GE(title.weight(), int(QFont::Bold));
+    EXPECT_EQ(plain.weight(), int(QFont::Normal));
+    // A drawn one, not the plain one smeared.
+    EXPECT_EQ(QRawFont::fromFont(qwidget_of(at("title"))->font()).weight(), int(QFont::Bold));
 }
 
 } // namespace

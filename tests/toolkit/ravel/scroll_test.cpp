@@ -169,4 +169,115 @@ TEST_F(nested_scrolling, without_being_asked_for_a_bar_is_left_alone) {
     EXPECT_TRUE(widget_get_visible(at("always")));
 }
 
+/// A scroll view with a row on top that stays, a column that stays whole, and a field under them.
+class staying : public stage {
+  protected:
+    void SetUp() override {
+        stage::SetUp();
+        const std::string bars = ui_widget("QScrollBar", "bar", "320 10 12 200",
+                                           "<property name=\"orientation\"><enum>Qt::Vertical</enum></property>" +
+                                               ui_number("maximum", 300) + ui_number("singleStep", 10)) +
+                                 ui_widget("QScrollBar", "bar_h", "10 220 300 12",
+                                           ui_number("maximum", 500) + ui_number("singleStep", 10));
+        open(ui_window(
+            ui_widget(
+                "QScrollArea", "view", "10 10 300 200",
+                ui_dynamic("scroll_bar", "bar") + ui_dynamic("scroll_bar_h", "bar_h") +
+                    ui_widget("QWidget", "content", "0 0 300 200",
+                              ui_widget("QWidget", "tabs", "0 0 150 40",
+                                        ui_dynamic("stays", "top") + ui_widget("QPushButton", "tab", "0 0 60 30")) +
+                                  ui_widget("QWidget", "column", "200 10 90 480", ui_dynamic("stays", "whole")) +
+                                  ui_widget("QLineEdit", "first", "10 50 100 30") +
+                                  ui_widget("QLineEdit", "last", "10 450 100 30") +
+                                  ui_widget("QLineEdit", "right", "650 450 100 30"))) +
+            bars));
+        scroll_view_set_virtual_h(at("view"), 500);
+        scroll_view_set_virtual_w(at("view"), 800);
+        widget_on(at("bar"), event_type::value_changed, [this](const event&) { return follow(); });
+        widget_on(at("bar_h"), event_type::value_changed, [this](const event&) { return follow(); });
+        settle();
+    }
+    ret_t follow() {
+        return scroll_view_set_offset(at("view"), widget_get_value_int(at("bar_h")),
+                                      widget_get_value_int(at("bar")));
+    }
+    int place(const char* name, const char* property) const { return widget_get_prop_int(at(name), property, -1); }
+};
+
+TEST_F(staying, what_stays_keeps_its_place_while_the_rest_moves) {
+    EXPECT_EQ(place("tabs", "window_y"), 10);
+    EXPECT_EQ(place("column", "window_y"), 20);
+    EXPECT_EQ(place("column", "h"), 180) << "what the view leaves of 480";
+    for (const int y : {300, 120, 0, 77}) {
+        scroll_view_set_offset(at("view"), 0, y);
+        EXPECT_EQ(place("tabs", "window_y"), 10) << y;
+        EXPECT_EQ(place("column", "window_y"), 20) << y;
+        EXPECT_EQ(place("column", "h"), 180) << y;
+        EXPECT_EQ(place("first", "window_y"), 60 - y) << y;
+    }
+}
+
+TEST_F(staying, it_moves_from_side_to_side_with_the_rest) {
+    scroll_view_set_offset(at("view"), 50, 100);
+    EXPECT_EQ(place("tabs", "window_x"), 10 - 50);
+    EXPECT_EQ(place("column", "window_x"), 210 - 50);
+}
+
+TEST_F(staying, a_new_place_from_outside_is_its_place_from_then_on) {
+    scroll_view_set_offset(at("view"), 0, 100);
+    widget_set_prop_int(at("tabs"), "y", 5);
+    EXPECT_EQ(place("tabs", "window_y"), 15);
+    widget_set_prop_int(at("column"), "h", 490);
+    EXPECT_EQ(place("column", "h"), 190);
+    scroll_view_set_offset(at("view"), 0, 0);
+    EXPECT_EQ(place("tabs", "window_y"), 15);
+}
+
+TEST_F(staying, what_was_hidden_while_it_scrolled_is_at_its_place_when_it_shows) {
+    scroll_view_set_offset(at("view"), 0, 100);
+    widget_set_visible(at("tabs"), false);
+    scroll_view_set_offset(at("view"), 0, 200);
+    widget_set_visible(at("tabs"), true);
+    EXPECT_EQ(place("tabs", "window_y"), 10);
+}
+
+TEST_F(staying, a_larger_view_leaves_more_room) {
+    widget_set_prop_int(at("view"), "h", 300);
+    settle();
+    EXPECT_EQ(place("column", "h"), 280);
+    scroll_view_set_offset(at("view"), 0, 200);
+    EXPECT_EQ(place("column", "h"), 280);
+}
+
+TEST_F(staying, it_lies_over_what_moves_under_it_and_takes_the_clicks) {
+    told.hear(at("tab"), event_type::click);
+    scroll_view_set_offset(at("view"), 0, 50);
+    EXPECT_TRUE(covered_at(qwidget_of(at("first")), QPoint(5, 5)));
+    click(at("tab"));
+    EXPECT_THAT(told.take(), ElementsAre("tab:click"));
+}
+
+TEST_F(staying, tab_brings_a_field_out_from_under_it) {
+    click(at("first"));
+    key("Tab");
+    ASSERT_TRUE(widget_get_focused(at("last")));
+    EXPECT_EQ(scroll_view_get_offset_y(at("view")), 290) << "its 32 pixels from 450 on";
+    key("Shift+Tab");
+    ASSERT_TRUE(widget_get_focused(at("first")));
+    EXPECT_EQ(scroll_view_get_offset_y(at("view")), 10) << "its top at the lower edge of what stays";
+    EXPECT_FALSE(covered_at(qwidget_of(at("first")), QPoint(5, 1)));
+}
+
+TEST_F(staying, tab_steps_the_other_bar_from_side_to_side) {
+    click(at("first"));
+    key("Tab");
+    key("Tab");
+    ASSERT_TRUE(widget_get_focused(at("right")));
+    EXPECT_EQ(widget_get_value_int(at("bar_h")), 450);
+    EXPECT_EQ(scroll_view_get_offset_x(at("view")), 450);
+    key("Shift+Tab");
+    ASSERT_TRUE(widget_get_focused(at("last")));
+    EXPECT_EQ(scroll_view_get_offset_x(at("view")), 10);
+}
+
 } // namespace

@@ -11,9 +11,16 @@
 #include <QColor>
 #include <QFontInfo>
 #include <QImage>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
 
 #include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <tuple>
 
 namespace {
 
@@ -38,7 +45,7 @@ const pairing texts[] = {
     {"hint", {"surface", "card", "zebra"}},
     {"accent", {"surface", "card"}},
     {"accent-hover", {"surface", "card", "hover", "select"}},
-    {"on-accent", {"accent", "accent-hover", "accent-press"}},
+    {"on-accent", {"accent", "accent-hover", "accent-press", "accent-focus"}},
     {"ok", {"surface", "card", "zebra"}},
     {"warning", {"surface", "card", "zebra"}},
     {"error", {"surface", "card", "zebra", "error-soft"}},
@@ -49,7 +56,7 @@ const pairing marks[] = {
     {"edge", {"card"}},
     {"accent", {"surface", "card", "select"}},
     {"error", {"card", "error-soft"}},
-    {"focus-on-accent", {"card", "surface", "accent"}},
+    {"focus-on-accent", {"card", "surface", "accent-focus", "select", "hover"}},
     {"ok", {"surface", "card"}}, // the dot of the state
     {"warning", {"surface", "card"}},
 };
@@ -69,12 +76,27 @@ class style : public stage {
     }
 };
 
-TEST_F(style, texts_can_be_read_on_their_grounds) {
+/// Each of them in the light sheet and in the dark one.
+class both_sheets : public style, public testing::WithParamInterface<bool> {
+  protected:
+    void SetUp() override {
+        style::SetUp();
+        ASSERT_EQ(theme_set_dark(GetParam()), RET_OK);
+    }
+    void TearDown() override {
+        style::TearDown();
+        theme_set_dark(false);
+    }
+};
+INSTANTIATE_TEST_SUITE_P(look, both_sheets, testing::Bool(),
+                         [](const auto& test) { return test.param ? "dark" : "light"; });
+
+TEST_P(both_sheets, texts_can_be_read_on_their_grounds) {
     EXPECT_NEAR(contrast(Qt::black, Qt::white), 21, 0.01);
     for (const pairing& row : texts) expect_contrast(row, 4.5);
 }
 
-TEST_F(style, edges_and_marks_stand_out) {
+TEST_P(both_sheets, edges_and_marks_stand_out) {
     for (const pairing& row : marks) expect_contrast(row, 3);
 }
 
@@ -103,12 +125,13 @@ struct focus_case {
 };
 void PrintTo(const focus_case& one, std::ostream* out) { *out << one.label; }
 
-class focus_mark : public style, public testing::WithParamInterface<focus_case> {
+class focus_mark : public style, public testing::WithParamInterface<std::tuple<focus_case, bool>> {
   protected:
     static constexpr int around = 4;
     void SetUp() override {
         stage::SetUp();
-        const focus_case& one = GetParam();
+        const auto& [one, dark] = GetParam();
+        ASSERT_EQ(theme_set_dark(dark), RET_OK);
         open(ui_window(ui_widget("QWidget", "ground", "0 0 400 300",
                                  ui_dynamic("class", "card") + ui_widget("QLineEdit", "other", "20 200 200 32") +
                                      ui_widget(one.ui_class, "w", "20 20 200 40",
@@ -117,6 +140,10 @@ class focus_mark : public style, public testing::WithParamInterface<focus_case> 
             combo_box_append_option(at("w"), 0, "text");
             widget_set_value_int(at("w"), 0);
         }
+    }
+    void TearDown() override {
+        stage::TearDown();
+        theme_set_dark(false);
     }
     static std::string content(const focus_case& one) {
         const std::string kind = one.ui_class;
@@ -135,7 +162,7 @@ class focus_mark : public style, public testing::WithParamInterface<focus_case> 
 };
 
 TEST_P(focus_mark, is_one_frame_that_stands_out) {
-    if (GetParam().flag) widget_set_value_int(at("w"), 1);
+    if (std::get<0>(GetParam()).flag) widget_set_value_int(at("w"), 1);
     const QImage without = shown(false);
     const QImage with = shown(true);
     ASSERT_TRUE(widget_get_focused(at("w")));
@@ -160,23 +187,28 @@ TEST_P(focus_mark, is_one_frame_that_stands_out) {
         ASSERT_EQ(with.pixelColor(column, y), inside) << "a second mark at line " << y;
 }
 
-INSTANTIATE_TEST_SUITE_P(of_each_kind, focus_mark,
-                         testing::Values(focus_case{"button", "QPushButton", "", false},
-                                         focus_case{"default_button", "QPushButton", "", true},
-                                         focus_case{"primary", "QPushButton", "primary", false},
-                                         focus_case{"danger", "QPushButton", "danger", false},
-                                         focus_case{"tab", "QPushButton", "tab_button", false},
-                                         focus_case{"chosen_tab", "QPushButton", "tab_button", true},
-                                         focus_case{"inner_tab", "QPushButton", "tab_button sub_tab", false},
-                                         focus_case{"chosen_inner_tab", "QPushButton", "tab_button sub_tab", true},
-                                         focus_case{"candidate", "QPushButton", "list_item", false},
-                                         focus_case{"edit", "QLineEdit", "", false},
-                                         focus_case{"spin_box", "QSpinBox", "", false},
-                                         focus_case{"combo_box", "QComboBox", "", false},
-                                         focus_case{"text", "QPlainTextEdit", "", false}),
-                         [](const auto& test) { return std::string(test.param.label); });
+std::string focus_label(const testing::TestParamInfo<std::tuple<focus_case, bool>>& test) {
+    return std::string(std::get<0>(test.param).label) + (std::get<1>(test.param) ? "_dark" : "");
+}
 
-TEST_F(style, a_check_button_shows_its_focus_as_one_frame) {
+INSTANTIATE_TEST_SUITE_P(
+    of_each_kind, focus_mark,
+    testing::Combine(testing::Values(focus_case{"button", "QPushButton", "", false},
+                                     focus_case{"default_button", "QPushButton", "", true},
+                                     focus_case{"primary", "QPushButton", "primary", false},
+                                     focus_case{"danger", "QPushButton", "danger", false},
+                                     focus_case{"tab", "QPushButton", "tab_button", false},
+                                     focus_case{"chosen_tab", "QPushButton", "tab_button", true},
+                                     focus_case{"inner_tab", "QPushButton", "tab_button sub_tab", false},
+                                     focus_case{"chosen_inner_tab", "QPushButton", "tab_button sub_tab", true},
+                                     focus_case{"edit", "QLineEdit", "", false},
+                                     focus_case{"spin_box", "QSpinBox", "", false},
+                                     focus_case{"combo_box", "QComboBox", "", false},
+                                     focus_case{"text", "QPlainTextEdit", "", false}),
+                     testing::Bool()),
+    focus_label);
+
+TEST_P(both_sheets, a_check_button_shows_its_focus_as_one_frame) {
     open(ui_window(ui_widget("QWidget", "ground", "0 0 400 300",
                              ui_dynamic("class", "card") + ui_widget("QLineEdit", "other", "20 200 200 32") +
                                  ui_widget("QCheckBox", "check", "20 20 90 32", ui_text("text", "text")) +
@@ -197,7 +229,7 @@ TEST_F(style, a_check_button_shows_its_focus_as_one_frame) {
     }
 }
 
-TEST_F(style, fields_have_edges_that_stand_out) {
+TEST_P(both_sheets, fields_have_edges_that_stand_out) {
     open(ui_window(ui_widget(
         "QWidget", "ground", "0 0 400 300",
         ui_dynamic("class", "card") + ui_widget("QLineEdit", "edit", "20 20 200 32") +
@@ -243,6 +275,190 @@ TEST_F(style, a_choice_leaves_no_hover_behind) {
         settle();
         EXPECT_FALSE(combo->underMouse()) << how;
     }
+}
+
+/// Leftmost pixel of a part of a picture that differs from its first one; the width when all are alike.
+int ink_begins(const QImage& picture, const QRect& part) {
+    const QColor ground = picture.pixelColor(part.topLeft());
+    for (int x = part.left(); x <= part.right(); ++x)
+        for (int y = part.top(); y <= part.bottom(); ++y)
+            if (contrast(picture.pixelColor(x, y), ground) > 2) return x - part.left();
+    return part.width();
+}
+
+class lists : public style {
+  protected:
+    combo_widget* open_list(const std::string& place, int options) {
+        open(ui_window(ui_widget("QComboBox", "combo", place)));
+        for (int i = 0; i < options; ++i) combo_box_append_option(at("combo"), i, "VKT");
+        widget_set_value_int(at("combo"), 1);
+        auto* combo = static_cast<combo_widget*>(qwidget_of(at("combo")));
+        click(at("combo"));
+        EXPECT_TRUE(wait_until([combo] { return combo->popup_is_open(); }));
+        return combo;
+    }
+    static QRect on_screen(const QWidget* w) { return {w->mapToGlobal(QPoint(0, 0)), w->size()}; }
+    void TearDown() override {
+        if (auto* combo = dynamic_cast<QComboBox*>(qwidget_of(at("combo")))) combo->hidePopup();
+        style::TearDown();
+    }
+};
+
+TEST_F(lists, open_below_their_field) {
+    const combo_widget* combo = open_list("20 20 200 32", 6);
+    EXPECT_GE(on_screen(combo->view()).top(), on_screen(combo).bottom());
+    EXPECT_LE(on_screen(combo->view()).top(), on_screen(combo).bottom() + 4);
+    EXPECT_EQ(on_screen(combo->view()).left(), on_screen(combo).left());
+}
+
+TEST_F(lists, open_above_only_where_there_is_no_room_below) {
+    native_window()->move(0, native_window()->screen()->geometry().bottom() - 600);
+    settle();
+    const combo_widget* combo = open_list("20 560 200 32", 6);
+    EXPECT_LE(on_screen(combo->view()).bottom(), on_screen(combo).top());
+    native_window()->move(0, 0);
+}
+
+TEST_F(lists, have_the_insets_of_the_sheet_in_every_row) {
+    const combo_widget* combo = open_list("20 20 200 32", 6);
+    settle();
+    const QImage shown = combo->view()->viewport()->grab().toImage();
+    for (int row = 0; row < 6; ++row) {
+        const QRect place = combo->view()->visualRect(combo->model()->index(row, 0));
+        EXPECT_EQ(place.height(), 28) << row;
+        const int inset = ink_begins(shown, place);
+        EXPECT_GE(inset, 8) << row;
+        EXPECT_LE(inset, 13) << row;
+    }
+    EXPECT_EQ(combo->view()->grab().toImage().pixelColor(100, 0), style_color("edge"));
+    EXPECT_GE(combo->view()->viewport()->y(), 4);
+}
+
+TEST_F(style, a_box_with_one_choice_looks_fixed) {
+    open(ui_window(ui_widget("QComboBox", "one", "20 20 200 32") + ui_widget("QComboBox", "two", "20 60 200 32") +
+                   ui_widget("QComboBox", "typed", "20 100 200 32", ui_flag("editable", true)) +
+                   ui_widget("QLineEdit", "other", "20 200 90 32")));
+    for (const char* name : {"one", "two", "typed"}) combo_box_append_option(at(name), 0, "only");
+    combo_box_append_option(at("two"), 1, "second");
+    click(at("other"));
+    const auto ground = [this](const char* name) { return picture(at(name), 0).pixelColor(100, 4); };
+    const auto arrow = [this](const char* name) {
+        const QImage shown = picture(at(name), 0);
+        return ink_begins(shown, QRect(170, 4, 26, 24)) < 26;
+    };
+    EXPECT_EQ(ground("one"), style_color("surface"));
+    EXPECT_FALSE(arrow("one"));
+    for (const char* name : {"two", "typed"}) {
+        EXPECT_EQ(ground(name), style_color("card")) << name;
+        EXPECT_TRUE(arrow(name)) << name;
+    }
+    combo_box_append_option(at("one"), 1, "second");
+    EXPECT_EQ(ground("one"), style_color("card"));
+    EXPECT_TRUE(arrow("one"));
+    combo_box_reset_options(at("two"));
+    EXPECT_EQ(ground("two"), style_color("card"));
+}
+
+TEST_F(style, a_text_too_long_for_its_box_shows_its_beginning_and_end) {
+    const std::string text = "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA";
+    open(ui_window(ui_widget("QComboBox", "box", "20 20 116 32", ui_flag("editable", true)) +
+                   ui_widget("QLineEdit", "other", "20 200 90 32")));
+    click(at("other"));
+    const auto shown = [&](const std::string& what) {
+        widget_set_text_utf8(at("box"), what.c_str());
+        settle();
+        return picture(at("box"), 0);
+    };
+    const QImage whole = shown(text + "XYZ");
+    EXPECT_NE(whole, shown(text + "WWW")) << "the end shows";
+    EXPECT_NE(whole, shown("III" + text + "XYZ")) << "the beginning shows";
+    EXPECT_EQ(whole, shown(text + text + "XYZ")) << "the middle does not";
+    auto* box = static_cast<combo_widget*>(qwidget_of(at("box")));
+    widget_set_tooltip(at("box"), "hint");
+    EXPECT_EQ(box->tooltip_shown().toStdString(), text + text + "XYZ\nhint");
+    shown("COM7");
+    EXPECT_EQ(box->tooltip_shown().toStdString(), "hint");
+}
+
+/// The names that a sheet of the program gives values.
+std::map<std::string, std::string> names_in(const std::string& sheet) {
+    std::ifstream file(VKT_SOURCE_TREE "/res/default/styles/" + sheet);
+    std::map<std::string, std::string> names;
+    for (std::string line; std::getline(file, line);)
+        if (line.starts_with("@")) names[line.substr(0, line.find(':'))] = line.substr(line.find(':'));
+    return names;
+}
+
+TEST(sheets, the_dark_one_has_another_value_for_every_colour_and_no_rule) {
+    const auto light = names_in("default.qss");
+    const auto dark = names_in("dark.qss");
+    ASSERT_GT(light.size(), 20U);
+    for (const auto& [name, value] : light) {
+        if (value.find('#') == std::string::npos && value.find("rgb") == std::string::npos) continue;
+        ASSERT_TRUE(dark.contains(name)) << name;
+        EXPECT_NE(dark.at(name), value) << name;
+    }
+    for (const auto& [name, value] : dark) EXPECT_TRUE(light.contains(name)) << name;
+    std::ifstream file(VKT_SOURCE_TREE "/res/default/styles/dark.qss");
+    const std::string text((std::istreambuf_iterator<char>(file)), {});
+    EXPECT_EQ(text.find('{'), std::string::npos);
+}
+
+TEST(sheets, every_picture_has_a_dark_one_at_both_sizes) {
+    std::size_t seen = 0;
+    const std::filesystem::path images = VKT_SOURCE_TREE "/res/default/images";
+    for (const auto& entry : std::filesystem::directory_iterator(images)) {
+        if (entry.path().extension() != ".png") continue;
+        seen++;
+        const QImage light(QString::fromStdString(entry.path().string()));
+        const QImage dark(QString::fromStdString((images / "dark" / entry.path().filename()).string()));
+        EXPECT_EQ(dark.size(), light.size()) << entry.path().filename();
+        EXPECT_NE(dark, light) << entry.path().filename();
+    }
+    EXPECT_GE(seen, 30U);
+}
+
+TEST_F(style, another_look_is_taken_by_what_is_open) {
+    open(ui_window(
+        ui_widget("QPushButton", "go", "20 20 120 32", ui_text("text", "go") + ui_dynamic("icon", "connect")) +
+        ui_widget("QLineEdit", "edit", "20 60 120 32") +
+        ui_widget("QLabel", "sign", "20 100 32 32", ui_dynamic("icon", "notice"))));
+    const auto ground = [this](const char* name) { return picture(at(name), 0).pixelColor(60, 5); };
+    const auto icon = [this] {
+        return static_cast<QPushButton*>(qwidget_of(at("go")))->icon().pixmap(20).toImage();
+    };
+    const auto sign = [this] { return static_cast<QLabel*>(qwidget_of(at("sign")))->pixmap().toImage(); };
+    const QImage light_icon = icon();
+    const QImage light_sign = sign();
+    EXPECT_FALSE(theme_is_dark());
+    EXPECT_EQ(ground("edit"), QColor("#FFFFFF"));
+    ASSERT_EQ(theme_set_dark(true), RET_OK);
+    settle();
+    EXPECT_TRUE(theme_is_dark());
+    EXPECT_EQ(ground("edit"), QColor("#1B2129"));
+    EXPECT_EQ(QApplication::palette().color(QPalette::Text), QColor("#E4E9F0"));
+    EXPECT_NE(icon(), light_icon);
+    EXPECT_NE(sign(), light_sign);
+    ASSERT_EQ(theme_set_dark(false), RET_OK);
+    settle();
+    EXPECT_EQ(ground("edit"), QColor("#FFFFFF"));
+    EXPECT_EQ(icon(), light_icon);
+    EXPECT_EQ(sign(), light_sign);
+}
+
+TEST_F(style, a_palette_with_light_text_is_dark) {
+    QPalette palette;
+    palette.setColor(QPalette::Window, QColor("#F0F0F0"));
+    palette.setColor(QPalette::WindowText, Qt::black);
+    EXPECT_FALSE(palette_is_dark(palette));
+    palette.setColor(QPalette::Window, QColor("#202020"));
+    palette.setColor(QPalette::WindowText, Qt::white);
+    EXPECT_TRUE(palette_is_dark(palette));
+    // The system's, whatever the program has chosen for itself.
+    const bool of_system = system_info_is_dark();
+    theme_set_dark(true);
+    EXPECT_EQ(system_info_is_dark(), of_system);
+    theme_set_dark(false);
 }
 
 } // namespace

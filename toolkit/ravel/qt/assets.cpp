@@ -1,6 +1,7 @@
 #include "toolkit/ravel/qt/assets.h"
 
 #include "toolkit/ravel/qt/detail.h"
+#include "toolkit/ravel/qt/ui_value.h"
 #include "toolkit/ravel/ravel.h"
 
 #include <QApplication>
@@ -11,6 +12,8 @@
 #include <QPalette>
 #include <QRegularExpression>
 
+#include <optional>
+
 namespace {
 
 constexpr int body_pixels = 14;
@@ -19,6 +22,8 @@ QString theme_dir;
 QHash<QString, QString> style_names; // "accent" -> "#1B6EC2"
 QString sheet;
 bool fonts_brought = false;
+bool dark = false;
+std::optional<bool> system_dark; ///< as it was before any of ours
 
 /// Registers the fonts that the theme brings along; a theme without any uses the system's.
 void bring_fonts() {
@@ -59,13 +64,23 @@ QString with_values(const QString& rules) {
     return text;
 }
 
+/// The text of a file in styles/; empty when it is missing.
+QString style_text(const char* name) {
+    QFile file(theme_dir + QStringLiteral("/styles/") + QLatin1String(name));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+/// The rules stand in default.qss alone; the dark sheet has other values for the names.
 bool read_sheet() {
     if (!sheet.isEmpty()) return true;
-    QFile file(theme_dir + QStringLiteral("/styles/default.qss"));
-    if (!file.open(QIODevice::ReadOnly)) return false;
+    const QString light = style_text("default.qss");
+    const QString other = dark ? style_text("dark.qss") : QString();
+    if (light.isEmpty() || (dark && other.isEmpty())) return false;
     style_names.clear();
-    style_names[QStringLiteral("images")] = theme_dir + QStringLiteral("/images");
-    sheet = with_values(take_names(QString::fromUtf8(file.readAll())));
+    const QString rules = take_names(light);
+    take_names(other);
+    style_names[QStringLiteral("images")] = theme_dir + QLatin1String(dark ? "/images/dark" : "/images");
+    sheet = with_values(rules);
     return !sheet.isEmpty();
 }
 
@@ -89,6 +104,7 @@ void apply_palette() {
         {QPalette::ToolTipBase, "text"},
         {QPalette::ToolTipText, "card"},
     };
+    system_info_is_dark();
     QPalette palette = QApplication::palette();
     for (const role_color& row : colors) palette.setColor(row.role, style_color(row.name));
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
@@ -104,6 +120,7 @@ bool set_resource_root(const QString& root) {
     theme_dir = dir;
     sheet.clear();
     fonts_brought = false;
+    dark = false;
     return true;
 }
 
@@ -114,7 +131,10 @@ QString strings_path(const QString& locale) {
     return theme_dir + QStringLiteral("/strings/") + locale + QStringLiteral(".ts");
 }
 QString image_path(const QString& name) {
-    return theme_dir + QStringLiteral("/images/") + name + QStringLiteral(".png");
+    const QString file = name + QStringLiteral(".png");
+    const QString of_dark = theme_dir + QStringLiteral("/images/dark/") + file;
+    if (dark && QFile::exists(of_dark)) return of_dark;
+    return theme_dir + QStringLiteral("/images/") + file;
 }
 
 QColor style_color(const char* name) {
@@ -166,6 +186,32 @@ bool assets_has_theme(const char* name) {
 ret_t assets_manager_preload_style() {
     if (!tk_check_gui_thread(__func__) || qApp == nullptr) return RET_BAD_PARAMS;
     return apply_style_sheet() ? RET_OK : RET_FAIL;
+}
+
+bool palette_is_dark(const QPalette& palette) {
+    return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+}
+
+bool system_info_is_dark() {
+    if (!tk_check_gui_thread(__func__) || qApp == nullptr) return false;
+    if (!system_dark.has_value()) system_dark = palette_is_dark(QApplication::palette());
+    return *system_dark;
+}
+
+bool theme_is_dark() { return dark; }
+
+ret_t theme_set_dark(bool wanted) {
+    if (!tk_check_gui_thread(__func__) || qApp == nullptr) return RET_BAD_PARAMS;
+    if (dark == wanted) return RET_OK;
+    dark = wanted;
+    sheet.clear();
+    if (!apply_style_sheet()) {
+        dark = !wanted;
+        sheet.clear();
+        return RET_FAIL;
+    }
+    renew_icons();
+    return RET_OK;
 }
 
 ret_t tk_init_assets() { return theme_dir.isEmpty() ? RET_FAIL : RET_OK; }

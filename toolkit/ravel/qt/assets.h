@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QColor>
+#include <QPalette>
 #include <QString>
 #include <QStringList>
 
@@ -11,11 +12,14 @@ bool set_resource_root(const QString& root);
 
 QString layout_path(const QString& name);
 QString strings_path(const QString& locale);
-/// The 1x picture of a name; the 2x one stands beside it.
+/// The 1x picture of a name; the 2x one stands beside it. In the dark theme that of images/dark, where there is
+/// one.
 QString image_path(const QString& name);
 
 /// A colour by its name in the style sheet; black when the sheet has no such name.
 QColor style_color(const char* name);
+/// Whether a palette has light text on a dark ground.
+bool palette_is_dark(const QPalette& palette);
 /// The families that the sheet lists under a name ("fonts", "mono"), wanted ones first.
 QStringList style_families(const char* name);
 

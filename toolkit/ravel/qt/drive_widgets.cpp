@@ -1,6 +1,7 @@
 #include "toolkit/ravel/qt/drive_widgets.h"
 
 #include "toolkit/core/text.h"
+#include "toolkit/ravel/qt/widget_class.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
 #include <QComboBox>
@@ -99,6 +100,13 @@ std::string count_text(const widget_state* state) {
     return std::to_string(combo != nullptr ? static_cast<std::size_t>(combo->count()) : state->children.size());
 }
 
+std::string tooltip_text(const widget_state* state) {
+    const auto* combo = dynamic_cast<const combo_widget*>(state->w);
+    return (combo != nullptr ? combo->tooltip_shown() : state->w->toolTip()).toStdString();
+}
+
+int place_of(const widget_state* state, const char* name) { return widget_get_prop_int(handle_of(state), name, 0); }
+
 std::string flag(bool value) { return value ? "1" : "0"; }
 
 struct property_row {
@@ -119,13 +127,15 @@ constexpr property_row property_rows[] = {
     {"count", count_text},
     {"focused", [](const widget_state* s) { return flag(widget_get_focused(handle_of(s))); }},
     {"refused", [](const widget_state* s) { return flag(widget_get_refused(handle_of(s))); }},
-    {"tooltip", [](const widget_state* s) { return s->w->toolTip().toStdString(); }},
+    {"tooltip", tooltip_text},
     {"type", [](const widget_state* s) { return s->type; }},
     {"state", [](const widget_state* s) { return s->w->property("state").toString().toStdString(); }},
     {"x", [](const widget_state* s) { return std::to_string(s->w->x()); }},
     {"y", [](const widget_state* s) { return std::to_string(s->w->y()); }},
     {"w", [](const widget_state* s) { return std::to_string(s->w->width()); }},
     {"h", [](const widget_state* s) { return std::to_string(s->w->height()); }},
+    {"window_x", [](const widget_state* s) { return std::to_string(place_of(s, "window_x")); }},
+    {"window_y", [](const widget_state* s) { return std::to_string(place_of(s, "window_y")); }},
 };
 
 bool has_option(const widget_state* state, const std::string& wanted) {

@@ -4,6 +4,7 @@
 #include "toolkit/ravel/qt/assets.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QFile>
 #include <QIcon>
 #include <QLabel>
@@ -119,7 +120,10 @@ QVariant value_of(const QString& file, const ui_element& e) {
     refuse_layout(file, e.line, QStringLiteral("values of kind <%1> are not known").arg(tag));
 }
 
+constexpr const char* icon_property = "icon_name";
+
 void set_icon(QWidget* w, const QString& name) {
+    w->setProperty(icon_property, name);
     const QString path = image_path(name);
     if (!QFile::exists(path)) {
         log_write(LOG_LEVEL_WARN, path.toStdString() + ": picture is missing\n");
@@ -141,6 +145,13 @@ bool is_allowed(const QString& name) {
 }
 
 } // namespace
+
+void renew_icons() {
+    for (QWidget* w : QApplication::allWidgets()) {
+        const QString name = w->property(icon_property).toString();
+        if (!name.isEmpty()) set_icon(w, name);
+    }
+}
 
 QVariant ui_property_value(const QString& file, const ui_element& property) {
     if (property.children.size() != 1)

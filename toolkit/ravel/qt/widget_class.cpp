@@ -2,76 +2,13 @@
 
 #include "toolkit/ravel/qt/assets.h"
 #include "toolkit/ravel/qt/cell_text.h"
+#include "toolkit/ravel/qt/scroll_stays.h"
 
-#include <QAbstractItemView>
 #include <QApplication>
-#include <QCursor>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QStyleOptionComboBox>
 #include <QWheelEvent>
-
-combo_widget::combo_widget(QWidget* parent) : QComboBox(parent) {
-    setFocusPolicy(Qt::StrongFocus);
-    setInsertPolicy(QComboBox::NoInsert);
-    setMaxVisibleItems(16);
-}
-
-void combo_widget::wheelEvent(QWheelEvent* event) {
-    if (hasFocus()) {
-        QComboBox::wheelEvent(event);
-    } else {
-        event->ignore();
-    }
-}
-
-QSize combo_widget::sizeHint() const {
-    if (hint_.isValid()) return hint_;
-    ensurePolished();
-    int width = fontMetrics().horizontalAdvance(QStringLiteral("00000"));
-    for (int row = 0; row < count(); ++row) width = std::max(width, fontMetrics().horizontalAdvance(itemText(row)));
-    QStyleOptionComboBox option;
-    initStyleOption(&option);
-    const QSize content(width + 2, fontMetrics().height());
-    hint_ = style()->sizeFromContents(QStyle::CT_ComboBox, &option, content, this);
-    return hint_;
-}
-
-void combo_widget::options_changed(bool other_count) {
-    hint_ = QSize();
-    updateGeometry();
-    if (other_count) refresh_popup();
-}
-
-void combo_widget::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) hint_ = QSize();
-    QComboBox::changeEvent(event);
-}
-
-bool combo_widget::popup_is_open() const {
-    // view() would create the list; before the first opening there is none.
-    const QWidget* popup = QApplication::activePopupWidget();
-    return popup != nullptr && popup->parentWidget() == this && popup->isVisible();
-}
-
-/// While the list had the pointer nobody said that it left the box.
-void combo_widget::hidePopup() {
-    QComboBox::hidePopup();
-    if (!underMouse() || rect().contains(mapFromGlobal(QCursor::pos()))) return;
-    QEvent left(QEvent::Leave);
-    setAttribute(Qt::WA_UnderMouse, false);
-    QCoreApplication::sendEvent(this, &left);
-    update();
-}
-
-/// Shows an open list again, with the same row lit.
-void combo_widget::refresh_popup() {
-    if (!popup_is_open() || count() == 0) return;
-    const QModelIndex lit = view()->currentIndex();
-    showPopup();
-    if (lit.isValid()) view()->setCurrentIndex(lit);
-}
 
 spin_widget::spin_widget(QWidget* parent) : QSpinBox(parent) { setFocusPolicy(Qt::StrongFocus); }
 
@@ -103,23 +40,23 @@ scroll_widget::scroll_widget(QWidget* parent) : QScrollArea(parent) {
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
-    QObject::connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] { bar_when_needed(); });
+    QObject::connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] { content_changed(); });
 }
 
 bool scroll_widget::overflows() const {
     return verticalScrollBar()->maximum() > 0 || horizontalScrollBar()->maximum() > 0;
 }
 
-/// The layout's bar that moves with it; null when it names none.
-QScrollBar* scroll_widget::named_bar() const {
-    const QByteArray name = property("scroll_bar").toByteArray();
+/// The layout's bar that moves with it, named by a property; null when it names none.
+QScrollBar* scroll_widget::named_bar(const char* property_name) const {
+    const QByteArray name = property(property_name).toByteArray();
     if (name.isEmpty() || state_of(this) == nullptr) return nullptr;
     return live_as<QScrollBar>(widget_lookup(widget_get_window(handle_of(this)), name.constData()));
 }
 
 /// Shows the bar while there is something to scroll, where the layout asks for that.
 void scroll_widget::bar_when_needed() const {
-    QScrollBar* bar = property("bar_when_needed").toBool() ? named_bar() : nullptr;
+    QScrollBar* bar = property("bar_when_needed").toBool() ? named_bar("scroll_bar") : nullptr;
     if (bar == nullptr) return;
     const bool needed = verticalScrollBar()->maximum() > 0;
     if (!needed) {
@@ -129,9 +66,15 @@ void scroll_widget::bar_when_needed() const {
     bar->setVisible(needed);
 }
 
+void scroll_widget::content_changed() const {
+    bar_when_needed();
+    if (stays_ != nullptr) stays_->place();
+}
+
 void scroll_widget::showEvent(QShowEvent* event) {
     QScrollArea::showEvent(event);
-    bar_when_needed();
+    if (stays_ == nullptr) stays_ = new scroll_stays(this);
+    content_changed();
 }
 
 /// Where nothing can be scrolled the wheel is for the view around this one.
@@ -153,24 +96,39 @@ bool scroll_widget::focusNextPrevChild(bool next) {
     return QWidget::focusNextPrevChild(next);
 }
 
-void scroll_widget::scrollContentsBy(int dx, int dy) { QScrollArea::scrollContentsBy(dx, dy); }
+void scroll_widget::scrollContentsBy(int dx, int dy) {
+    QScrollArea::scrollContentsBy(dx, dy);
+    if (stays_ != nullptr) stays_->place();
+}
 
-bool scroll_widget::shows(const QWidget* child) const {
+bool scroll_widget::shows(const QWidget* child, Qt::Orientation along) const {
     const QRect place(child->mapTo(viewport(), QPoint(0, 0)), child->size());
-    return place.top() >= 0 && place.bottom() < viewport()->height();
+    if (along == Qt::Horizontal) return place.left() >= 0 && place.right() < viewport()->width();
+    return !is_before(child, along) && place.bottom() < viewport()->height();
+}
+
+/// Whether it begins above what the view shows, or left of it.
+bool scroll_widget::is_before(const QWidget* child, Qt::Orientation along) const {
+    const QPoint at = child->mapTo(viewport(), QPoint(0, 0));
+    if (along == Qt::Horizontal) return at.x() < 0;
+    return at.y() < (stays_ == nullptr ? 0 : stays_->covered_above(child));
+}
+
+void scroll_widget::turn_to(const QWidget* child, Qt::Orientation along) const {
+    QScrollBar* bar = named_bar(along == Qt::Vertical ? "scroll_bar" : "scroll_bar_h");
+    const bool back = is_before(child, along);
+    while (bar != nullptr && !shows(child, along)) {
+        const int before = bar->value();
+        bar->triggerAction(back ? QAbstractSlider::SliderSingleStepSub : QAbstractSlider::SliderSingleStepAdd);
+        if (bar->value() == before) break;
+    }
 }
 
 void scroll_widget::reveal(QWidget* child) {
-    if (!shows(child)) {
-        QScrollBar* bar = named_bar();
-        const bool down = child->mapTo(viewport(), QPoint(0, 0)).y() > 0;
-        while (bar != nullptr && !shows(child)) {
-            const int before = bar->value();
-            bar->triggerAction(down ? QAbstractSlider::SliderSingleStepAdd : QAbstractSlider::SliderSingleStepSub);
-            if (bar->value() == before) break;
-        }
-    }
-    if (!shows(child)) ensureWidgetVisible(child, 0, 16);
+    turn_to(child, Qt::Vertical);
+    turn_to(child, Qt::Horizontal);
+    const bool seen = shows(child, Qt::Vertical) && shows(child, Qt::Horizontal);
+    if (!seen) ensureWidgetVisible(child, 0, 16);
 }
 
 void cell_widget::show_text(const QString& text) {

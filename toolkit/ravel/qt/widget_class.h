@@ -24,13 +24,20 @@ class combo_widget final : public QComboBox {
     /// To be called after the options changed; with another number of rows an open list gets room for them.
     void options_changed(bool other_count);
 
+    void showPopup() override;
     void hidePopup() override;
+    /// Its tooltip; before it the whole text, where that is longer than the box.
+    QString tooltip_shown() const;
 
   protected:
+    bool event(QEvent* what) override;
+    bool eventFilter(QObject* watched, QEvent* what) override;
+    void childEvent(QChildEvent* what) override;
     void wheelEvent(QWheelEvent* event) override;
     void changeEvent(QEvent* event) override;
 
   private:
+    bool text_is_cut() const;
     void refresh_popup();
 
     mutable QSize hint_;
@@ -68,12 +75,14 @@ class pages_widget final : public QStackedWidget {
     bool hasHeightForWidth() const override { return false; }
 };
 
+class scroll_stays;
+
 /// A scroll area without bars of its own: only scroll_view_set_offset (and the keyboard focus) moves it.
 class scroll_widget final : public QScrollArea {
   public:
     explicit scroll_widget(QWidget* parent);
-    /// Brings a child that got the focus into view. With the layout's "scroll_bar" property it turns that bar step
-    /// by step, as the user would, so that bar and content stay together.
+    /// Brings a child that got the focus into view. With the layout's "scroll_bar" and "scroll_bar_h" properties it
+    /// turns that bar step by step, as the user would, so that bar and content stay together.
     void reveal(QWidget* child);
 
   protected:
@@ -84,10 +93,15 @@ class scroll_widget final : public QScrollArea {
     void scrollContentsBy(int dx, int dy) override;
 
   private:
-    bool shows(const QWidget* child) const;
+    bool shows(const QWidget* child, Qt::Orientation along) const;
+    bool is_before(const QWidget* child, Qt::Orientation along) const;
+    void turn_to(const QWidget* child, Qt::Orientation along) const;
     bool overflows() const;
-    QScrollBar* named_bar() const;
+    QScrollBar* named_bar(const char* property_name) const;
     void bar_when_needed() const;
+    void content_changed() const;
+
+    scroll_stays* stays_ = nullptr; ///< made when it is shown first
 };
 
 /// A label of a table row: shows one line of text at little cost. Its text never changes its size hint, so that

@@ -20,16 +20,22 @@ void show_tooltip(const widget_state* state) {
     state->w->setToolTip(state->refused && !why.isEmpty() ? why : state->tooltip);
 }
 
+QPoint place_in_window(const QWidget* w) {
+    return native_window() == nullptr ? QPoint() : w->mapTo(native_window(), QPoint(0, 0));
+}
+
 struct place_property {
     const char* name;
     int (*get)(const QWidget*);
-    void (*set)(QWidget*, int);
+    void (*set)(QWidget*, int); ///< null: can only be read
 };
 constexpr place_property place_properties[] = {
     {"x", [](const QWidget* w) { return w->x(); }, [](QWidget* w, int v) { w->move(v, w->y()); }},
     {"y", [](const QWidget* w) { return w->y(); }, [](QWidget* w, int v) { w->move(w->x(), v); }},
     {"w", [](const QWidget* w) { return w->width(); }, [](QWidget* w, int v) { w->resize(v, w->height()); }},
     {"h", [](const QWidget* w) { return w->height(); }, [](QWidget* w, int v) { w->resize(w->width(), v); }},
+    {"window_x", [](const QWidget* w) { return place_in_window(w).x(); }, nullptr},
+    {"window_y", [](const QWidget* w) { return place_in_window(w).y(); }, nullptr},
 };
 
 /// A property as a variant; invalid when there is none.
@@ -54,6 +60,7 @@ ret_t write_property(widget* w, const char* name, const QVariant& value) {
     const from_code code;
     for (const place_property& p : place_properties) {
         if (qstrcmp(p.name, name) != 0) continue;
+        if (p.set == nullptr) return RET_BAD_PARAMS;
         p.set(state->w, value.toInt());
         return RET_OK;
     }

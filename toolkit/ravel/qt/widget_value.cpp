@@ -27,7 +27,11 @@ ret_t set_spin_text(QWidget* w, const QString& text) {
 }
 QString text_of_button(QWidget* w) { return without_mnemonic(static_cast<QAbstractButton*>(w)->text()); }
 ret_t set_button_text(QWidget* w, const QString& text) {
-    static_cast<QAbstractButton*>(w)->setText(text);
+    auto* button = static_cast<QAbstractButton*>(w);
+    const QKeySequence own = button->shortcut();
+    const bool from_text = own == QKeySequence::mnemonic(button->text());
+    button->setText(text); // takes the shortcut away
+    if (!from_text && QKeySequence::mnemonic(text).isEmpty()) button->setShortcut(own);
     return RET_OK;
 }
 QString text_of_label(QWidget* w) {

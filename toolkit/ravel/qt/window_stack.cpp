@@ -3,6 +3,7 @@
 #include "toolkit/ravel/qt/backdrop.h"
 #include "toolkit/ravel/qt/input_trap.h"
 #include "toolkit/ravel/qt/pump.h"
+#include "toolkit/ravel/qt/screen_fit.h"
 #include "toolkit/ravel/ravel.h"
 
 #include <QAbstractButton>
@@ -142,6 +143,7 @@ bool native_window_painted() { return stack.native != nullptr && stack.native->p
 
 void show_native_window() {
     if (stack.native == nullptr || stack.native->isVisible() || stack.ended) return;
+    if (!stack.native->testAttribute(Qt::WA_WState_Created)) fit_on_screen(stack.native);
     stack.native->show();
     stack.native->raise();
     stack.native->activateWindow();

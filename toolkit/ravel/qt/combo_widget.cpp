@@ -1,0 +1,143 @@
+#include "toolkit/ravel/qt/widget_class.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QCursor>
+#include <QHelpEvent>
+#include <QLineEdit>
+#include <QPainter>
+#include <QStyleOptionComboBox>
+#include <QStyledItemDelegate>
+#include <QToolTip>
+#include <QWheelEvent>
+
+namespace {
+
+constexpr int edit_margin = 2; // that Qt leaves beside a line edit's text
+
+QRect text_place(const QLineEdit* edit) { return edit->contentsRect().adjusted(edit_margin, 0, -edit_margin, 0); }
+
+/// Rows as the style sheet has them; one that is too long for the list tells its whole text.
+class list_delegate final : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    bool helpEvent(QHelpEvent* what, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                   const QModelIndex& index) override {
+        const QString text = index.data().toString();
+        const bool cut = sizeHint(option, index).width() > option.rect.width();
+        QToolTip::showText(what->globalPos(), cut ? text : QString(), view);
+        return true;
+    }
+};
+
+} // namespace
+
+combo_widget::combo_widget(QWidget* parent) : QComboBox(parent) {
+    setFocusPolicy(Qt::StrongFocus);
+    setInsertPolicy(QComboBox::NoInsert);
+    setMaxVisibleItems(16);
+}
+
+void combo_widget::wheelEvent(QWheelEvent* event) {
+    if (hasFocus()) {
+        QComboBox::wheelEvent(event);
+    } else {
+        event->ignore();
+    }
+}
+
+QSize combo_widget::sizeHint() const {
+    if (hint_.isValid()) return hint_;
+    ensurePolished();
+    int width = fontMetrics().horizontalAdvance(QStringLiteral("00000"));
+    for (int row = 0; row < count(); ++row) width = std::max(width, fontMetrics().horizontalAdvance(itemText(row)));
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    const QSize content(width + 2, fontMetrics().height());
+    hint_ = style()->sizeFromContents(QStyle::CT_ComboBox, &option, content, this);
+    return hint_;
+}
+
+void combo_widget::options_changed(bool other_count) {
+    hint_ = QSize();
+    updateGeometry();
+    if (!other_count) return;
+    refresh_popup();
+    // What leaves no choice shows as fixed.
+    const bool fixed = count() == 1 && !isEditable();
+    if (property("fixed").toBool() == fixed) return;
+    setProperty("fixed", fixed);
+    restyle(this);
+}
+
+void combo_widget::showPopup() {
+    if (dynamic_cast<list_delegate*>(itemDelegate()) == nullptr) {
+        setItemDelegate(new list_delegate(this));
+        view()->setTextElideMode(Qt::ElideMiddle);
+    }
+    QComboBox::showPopup();
+}
+
+bool combo_widget::text_is_cut() const {
+    const QLineEdit* edit = lineEdit();
+    return edit != nullptr && fontMetrics().horizontalAdvance(edit->text()) > text_place(edit).width();
+}
+
+QString combo_widget::tooltip_shown() const {
+    if (!text_is_cut()) return toolTip();
+    return toolTip().isEmpty() ? currentText() : currentText() + u'\n' + toolTip();
+}
+
+bool combo_widget::event(QEvent* what) {
+    if (what->type() != QEvent::ToolTip) return QComboBox::event(what);
+    QToolTip::showText(static_cast<QHelpEvent*>(what)->globalPos(), tooltip_shown(), this);
+    return true;
+}
+
+/// Watches what is typed into: while nobody does, a text that is too long shows its beginning and its end.
+bool combo_widget::eventFilter(QObject* watched, QEvent* what) {
+    QLineEdit* edit = lineEdit();
+    if (watched != edit || what->type() != QEvent::Paint || edit->hasFocus() || !text_is_cut())
+        return QComboBox::eventFilter(watched, what);
+    const QRect place = text_place(edit);
+    QPainter painter(edit);
+    painter.setPen(edit->palette().color(QPalette::Text));
+    painter.drawText(place, Qt::AlignVCenter | Qt::AlignLeft,
+                     fontMetrics().elidedText(edit->text(), Qt::ElideMiddle, place.width()));
+    return true;
+}
+
+void combo_widget::childEvent(QChildEvent* what) {
+    QComboBox::childEvent(what);
+    const bool is_known = what->polished() && lineEdit() != nullptr && what->child() == lineEdit();
+    if (is_known) lineEdit()->installEventFilter(this);
+}
+
+void combo_widget::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) hint_ = QSize();
+    QComboBox::changeEvent(event);
+}
+
+bool combo_widget::popup_is_open() const {
+    // view() would create the list; before the first opening there is none.
+    const QWidget* popup = QApplication::activePopupWidget();
+    return popup != nullptr && popup->parentWidget() == this && popup->isVisible();
+}
+
+/// While the list had the pointer nobody said that it left the box.
+void combo_widget::hidePopup() {
+    QComboBox::hidePopup();
+    if (!underMouse() || rect().contains(mapFromGlobal(QCursor::pos()))) return;
+    QEvent left(QEvent::Leave);
+    setAttribute(Qt::WA_UnderMouse, false);
+    QCoreApplication::sendEvent(this, &left);
+    update();
+}
+
+/// Shows an open list again, with the same row lit.
+void combo_widget::refresh_popup() {
+    if (!popup_is_open() || count() == 0) return;
+    const QModelIndex lit = view()->currentIndex();
+    showPopup();
+    if (lit.isValid()) view()->setCurrentIndex(lit);
+}
