@@ -1,9 +1,10 @@
 #!/bin/bash
 # ./run.sh [--demo] [ARGUMENT...]: installs what is missing, builds, and opens the tool with simulated modules:
 # a VKT531A on COM7, a VKT510A on COM8 and a VKT610B on COM9. ARGUMENTs go to the tool (width, height, console).
-# With --demo, or where there is no display, a session with COM7 is played in the same window under a virtual display:
+# With --demo, or where there is no display, sessions with COM7 and the monitor of COM9 are played in the same window under a virtual display:
 # each step is printed, screenshots are left in build/release/shots, and the exit status is 0 only if what the
-# module received is what the code view showed.
+# module received is what the code view showed, and if the CAN frames that the module on COM9 sent and received are the
+# rows of the table and the lines of the record file.
 set -eu
 cd "$(dirname "$0")"
 . scripts/common.sh
@@ -35,7 +36,9 @@ mkdir -p "$shots" "$out/stage/log"
 rm -f "$report" "$shots"/*
 
 say "simulated modules"
-"$out/stage/bin/vkt_sim" COM7=VKT531A COM8=VKT510A COM9=VKT610B --report "$report" </dev/null >"$out/modules.txt" &
+traffic="COM9:rate=40${demo:+:count=40}:check=on"
+"$out/stage/bin/vkt_sim" COM7=VKT531A COM8=VKT510A COM9=VKT610B --traffic "$traffic" --report "$report" </dev/null \
+    >"$out/modules.txt" &
 modules=$!
 stop_modules() {
     kill "$modules" 2>/dev/null || true
@@ -57,11 +60,14 @@ if [ -z "$demo" ]; then
     exit
 fi
 
-say "a session, played under a virtual display"
+say "sessions, played under a virtual display"
+rm -f can_record_data.csv setting.json
 # The script's pictures and lists go to ../../shots.
 VKT_DRIVE=$OLDPWD/tests/program/demo.drive with_display ./VKTCfgTools "$@"
 stop_modules
 trap - EXIT
 say "what the module received, and what the code view showed"
 "$OLDPWD/tools/compare_frame" --port COM7 --dump "$shots/code_view.txt" --report "$report"
+say "the CAN frames of the module, the table and the record file"
+"$OLDPWD/tools/compare_traffic" --port COM9 --rows "$shots/rows.txt" --csv can_record_data.csv --report "$report"
 echo "screenshots: build/release/shots"

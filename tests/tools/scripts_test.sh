@@ -1,5 +1,5 @@
 #!/bin/bash
-# Tests of the scripts: tools/compare_frame, scripts/install.sh, packaging/windows/build-qt-prefix.sh --ready,
+# Tests of the scripts: tools/compare_frame, tools/compare_traffic, scripts/install.sh, packaging/windows/build-qt-prefix.sh --ready,
 # packaging/windows/wine-program.sh, and what test.sh makes of ctest's words.
 # Prints every case that went wrong; the last line is "N passed, N failed".
 set -u
@@ -52,6 +52,36 @@ dump "{0xF7, 0xF8}"
 expect 2 "shown:    None" compare COM7
 dump "${frame% *}"
 expect 2 "shown:    None" compare COM7
+
+# ---- tools/compare_traffic
+
+cat >"$work/report" <<'END'
+[COM8 VKT510A]
+sent=5 AA 05 03 01 00 09 00 00 00
+[COM9 VKT610B]
+traffic_sent=2
+spoiled=noise 6 11 22 AA 05 03 01 00 09 00 00 00 00 00
+sent=7 AB 09 03 03 88 78 56 34 12 DE AD 12 34
+sent=8 AA 07 03 01 00 05 00 00 00 12 34
+received=9 AC 08 04 05 80 FF 07 00 00 5A 12 34
+END
+rows() {
+    printf '1\ttime\tspi1-can2\t0x7ff\t标准帧-canfd\ttx\t1\t%s\n' "$1" >"$work/rows"
+    printf '2\ttime\tuart1-can1\t0x05\t标准帧-can\trx\t0\t\n' >>"$work/rows"
+    printf '3\ttime\tuart2-can2\t0x12345678\t扩展帧-canfd\trx\t2\t%s\n' "$2" >>"$work/rows"
+    printf 'time,spi1-can2,0x7ff,标准帧-canfd,tx,1,%s \n' "$3" >"$work/csv"
+}
+traffic() { tools/compare_traffic --port "$1" --rows "$work/rows" --csv "$work/csv" --report "$work/report"; }
+rows 5A "DE AD" 0x5a
+expect 0 $'rows: 2 and 2, equal\nreceived by the module, and rows: 1 and 1, equal' traffic COM9
+rows 5B "DE AD" 0x5a
+expect 1 "received by the module, and rows: 1 and 1, DIFFERENT" traffic COM9
+rows 5A "DE AE" 0x5a
+expect 1 "the first that differs is number 1" traffic COM9
+rows 5A "DE AD" 0x5b
+expect 1 "and lines: 1 and 1, DIFFERENT" traffic COM9
+expect 2 "nothing to compare" traffic COM8
+expect 2 "nothing to compare" traffic COM7
 
 # ---- packaging/windows/wine-program.sh, with a Wine that starts nothing the first times
 

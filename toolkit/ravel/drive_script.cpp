@@ -33,6 +33,7 @@ constexpr verb_row verb_rows[] = {
     {"wait-file", drive_verb::wait_file, "ttN", "wait-file PATH TEXT [MS]", wait_default_ms},
     {"shot", drive_verb::shot, "t", "shot FILE", 0},
     {"dump", drive_verb::dump, "t", "dump FILE", 0},
+    {"clipboard", drive_verb::clipboard, "t", "clipboard FILE", 0},
     {"sleep", drive_verb::sleep, "n", "sleep MS", 0},
     {"close", drive_verb::close, "", "close", 0},
 };

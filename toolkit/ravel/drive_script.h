@@ -20,6 +20,7 @@ enum class drive_verb : uint8_t {
     wait_file,
     shot,
     dump,
+    clipboard,
     sleep,
     close,
 };

@@ -265,6 +265,13 @@ drive_strokes dump_strokes(const drive_action& a) {
     return {{[path = a.args[0]](int64_t) { return store(path, drive_dump()); }}};
 }
 
+drive_strokes clipboard_strokes(const drive_action& a) {
+    return {{[path = a.args[0]](int64_t) {
+        const std::string text = clip_board_get_text();
+        return text.empty() ? bad("the clipboard holds no text") : store(path, text);
+    }}};
+}
+
 drive_strokes sleep_strokes(const drive_action& a) {
     return {{[](int64_t) { return good(); }, a.number}};
 }
@@ -294,6 +301,7 @@ constexpr verb_strokes verbs[] = {
     {drive_verb::wait_file, file_strokes},
     {drive_verb::shot, shot_strokes},
     {drive_verb::dump, dump_strokes},
+    {drive_verb::clipboard, clipboard_strokes},
     {drive_verb::sleep, sleep_strokes},
     {drive_verb::close, close_strokes},
 };

@@ -19,17 +19,18 @@ scroll_stays::scroll_stays(QScrollArea* view) : QObject(view), view_(view) {
 }
 
 void scroll_stays::place_one(const kept& one) const {
+    QWidget* w = one.w.data();
+    if (w == nullptr || !w->isVisible()) return;
     const int offset = view_->verticalScrollBar()->value();
     QRect place = one.home.translated(0, offset);
     if (one.whole) place.setHeight(std::max(0, place.height() - view_->verticalScrollBar()->maximum()));
-    one.w->setGeometry(place);
+    w->setGeometry(place);
 }
 
 void scroll_stays::place() {
     if (placing_) return;
     placing_ = true;
-    for (const kept& one : kept_)
-        if (one.w != nullptr && one.w->isVisible()) place_one(one);
+    for (const kept& one : kept_) place_one(one);
     placing_ = false;
 }
 
@@ -50,9 +51,10 @@ int scroll_stays::covered_above(const QWidget* child) const {
     int covered = 0;
     const int left = child->mapTo(view_->viewport(), QPoint(0, 0)).x();
     for (const kept& one : kept_) {
-        if (one.w == nullptr || !one.w->isVisible() || one.whole) continue;
-        if (one.w == child || one.w->isAncestorOf(child)) continue;
-        const QRect over(one.w->mapTo(view_->viewport(), QPoint(0, 0)), one.w->size());
+        const QWidget* w = one.w.data();
+        if (w == nullptr || !w->isVisible() || one.whole) continue;
+        if (w == child || w->isAncestorOf(child)) continue;
+        const QRect over(w->mapTo(view_->viewport(), QPoint(0, 0)), w->size());
         if (left <= over.right() && left + child->width() > over.left())
             covered = std::max(covered, over.bottom() + 1);
     }
