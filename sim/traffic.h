@@ -24,13 +24,17 @@ const char* traffic_error_name(traffic_error error);
 
 enum class traffic_count : uint8_t { none, identifier, payload };
 
+/// 1 to 5, and the four frame types.
+std::vector<uint8_t> traffic_every_channel();
+std::vector<uint8_t> traffic_every_type();
+
 struct traffic_plan {
     uint32_t rate = 0;  ///< frames a second; 0: none of its own
     uint32_t burst = 1; ///< frames that leave together
     uint64_t count = 0; ///< frames in all; 0: no end
     uint64_t first = 0; ///< number of the first frame
-    std::vector<uint8_t> channels{1, 2, 3, 4, 5};
-    std::vector<uint8_t> types{0x00, 0x08, 0x80, 0x88};
+    std::vector<uint8_t> channels = traffic_every_channel();
+    std::vector<uint8_t> types = traffic_every_type();
     uint32_t shortest = 0, longest = 64; ///< data bytes; a CAN frame has 8 at most
     traffic_count counter = traffic_count::identifier;
     bool check = false; ///< frames carry a CRC, both ways
