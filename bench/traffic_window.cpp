@@ -31,7 +31,10 @@ struct rate_case {
     double lag_limit_ms; ///< 99 of 100 turns of the event loop are at most so late
     double cpu_limit;    ///< of one core, all threads of the program; 0: not judged
 };
-constexpr rate_case rates[] = {{8000, 10, 0.08}, {40000, 16, 0}};
+constexpr rate_case rates[] = {{0, 10, 0}, {8000, 10, 0.08}, {40000, 16, 0}};
+
+/// What a silent line costs: that is the probe's, and the waiting loop's around it.
+double idle_cpu = 0;
 
 double cpu_seconds() {
     rusage used{};
@@ -75,7 +78,7 @@ bool play(const std::string& script) {
     bool good = false;
     drive_play(script, {.echo =
                             [](const std::string& line) {
-                                if (line.starts_with("FAIL")) std::puts(line.c_str());
+                                if (line.starts_with("FAIL")) std::fputs(line.c_str(), stdout);
                             },
                         .ended =
                             [&](bool well) {
@@ -111,7 +114,8 @@ bool measure(std::FILE* sim, const rate_case& row, uint32_t seconds) {
     const auto begin = steady::now();
     drive_wait([] { return false; }, static_cast<int32_t>(seconds * 1000));
     const double passed = std::chrono::duration<double>(steady::now() - begin).count();
-    const double cpu = (cpu_seconds() - cpu_before) / passed;
+    const double cpu = (cpu_seconds() - cpu_before) / passed - idle_cpu;
+    if (row.frames_a_second == 0) idle_cpu = cpu;
     const double memory = resident_mb();
     const traffic_counters after = data_page_traffic().counters();
     timer_remove(probe);
@@ -157,14 +161,16 @@ int main(int argc, char** argv) {
     tk_init_assets();
     tk_ext_widgets_init();
     application_init();
-    bool held =
-        play("pick home_page/combo_box_ex_dev VKT610B\nwait home_page/combo_box_ex_serial option COM9\n"
-             "pick home_page/combo_box_ex_serial COM9\nclick home_page/button\nwait progress/ok visible 1 20000\n"
-             "click progress/ok\nclick home_page/button_data\nwait progress/ok visible 1 20000\n"
-             "click progress/ok\nwait data_page/state_word text 传输模式 5000\n");
-    for (const rate_case& row : rates) held = held && measure(sim, row, seconds);
+    bool held = play("pick home_page/combo_box_ex_dev VKT610B\nwait home_page/combo_box_ex_serial option COM9\n"
+                     "type home_page/combo_box_ex_serial COM9\nkey Tab\nclick home_page/button\nwait progress/ok "
+                     "visible 1 20000\n"
+                     "click progress/ok\nclick home_page/button_data\nwait progress/ok visible 1 20000\n"
+                     "click progress/ok\nwait data_page/state_word text 传输模式 5000\n");
+    if (held)
+        for (const rate_case& row : rates) held = measure(sim, row, seconds) && held;
     application_exit();
     tk_exit();
+    std::fputs("quit\n", sim);
     pclose(sim);
     std::remove((std::string(folder) + "/ports.txt").c_str());
     rmdir(folder);

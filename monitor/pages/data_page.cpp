@@ -50,6 +50,7 @@ class page {
 
     bool post(traffic_request* request);
     ret_t write();
+    ret_t let_write(bool may);
     ret_t pause();
     ret_t clear();
     ret_t switch_periodic();
@@ -64,6 +65,7 @@ class page {
     send_form form_;
     std::unique_ptr<data_table> table_; ///< made when the traffic has its records
     periodic_sender periodic_;
+    bool waits_ = false;  ///< the button, until the frame has been sent
     uint32_t timer_ = 0;  ///< of periodic sending
     uint32_t counts_ = 0; ///< timer that shows the counts next
     uint32_t leaving_ = 0;
@@ -114,7 +116,7 @@ void page::refresh() {
     if (navigator_find(window_name) != win_ || table_ == nullptr) return;
     table_->refresh();
     if (traffic_.link() != link_) show_link();
-    if (traffic_.send_done() && timer_ == 0 && leaving_ == 0) widget_set_enable(at("button_write"), true);
+    if (waits_ && traffic_.send_done() && timer_ == 0 && leaving_ == 0) let_write(true);
     if (counts_ == 0)
         counts_ = timer_add(
             [this] {
@@ -172,7 +174,12 @@ bool page::post(traffic_request* request) {
 ret_t page::write() {
     traffic_request request;
     if (!post(&request)) return RET_FAIL;
-    return widget_set_enable(at("button_write"), false);
+    return let_write(false);
+}
+
+ret_t page::let_write(bool may) {
+    waits_ = !may;
+    return widget_set_enable(at("button_write"), may);
 }
 
 ret_t page::switch_periodic() {
@@ -193,14 +200,14 @@ void page::start_periodic() {
         form_.lock_periodic(false);
         return;
     }
-    widget_set_enable(at("button_write"), false);
+    let_write(false);
     periodic_.start(request, step);
     timer_ = timer_add([this] { return tick(); }, period_ms);
 }
 
 void page::end_periodic() {
     timer_remove(std::exchange(timer_, 0));
-    widget_set_enable(at("button_write"), true);
+    let_write(true);
     form_.lock_periodic(false);
 }
 

@@ -6,7 +6,8 @@
 //
 // Whatever asks for a refresh (new rows, another place, another size) asks for one filling of the visible rows. The
 // first one after a quiet time comes with the next turn of the event loop; the next ones keep at least
-// table_fill_pace_ms, so that however often rows come, the table costs the same.
+// table_rows_pace_ms where rows came or changed, so that however often they do, the table costs the same, and
+// table_fill_pace_ms where the user moved something.
 #pragma once
 
 #include "toolkit/ravel/widget.h"
@@ -15,8 +16,10 @@
 #include <functional>
 #include <optional>
 
-/// Shortest time between two fillings.
+/// Shortest time between two fillings: as fast as the eye follows.
 constexpr int table_fill_pace_ms = 34;
+/// And for new content, which nobody reads faster.
+constexpr int table_rows_pace_ms = 66;
 
 /// Fills row `index` (from 0 at the top) into the row widget; its children are found by name.
 using table_row_handler = std::function<ret_t(uint32_t index, widget* row)>;

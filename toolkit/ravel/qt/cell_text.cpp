@@ -15,6 +15,12 @@ constexpr char16_t first_char = 0x20;
 constexpr char16_t last_char = 0x7E;
 constexpr int overhang = 2; ///< pixels that a character may reach beyond its advance, on both sides
 
+bool is_ascii(char16_t c) { return c >= first_char && c <= last_char; }
+/// Ideographs, and the signs that stand between them.
+bool is_chinese(char16_t c) {
+    return (c >= 0x4E00 && c <= 0x9FFF) || (c >= 0x3000 && c <= 0x303F) || (c >= 0xFF00 && c <= 0xFF60);
+}
+
 int channel_of(QRgb pixel, int shift) { return static_cast<int>(pixel >> shift & 0xFF); }
 
 /// How much of `ink` a pixel is that was drawn on `paper`. Text is blended along a curve that depends on what is
@@ -46,12 +52,19 @@ cell_glyphs::cell_glyphs(const QFont& font, const QColor& color, qreal scale)
 
 bool cell_glyphs::can_show(const QString& text) {
     return std::all_of(text.begin(), text.end(),
-                       [](QChar c) { return c.unicode() >= first_char && c.unicode() <= last_char; });
+                       [](QChar c) { return is_ascii(c.unicode()) || is_chinese(c.unicode()); });
 }
 
-int cell_glyphs::width(const QString& text) const {
+cell_glyphs::glyph& cell_glyphs::of(QChar character) {
+    if (is_ascii(character.unicode())) return glyphs_[character.unicode() - first_char];
+    const auto [at, fresh] = others_.try_emplace(character.unicode());
+    if (fresh) at->second.advance = QFontMetricsF(font_).horizontalAdvance(character);
+    return at->second;
+}
+
+int cell_glyphs::width(const QString& text) {
     qreal sum = 0;
-    for (const QChar c : text) sum += glyphs_[c.unicode() - first_char].advance;
+    for (const QChar c : text) sum += of(c).advance;
     return static_cast<int>(std::lround(sum));
 }
 
@@ -79,7 +92,7 @@ void cell_glyphs::make(QChar character, glyph* into) const {
 void cell_glyphs::draw(QPainter* painter, QPoint at, const QString& text) {
     qreal x = at.x() - overhang;
     for (const QChar c : text) {
-        glyph& one = glyphs_[c.unicode() - first_char];
+        glyph& one = of(c);
         if (one.picture.isNull()) make(c, &one);
         if (c != u' ') painter->drawImage(QPointF(std::round(x * scale_) / scale_, at.y() - ascent_), one.picture);
         x += one.advance;

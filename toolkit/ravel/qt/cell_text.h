@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QPainter>
 
+#include <unordered_map>
 #include <vector>
 
 /// The pictures of one font in one colour at one scale.
@@ -14,10 +15,11 @@ class cell_glyphs {
   public:
     cell_glyphs(const QFont& font, const QColor& color, qreal scale);
 
-    /// Whether it has pictures for all of a text; others are left to the painter.
+    /// Whether it has pictures for all of a text (ASCII and Chinese, whose characters stand for themselves wherever
+    /// they stand); others are left to the painter.
     static bool can_show(const QString& text);
     /// Width in pixels of a text that it can show.
-    int width(const QString& text) const;
+    int width(const QString& text);
     /// Draws such a text with its base line at `at`.
     void draw(QPainter* painter, QPoint at, const QString& text);
 
@@ -26,6 +28,7 @@ class cell_glyphs {
         QImage picture; ///< null until it is needed
         qreal advance = 0;
     };
+    glyph& of(QChar character);
     void make(QChar character, glyph* into) const;
 
     QFont font_;
@@ -33,7 +36,8 @@ class cell_glyphs {
     const qreal scale_;
     int ascent_ = 0;
     int height_ = 0;
-    std::vector<glyph> glyphs_; ///< of the printable characters of ASCII
+    std::vector<glyph> glyphs_;                  ///< of the printable characters of ASCII
+    std::unordered_map<char16_t, glyph> others_; ///< of those of the others that came up
 };
 
 /// The pictures for a font and colour; kept for as long as the program runs.

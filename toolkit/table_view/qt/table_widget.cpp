@@ -24,17 +24,17 @@ table_widget::table_widget(QWidget* parent) : QAbstractScrollArea(parent), row_h
 }
 
 /// What is asked for while a filling waits is part of it.
-void table_widget::ask() {
-    if (asked_.isActive()) return;
-    const qint64 quiet = since_fill_.isValid() ? since_fill_.elapsed() : table_fill_pace_ms;
-    asked_.start(static_cast<int>(std::max<qint64>(0, table_fill_pace_ms - quiet)));
+void table_widget::ask(int pace_ms) {
+    const qint64 quiet = since_fill_.isValid() ? since_fill_.elapsed() : pace_ms;
+    const int wait = static_cast<int>(std::max<qint64>(0, pace_ms - quiet));
+    if (!asked_.isActive() || wait < asked_.remainingTime()) asked_.start(wait);
 }
 
 void table_widget::set_rows(uint32_t count) {
     count_ = std::min(count, rows_max);
     cut_choice();
     move_bar();
-    ask();
+    ask(table_rows_pace_ms);
 }
 
 void table_widget::rows_inserted(uint32_t count) {
@@ -46,7 +46,7 @@ void table_widget::rows_inserted(uint32_t count) {
     }
     cut_choice();
     move_bar();
-    ask();
+    ask(table_rows_pace_ms);
 }
 
 void table_widget::show_row(uint32_t index) {
@@ -97,6 +97,8 @@ bool table_widget::add_row(uint32_t index) {
         log_write(LOG_LEVEL_ERROR, "table row: " + why + "\n");
         return false;
     }
+    // What covers all of its place spares painting what is under it.
+    if (row->w->property("opaque").toBool()) row->w->setAttribute(Qt::WA_OpaquePaintEvent);
     row_height_ = row->w->minimumHeight() > 0 ? row->w->minimumHeight() : fallback_row_height;
     pool_.push_back({row, -1});
     if (create) create(index, handle_of(row));

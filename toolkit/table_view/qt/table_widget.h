@@ -47,7 +47,7 @@ class table_widget final : public QAbstractScrollArea {
         widget_state* state;
         int64_t index; ///< -1: kept for later, hidden
     };
-    void ask();
+    void ask(int pace_ms = table_fill_pace_ms);
     void move_bar();
     bool add_row(uint32_t index);
     void fill_row(std::size_t position, uint32_t first, uint32_t shown);
