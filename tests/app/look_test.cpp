@@ -124,6 +124,26 @@ TEST_F(look, units_stand_eight_pixels_behind_their_fields) {
     EXPECT_GE(seen, 4U * 30);
 }
 
+TEST_F(look, no_choice_is_cut) {
+    std::size_t seen = 0;
+    for (const auto& [w, h] : sizes)
+        for_pages(w, h, [&seen](widget* page) {
+            std::string script =
+                tk_format("expect home_page/combo_box_ex_dev tooltip %s\n",
+                          user_word(widget_get_prop_str(at("combo_box_ex_dev"), "toolTip", "")).c_str());
+            for (widget* box : all_below(page)) {
+                if (widget_type(box) != "combo_box") continue;
+                seen++;
+                script +=
+                    tk_format("expect home_page/%s/%s tooltip %s\n", widget_name(page).c_str(),
+                              widget_name(box).c_str(), user_word(widget_get_prop_str(box, "toolTip", "")).c_str());
+            }
+            // What is cut would stand in the tooltip as well.
+            EXPECT_EQ(user_does(script), "");
+        });
+    EXPECT_GE(seen, 4U * 15);
+}
+
 TEST_F(look, every_number_has_a_unit_beside_it_and_in_its_tooltip) {
     for_pages(1280, 750, [](widget* page) {
         const std::vector<widget*> all = all_below(page);

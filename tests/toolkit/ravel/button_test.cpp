@@ -36,6 +36,11 @@ TEST_F(buttons, another_label_leaves_the_shortcut) {
     key("Alt+d");
     EXPECT_TRUE(wait_until([this] { return told.count() == 2; }));
     EXPECT_THAT(told.take(), ElementsAre("go:click", "marked:click"));
+    widget_set_text_utf8(at("marked"), "断开");
+    key("Alt+d");
+    key("Alt+y");
+    EXPECT_TRUE(wait_until([this] { return told.count() == 1; }));
+    EXPECT_THAT(told.take(), ElementsAre("go:click"));
 }
 
 TEST_F(buttons, released_outside_is_no_click) {

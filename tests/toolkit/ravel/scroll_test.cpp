@@ -268,6 +268,15 @@ TEST_F(staying, tab_brings_a_field_out_from_under_it) {
     EXPECT_FALSE(covered_at(qwidget_of(at("first")), QPoint(5, 1)));
 }
 
+TEST_F(staying, what_stays_takes_the_keyboard_where_it_is) {
+    click(at("first"));
+    widget_set_value_int(at("bar"), 100);
+    follow();
+    key("Shift+Tab");
+    ASSERT_TRUE(widget_get_focused(at("tab")));
+    EXPECT_EQ(scroll_view_get_offset_y(at("view")), 100);
+}
+
 TEST_F(staying, tab_steps_the_other_bar_from_side_to_side) {
     click(at("first"));
     key("Tab");

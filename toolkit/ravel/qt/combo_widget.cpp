@@ -79,8 +79,12 @@ void combo_widget::showPopup() {
 }
 
 bool combo_widget::text_is_cut() const {
-    const QLineEdit* edit = lineEdit();
-    return edit != nullptr && fontMetrics().horizontalAdvance(edit->text()) > text_place(edit).width();
+    const int wanted = fontMetrics().horizontalAdvance(currentText());
+    if (lineEdit() != nullptr) return wanted > text_place(lineEdit()).width();
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    const QRect field = style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
+    return wanted > field.width() - 2;
 }
 
 QString combo_widget::tooltip_shown() const {
