@@ -92,7 +92,7 @@ class traffic {
     bool row(std::size_t row, traffic_record* out) const { return rows(row, std::span(out, 1)).copied == 1; }
     std::size_t size() const { return rows(0, {}).size; }
 
-    /// Since it was made. Any thread.
+    /// Since it was made.
     traffic_counters counters() const;
     /// Any thread.
     traffic_link link() const;
