@@ -92,7 +92,7 @@ class traffic {
     bool row(std::size_t row, traffic_record* out) const { return rows(row, std::span(out, 1)).copied == 1; }
     std::size_t size() const { return rows(0, {}).size; }
 
-    /// Since it was made. Any thread.
+    /// Since it was made.
     traffic_counters counters() const;
     /// Any thread.
     traffic_link link() const;
@@ -110,7 +110,7 @@ class traffic {
     uint32_t receive();
     bool wait_to_run();
     bool receive_once(port_lease& port, const port_event& event);
-    bool go_on_after(const io_result& failed);
+    bool go_on_after(port_lease& port, const io_result& failed);
     void purge_after_read(port_lease& port);
     void take_chunk(std::span<const uint8_t> chunk);
 
@@ -129,6 +129,7 @@ class traffic {
     csv_recorder csv_;                    ///< the send thread's
     std::unique_ptr<record_queue> queue_; ///< there from the first start on
     std::vector<traffic_record> chunk_;   ///< the receive thread's
+    bool doubtful_ = false;               ///< the receive thread's: its last read ended as one of a lost port does
     std::function<void()> refresh_;       ///< the GUI thread's
     std::shared_ptr<int> alive_;          ///< what is posted does nothing once it is gone
     std::atomic<bool> check_{false}, send_done_{true}, leaving_{false};

@@ -4,6 +4,8 @@
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
 
+#include <utility>
+
 namespace {
 
 constexpr std::size_t read_bytes = 1024;
@@ -63,6 +65,7 @@ uint32_t traffic::receive() {
         set_link(traffic_link::lost);
         return 0;
     }
+    doubtful_ = false;
     while (wait_to_run() && receive_once(*port, event)) {
     }
     return 0;
@@ -85,7 +88,8 @@ bool traffic::receive_once(port_lease& port, const port_event& event) {
         read = port.read_with(event, buffer, INFINITE);
         if (read.ok()) purge_after_read(port);
     }
-    if (!read.ok()) return go_on_after(read);
+    if (!read.ok()) return go_on_after(port, read);
+    doubtful_ = false;
     if (read.bytes > 0) {
         take_chunk(std::span(buffer).first(read.bytes));
         ask_refresh();
@@ -95,14 +99,18 @@ bool traffic::receive_once(port_lease& port, const port_event& event) {
     return true;
 }
 
-bool traffic::go_on_after(const io_result& failed) {
+// Some systems take a read whose bytes the send thread's purge took away for the end of the port. So a port that
+// still answers gets a second chance, and is lost when that fails too.
+bool traffic::go_on_after(port_lease& port, const io_result& failed) {
     if (worker_should_stop()) return false;
-    say_failure(failed, read_words);
+    const bool lost = port_lost_error(failed.error);
+    if (!lost || !doubtful_) say_failure(failed, read_words);
     if (failed.step == io_step::stopped) {
         set_link(traffic_link::closed);
         return false;
     }
-    if (!port_lost_error(failed.error)) return worker_sleep_ms(look_again_ms);
+    if (!lost) return worker_sleep_ms(look_again_ms);
+    if (!std::exchange(doubtful_, true) && port.waiting()) return true;
     set_link(traffic_link::lost);
     return false;
 }

@@ -34,6 +34,14 @@ bool fails(call which) {
     return true;
 }
 
+/// What has left the queue may be on its way still: a driver's own store, the far end of a pseudo-terminal.
+/// Clearing an empty queue would take it away.
+bool nothing_to_send(HANDLE port) {
+    DWORD errors = 0;
+    COMSTAT status{};
+    return ::ClearCommError(port, &errors, &status) && status.cbOutQue == 0;
+}
+
 bool refuses(call which) {
     if (fails(which)) return true;
     if (!aborted) return false;
@@ -98,7 +106,10 @@ BOOL GetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts) {
 
 BOOL PurgeComm(HANDLE port, DWORD flags) {
     tell_call("PurgeComm", {flags});
-    return fails(call::purge_comm) ? FALSE : ::PurgeComm(port, flags);
+    if (fails(call::purge_comm)) return FALSE;
+    if ((flags & PURGE_TXCLEAR) == 0 || !nothing_to_send(port)) return ::PurgeComm(port, flags);
+    const DWORD others = flags & ~static_cast<DWORD>(PURGE_TXCLEAR);
+    return others == 0 ? TRUE : ::PurgeComm(port, others);
 }
 
 BOOL ClearCommError(HANDLE port, DWORD* errors, COMSTAT* status) {

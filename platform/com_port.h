@@ -29,6 +29,7 @@ BOOL SetupComm(HANDLE port, DWORD in_queue, DWORD out_queue);
 BOOL SetCommState(HANDLE port, DCB* state);
 BOOL SetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts);
 BOOL GetCommTimeouts(HANDLE port, COMMTIMEOUTS* timeouts);
+/// An empty output queue is left alone, so that what has just left it arrives.
 BOOL PurgeComm(HANDLE port, DWORD flags);
 /// Clears the port's error state and fills in how many bytes wait in the queues.
 BOOL ClearCommError(HANDLE port, DWORD* errors, COMSTAT* status);

@@ -233,6 +233,23 @@ TEST_F(receiving, a_read_without_a_result_is_said_and_tried_again) {
     EXPECT_EQ(console->text(), "Get overlapped result for async read failed\n");
 }
 
+TEST_F(receiving, a_read_that_ends_as_a_lost_ports_does_has_a_second_chance) {
+    open();
+    com::fault_set(com::call::get_overlapped_result, 0, 1, 109);
+    send(frame(1));
+    ASSERT_TRUE(wait([this] { return !console->text().empty(); }));
+    send(frame(2));
+    ASSERT_TRUE(wait_received(1));
+    EXPECT_EQ(page->link(), traffic_link::open);
+    EXPECT_EQ(console->text(), "Get overlapped result for async read failed\n");
+    com::fault_set(com::call::read_file, 0, 2, 21);
+    send(frame(3)); // may still be read by the read that is pending
+    send(frame(4));
+    ASSERT_TRUE(wait_link(traffic_link::lost));
+    EXPECT_EQ(console->text(), "Get overlapped result for async read failed\n"
+                               "Async read operation failed with error code: 21\n");
+}
+
 TEST_F(receiving, a_port_without_time_outs_to_save_is_read_all_the_same) {
     com::fault_set(com::call::get_comm_timeouts, 0, 1, 87);
     open();

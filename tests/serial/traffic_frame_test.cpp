@@ -128,7 +128,7 @@ TEST(traffic_frame_parse, an_extended_fd_frame_with_check) {
 TEST(traffic_frame_parse, noise_before_the_start_is_skipped_and_counts_as_used) {
     for (const uint8_t start : bytes{0xAA, 0xAB, 0xAC}) {
         bytes frame = standard;
-        frame[0] = start;
+        frame.at(0) = start;
         frame.insert(frame.begin(), {0x00, 0xA9, 0xAD, 0xFF});
         const auto [code, found] = parse(frame);
         EXPECT_EQ(code, 0);
@@ -164,7 +164,7 @@ TEST(traffic_frame_parse, cut_at_every_byte) {
 TEST(traffic_frame_parse, a_length_too_small) {
     for (uint8_t length = 0; length < 8; ++length) {
         bytes frame = standard;
-        frame[1] = length;
+        frame.at(1) = length;
         EXPECT_EQ(parse(frame).code, length < 5 ? -4 : 0) << int{length};
         EXPECT_EQ(parse(frame, true).code, length < 7 ? -4 : -7) << int{length};
     }
@@ -173,21 +173,21 @@ TEST(traffic_frame_parse, a_length_too_small) {
 TEST(traffic_frame_parse, a_foreign_command) {
     for (const uint8_t command : bytes{0x00, 0x02, 0x04, 0xFF}) {
         bytes frame = standard;
-        frame[2] = command;
+        frame.at(2) = command;
         EXPECT_EQ(parse(frame).code, -6);
     }
 }
 
 TEST(traffic_frame_parse, every_bit_counts_for_the_check) {
     bytes frame = standard;
-    frame[1] = 0x0F;
+    frame.at(1) = 0x0F;
     const bytes good = with_check(frame);
     EXPECT_EQ(parse(good, true).code, 0);
     EXPECT_EQ(parse(good, true).found.data.size(), 8u);
     for (std::size_t at = 3; at < good.size(); ++at)
         for (int bit = 0; bit < 8; ++bit) {
             bytes wrong = good;
-            wrong[at] = static_cast<uint8_t>(wrong[at] ^ (1u << bit));
+            wrong.at(at) = static_cast<uint8_t>(wrong.at(at) ^ (1u << bit));
             EXPECT_EQ(parse(wrong, true).code, -7) << at << ' ' << bit;
         }
 }
@@ -215,16 +215,16 @@ TEST(traffic_frame_parse, the_first_fault_is_answered) {
     EXPECT_EQ(parse({0xAA, 4, 9, 1, 0, 1, 0, 0, 0}).code, -4) << "length before command";
     EXPECT_EQ(parse({0xAA, 6, 9, 1, 0, 1, 0, 0, 0}).code, -9) << "end before command";
     bytes frame = frame_of(0x00, 9, true);
-    frame[2] = 9;
+    frame.at(2) = 9;
     EXPECT_EQ(parse(frame, true).code, -6) << "command before check";
-    frame[2] = 3;
+    frame.at(2) = 3;
     frame.back() = static_cast<uint8_t>(~frame.back());
     EXPECT_EQ(parse(frame, true).code, -7) << "check before data length";
 }
 
 TEST(traffic_frame_parse, a_fault_after_noise_says_how_much_noise_there_was) {
     bytes frame = standard;
-    frame[2] = 4;
+    frame.at(2) = 4;
     frame.insert(frame.begin(), {1, 2, 3});
     const auto [code, found] = parse(frame);
     EXPECT_EQ(code, -6);

@@ -244,8 +244,7 @@ TEST(SimTraffic, ReceivedFramesHaveACheckWhereThePlanHasOne) {
     module_and_port with;
     with.module->set_traffic({.check = true});
     const bytes good = {0xAA, 0x07, 0x04, 0x01, 0x00, 0x01, 0, 0, 0, 0xD1, 0x8D};
-    bytes bad = good;
-    bad.back() = 0;
+    const bytes bad = {0xAA, 0x07, 0x04, 0x01, 0x00, 0x01, 0, 0, 0, 0xD1, 0x8C};
     ASSERT_TRUE(with.port.write(transfer_text + bad + good));
     ASSERT_TRUE(with.module->wait_traffic(0, 1, patience_ms));
     EXPECT_EQ(with.module->count().unknown, 1u);
@@ -269,6 +268,7 @@ TEST(SimTraffic, WhatALineDoesNotTakeIsLeftOutAndCounted) {
 
 TEST(SimTraffic, OtherModelsHaveNone) {
     const auto module = sim::module_start(sim::model::vkt531a, "COM7");
+    ASSERT_NE(module, nullptr);
     port_end port("COM7");
     module->set_traffic({.rate = 1000});
     EXPECT_EQ(port.ask(transfer_text + handshake, 6), handshake_ok);
