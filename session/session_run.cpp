@@ -69,7 +69,6 @@ uint32_t session_run::run() {
         end = worker_should_stop() ? step_end::stopped : run_step(step);
         if (end != step_end::good) break;
     }
-    port.give_back();
     return end == step_end::good ? 0 : result_failed;
 }
 

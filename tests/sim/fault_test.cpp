@@ -53,6 +53,7 @@ const Case cases[] = {
     {"bad_check_b_write", b, spoil(fault::bad_check), write_r0, {0xAA, 0x03, 0x02, 0xFF, 0x80, 0xA6, 0x7D}},
     {"cut_short", generic, spoil(fault::cut_short), handshake, {0xF7, 0xF8, 0x02, 0x13, 0x1E}},
     {"cut_short_to", a, spoil(fault::cut_short, 10), firmware, first(firmware_ok, 10)},
+    {"cut_short_to_nothing", a, spoil(fault::cut_short, 0), firmware, {}},
     {"cut_short_b", b, spoil(fault::cut_short), read_all, first(read_all_ok, 145)},
     {"wrong_header", generic, spoil(fault::wrong_header), handshake, {0xF7, 0xF8, 0x7E, 0x13, 0x62, 0x00}},
     {"wrong_header_read", generic, spoil(fault::wrong_header), read_image,

@@ -219,6 +219,14 @@ TEST(SimLine, BabbleIsSentOutOfTurn) {
     EXPECT_EQ(port.read(3), (bytes{0x01, 0x02, 0x03}));
 }
 
+TEST(SimLine, NothingComesBackAsAnEchoBeforeThePortIsOpened) {
+    const auto module = start(sim::model::vkt531a);
+    module->babble({'a', '\r', '\n'});
+    port_end port("COM7");
+    ASSERT_EQ(port.ask(handshake, 6), handshake_ok);
+    EXPECT_EQ(module->received(), handshake);
+}
+
 TEST(SimLine, NobodyReadingDoesNotHoldUpItsEnd) {
     auto module = start(sim::model::vkt531a);
     port_end port("COM7");
@@ -261,9 +269,14 @@ TEST(SimWatcher, HearsOfEachRequest) {
 }
 
 TEST(SimModel, Names) {
-    sim::model m = sim::model::vkt530a;
-    EXPECT_TRUE(sim::model_from_name("VKT610B", &m));
-    EXPECT_EQ(m, sim::model::vkt610b);
+    const std::pair<const char*, sim::model> names[] = {
+        {"VKT510A", sim::model::vkt510a}, {"VKT530A", sim::model::vkt530a}, {"VKT531A", sim::model::vkt531a},
+        {"VKT630B", sim::model::vkt630b}, {"VKT631B", sim::model::vkt631b}, {"VKT610B", sim::model::vkt610b}};
+    sim::model m{};
+    for (const auto& [name, model] : names) {
+        EXPECT_TRUE(sim::model_from_name(name, &m)) << name;
+        EXPECT_EQ(m, model) << name;
+    }
     EXPECT_FALSE(sim::model_from_name("VKT610b", &m));
     EXPECT_FALSE(sim::model_from_name("", &m));
     EXPECT_EQ(m, sim::model::vkt610b);

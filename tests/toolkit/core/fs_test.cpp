@@ -78,6 +78,15 @@ TEST_F(fs_files, a_missing_argument_is_refused) {
     EXPECT_FALSE(fs_file_read_line(file.get(), nullptr, 10));
 }
 
+#ifdef __linux__
+TEST_F(fs_files, a_read_that_the_system_refuses_is_no_end) {
+    const fs_file_ptr file(fs_open_file(os_fs(), "/proc/self/mem", "rb")); // nothing is mapped at its beginning
+    ASSERT_NE(file, nullptr);
+    char byte = 0;
+    EXPECT_EQ(fs_file_read(file.get(), &byte, 1), -1);
+}
+#endif
+
 TEST_F(fs_files, a_folder_is_made_once_and_only_in_a_folder_that_exists) {
     EXPECT_EQ(fs_create_dir(os_fs(), path("sub").c_str()), RET_OK);
     EXPECT_EQ(fs_create_dir(os_fs(), path("sub").c_str()), RET_FAIL);

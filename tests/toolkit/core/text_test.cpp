@@ -85,6 +85,28 @@ TEST(text, utf8_and_wide_characters_convert_both_ways) {
     EXPECT_EQ(wstr_from_str(std::string("a\0b", 3)), std::wstring(L"a\0b", 3));
 }
 
+TEST(text, the_bounds_of_utf8_are_exact) {
+    const std::pair<const char*, const wchar_t*> characters[] = {
+        {"\x7F", L"\x007F"},
+        {"\xC2\x80", L"\x0080"},
+        {"\xDF\xBF", L"\x07FF"},
+        {"\xE0\xA0\x80", L"\x0800"},
+        {"\xE1\x80\x80", L"\x1000"},
+        {"\xED\x9F\xBF", L"\xD7FF"},
+        {"\xEE\x80\x80", L"\xE000"},
+        {"\xEF\xBF\xBF", L"\xFFFF"},
+        {"\xF0\x90\x80\x80", L"\U00010000"},
+        {"\xF1\x80\x80\x80", L"\U00040000"},
+        {"\xF4\x8F\xBF\xBF", L"\U0010FFFF"},
+    };
+    for (const auto& [utf8, wide] : characters) {
+        EXPECT_EQ(wstr_from_str(utf8), wide);
+        EXPECT_EQ(str_from_wstr(wide), utf8);
+    }
+    for (const char* none : {"\xC1\xBF", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80"})
+        EXPECT_EQ(wstr_from_str(none), std::wstring(std::string(none).size(), L'\xFFFD'));
+}
+
 TEST(text, what_is_no_utf8_becomes_the_replacement_character) {
     EXPECT_EQ(wstr_from_str("a\xFFz"), L"a\uFFFDz");
     EXPECT_EQ(wstr_from_str("\x80"), L"\uFFFD");
