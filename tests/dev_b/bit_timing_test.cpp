@@ -29,6 +29,7 @@ TEST(TimingRate, Divider4Brp1Tseg20And5GivesTwoMegabit) {
 TEST(TimingRate, IsTruncated) {
     EXPECT_EQ(timing_rate_kbit(6, {1, 32, 8}), 833u);
     EXPECT_EQ(timing_rate_kbit(3, {1, 1, 1}), 33333u);
+    EXPECT_EQ(timing_rate_kbit(1, {1, 1, 0}), 200000u) << "the clock's own";
 }
 TEST(TimingRate, IsZeroWhenAnyPartOfTheDivisorIs) {
     EXPECT_EQ(timing_rate_kbit(0, {1, 1, 1}), 0u);
@@ -228,6 +229,9 @@ TEST(TimingOpen, DataPhaseIsOffInClassicCan) {
     EXPECT_FALSE(timing_open(props.get(), 1).data_enabled);
     EXPECT_TRUE(timing_open(props.get(), 2).data_enabled);
     EXPECT_TRUE(timing_open(b_props({}).get(), 1).data_enabled); // a missing mode is CAN FD
+    const tk_object_ptr other = b_props({{"canfd1_mode_vkt610b", 2}, {"canfd2_mode_vkt610b", 0}});
+    EXPECT_TRUE(timing_open(other.get(), 1).data_enabled);
+    EXPECT_FALSE(timing_open(other.get(), 2).data_enabled);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <random>
 
 namespace {
@@ -228,6 +229,20 @@ TEST(TimingListReader, BadLinesAreToldAtTheEnd) {
     EXPECT_EQ(reader.bad_lines(), 1u);
     EXPECT_EQ(log.text(), file.path() + ": 1 lines are no candidates\n");
 }
+#ifdef __linux__
+TEST(TimingListReader, AFileThatWasReadIsClosed) {
+    const auto open_files = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
+    const list_file file("1-20-5-5-80.00\n");
+    const auto before = open_files();
+    timing_list_reader reader(file.path(), {});
+    EXPECT_EQ(open_files(), before + 1);
+    timing_list list;
+    while (reader.read_on(&list)) {
+    }
+    EXPECT_EQ(open_files(), before);
+}
+#endif
+
 TEST(TimingListReader, ThereMayBeNoFile) {
     timing_list_reader reader("no_such_list.txt", {});
     timing_list list;
