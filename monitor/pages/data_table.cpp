@@ -49,9 +49,10 @@ data_table::data_table(traffic& from, widget* table) : traffic_(from), table_(ta
 
 void data_table::refresh() {
     const record_queue::look now = traffic_.rows(0, {});
-    table_client_rows_inserted(table_,
-                               static_cast<uint32_t>(std::min<uint64_t>(now.appended - shown_, UINT32_MAX)));
-    table_client_set_rows(table_, static_cast<uint32_t>(now.size));
+    const auto rows = static_cast<uint32_t>(now.size);
+    const auto came = static_cast<uint32_t>(std::min<uint64_t>(now.appended - shown_, UINT32_MAX));
+    table_client_rows_inserted(table_, came, rows);
+    table_client_set_rows(table_, rows);
     shown_ = now.appended;
 }
 

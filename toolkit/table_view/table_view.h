@@ -31,10 +31,11 @@ ret_t table_view_register();
 /// RET_BAD_PARAMS when `table` is no table.
 ret_t table_client_set_rows(widget* table, uint32_t rows);
 uint32_t table_client_get_rows(const widget* table);
-/// `count` rows were inserted above all others, so there are as many more. What is shown stays in its place, under
+/// `count` rows were inserted above all others, so there are as many more, up to `at_most`: beyond that the last
+/// ones went. What is shown stays in its place, under
 /// other indexes; a table that is scrolled to its top stays there and shows the new rows. RET_BAD_PARAMS when
 /// `table` is no table.
-ret_t table_client_rows_inserted(widget* table, uint32_t count);
+ret_t table_client_rows_inserted(widget* table, uint32_t count, uint32_t at_most = UINT32_MAX);
 /// The row at the top of what is shown (after the filling that is asked for); 0 without rows or when `table` is no
 /// table.
 uint32_t table_client_first_row(const widget* table);

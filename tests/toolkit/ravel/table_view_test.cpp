@@ -67,7 +67,7 @@ TEST_F(table, AfterAQuietTimeTheFirstFillingIsTheNextTurnsAndTheRestKeepThePace)
         fillings++;
     }
     EXPECT_EQ(fillings, 8);
-    EXPECT_GE(clock.elapsed(), 7 * (table_fill_pace_ms - 1));
+    EXPECT_GE(clock.elapsed(), 7 * (table_rows_pace_ms - 1));
 }
 
 TEST_F(table, WhatIsAskedForWhileAFillingWaitsIsPartOfIt) {
@@ -119,6 +119,36 @@ TEST_F(table, RowsInsertedAboveLeaveWhatIsShownInPlace) {
     EXPECT_EQ(table_row_index(top), 107) << "the same record, at the same place";
     wheel(client, -120);
     EXPECT_GT(table_client_first_row(client), 107u);
+}
+
+TEST_F(table, OfRowsInsertedIntoAFullOneTheLastGo) {
+    table_client_set_rows(client, 100);
+    table_client_show_row(client, 50);
+    table_client_rows_inserted(client, 7, 100);
+    EXPECT_EQ(table_client_get_rows(client), 100u);
+    EXPECT_EQ(table_client_first_row(client), 57u);
+    table_client_rows_inserted(client, 7, 104);
+    EXPECT_EQ(table_client_get_rows(client), 104u);
+    table_client_rows_inserted(client, 200, 104);
+    EXPECT_GT(table_client_first_row(client), 90u) << "what was shown has gone";
+}
+
+TEST_F(table, NewContentKeepsItsOwnPaceAndTheUserIsShownFaster) {
+    ASSERT_EQ(table_client_fill(client), RET_OK);
+    QElapsedTimer clock;
+    clock.start();
+    loaded = 0;
+    table_client_set_rows(client, 3);
+    ASSERT_TRUE(wait_until([this] { return loaded > 0; }));
+    EXPECT_GE(clock.elapsed(), table_rows_pace_ms - 2);
+    ASSERT_EQ(table_client_fill(client), RET_OK);
+    clock.restart();
+    loaded = 0;
+    table_client_set_rows(client, 3);
+    table_client_show_row(client, 0);
+    ASSERT_TRUE(wait_until([this] { return loaded > 0; }));
+    EXPECT_GE(clock.elapsed(), table_fill_pace_ms - 2) << "the earlier of the two";
+    EXPECT_LT(table_fill_pace_ms, table_rows_pace_ms);
 }
 
 TEST_F(table, TheUserScrollsFromWhereTheNextFillingBegins) {

@@ -1,7 +1,6 @@
 #include "toolkit/ravel/qt/assets.h"
 
 #include "toolkit/ravel/qt/detail.h"
-#include "toolkit/ravel/qt/ui_value.h"
 #include "toolkit/ravel/ravel.h"
 
 #include <QApplication>
@@ -13,6 +12,7 @@
 #include <QRegularExpression>
 
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -200,18 +200,13 @@ bool system_info_is_dark() {
 
 bool theme_is_dark() { return dark; }
 
-ret_t theme_set_dark(bool wanted) {
-    if (!tk_check_gui_thread(__func__) || qApp == nullptr) return RET_BAD_PARAMS;
-    if (dark == wanted) return RET_OK;
-    dark = wanted;
+bool use_sheet(bool dark_one) {
+    const bool before = std::exchange(dark, dark_one);
     sheet.clear();
-    if (!apply_style_sheet()) {
-        dark = !wanted;
-        sheet.clear();
-        return RET_FAIL;
-    }
-    renew_icons();
-    return RET_OK;
+    if (apply_style_sheet()) return true;
+    dark = before;
+    sheet.clear();
+    return false;
 }
 
 ret_t tk_init_assets() { return theme_dir.isEmpty() ? RET_FAIL : RET_OK; }

@@ -33,3 +33,5 @@ bool load_strings(const QString& language, const QString& country);
 void drop_strings();
 /// The text of a key in the language chosen; the key itself when there is none.
 QString translated(const QString& key);
+/// Reads and applies the light or the dark sheet. False, and the one before stays, when it cannot be read.
+bool use_sheet(bool dark_one);

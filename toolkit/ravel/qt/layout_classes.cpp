@@ -29,6 +29,7 @@ QWidget* make_line(QWidget* parent) {
 
 // A row with a style class stands before the plain one of its class.
 constexpr layout_class basic_classes[] = {
+    {"QWidget", "ground", widget_kind::view, nullptr, make<ground_widget>},
     {"QWidget", "card", widget_kind::card, nullptr, make_view},
     {"QWidget", nullptr, widget_kind::view, nullptr, make_view},
     {"QDialog", nullptr, widget_kind::dialog, nullptr, make_view},

@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QStyleOption>
 #include <QWheelEvent>
 
 spin_widget::spin_widget(QWidget* parent) : QSpinBox(parent) { setFocusPolicy(Qt::StrongFocus); }
@@ -18,6 +19,17 @@ void spin_widget::wheelEvent(QWheelEvent* event) {
     } else {
         event->ignore();
     }
+}
+
+ground_widget::ground_widget(QWidget* parent, Qt::WindowFlags flags) : QWidget(parent, flags) {
+    setAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+void ground_widget::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    QStyleOption option;
+    option.initFrom(this);
+    style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
 }
 
 check_widget::check_widget(QWidget* parent) : QCheckBox(parent) {

@@ -54,6 +54,15 @@ class spin_widget final : public QSpinBox {
 };
 
 /// A check button that is no wider than what it shows. As a switch it takes presses everywhere on it.
+/// A view that covers all of its place with the sheet's ground: what lies under it is not painted.
+class ground_widget final : public QWidget {
+  public:
+    explicit ground_widget(QWidget* parent, Qt::WindowFlags flags = {});
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
 class check_widget : public QCheckBox {
   public:
     explicit check_widget(QWidget* parent);

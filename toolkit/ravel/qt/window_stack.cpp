@@ -4,6 +4,7 @@
 #include "toolkit/ravel/qt/input_trap.h"
 #include "toolkit/ravel/qt/pump.h"
 #include "toolkit/ravel/qt/screen_fit.h"
+#include "toolkit/ravel/qt/widget_class.h"
 #include "toolkit/ravel/ravel.h"
 
 #include <QAbstractButton>
@@ -165,9 +166,7 @@ QWidget* top_input_window() { return stack.windows.empty() ? nullptr : stack.win
 QWidget* make_root(bool dialog) {
     // A subwindow to Qt: shortcuts and the Tab key stay inside the one that has the focus.
     if (dialog) return (new backdrop_widget(stack.native))->card();
-    auto* root = new QWidget(stack.native, Qt::SubWindow);
-    root->setAttribute(Qt::WA_StyledBackground);
-    return root;
+    return new ground_widget(stack.native, Qt::SubWindow);
 }
 
 QWidget* shell_of_root(QWidget* root) { return root->parentWidget() == stack.native ? root : root->parentWidget(); }

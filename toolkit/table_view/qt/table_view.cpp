@@ -32,10 +32,10 @@ uint32_t table_client_get_rows(const widget* table) {
     return t == nullptr ? 0 : t->rows();
 }
 
-ret_t table_client_rows_inserted(widget* table, uint32_t count) {
+ret_t table_client_rows_inserted(widget* table, uint32_t count, uint32_t at_most) {
     auto* t = live_as<table_widget>(table);
     if (t == nullptr) return RET_BAD_PARAMS;
-    t->rows_inserted(count);
+    t->rows_inserted(count, at_most);
     return RET_OK;
 }
 

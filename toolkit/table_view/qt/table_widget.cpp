@@ -37,8 +37,8 @@ void table_widget::set_rows(uint32_t count) {
     ask(table_rows_pace_ms);
 }
 
-void table_widget::rows_inserted(uint32_t count) {
-    count_ += std::min(count, rows_max - count_);
+void table_widget::rows_inserted(uint32_t count, uint32_t at_most) {
+    count_ = std::min(count_ + std::min(count, rows_max - count_), at_most);
     if (first_ > 0) first_ += std::min(count, rows_max - first_);
     if (anchor_ >= 0) {
         anchor_ += count;
@@ -97,8 +97,6 @@ bool table_widget::add_row(uint32_t index) {
         log_write(LOG_LEVEL_ERROR, "table row: " + why + "\n");
         return false;
     }
-    // What covers all of its place spares painting what is under it.
-    if (row->w->property("opaque").toBool()) row->w->setAttribute(Qt::WA_OpaquePaintEvent);
     row_height_ = row->w->minimumHeight() > 0 ? row->w->minimumHeight() : fallback_row_height;
     pool_.push_back({row, -1});
     if (create) create(index, handle_of(row));

@@ -14,7 +14,7 @@ class table_widget final : public QAbstractScrollArea {
 
     void set_rows(uint32_t count);
     uint32_t rows() const { return count_; }
-    void rows_inserted(uint32_t count);
+    void rows_inserted(uint32_t count, uint32_t at_most);
     void show_row(uint32_t index);
     uint32_t first_row() const;
     /// False while it is not on screen.
