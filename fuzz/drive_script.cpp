@@ -14,7 +14,7 @@ struct verb_form {
     bool widget, number;
     std::size_t args;
 };
-constexpr std::array<verb_form, 15> forms = {{
+constexpr std::array<verb_form, 16> forms = {{
     {"pick", true, false, 1},
     {"click", true, false, 0},
     {"press", true, true, 0},
@@ -28,6 +28,7 @@ constexpr std::array<verb_form, 15> forms = {{
     {"wait-file", false, true, 2},
     {"shot", false, false, 1},
     {"dump", false, false, 1},
+    {"clipboard", false, false, 1},
     {"sleep", false, true, 0},
     {"close", false, false, 0},
 }};

@@ -27,7 +27,7 @@ TEST(a_fields, are_described) {
                       {"can_send_check5_vkt510a", "验收码 5 [Hex] 0..FFFFFFFF"},
                       {"change_mode_vkt510a", "转换模式 0..3 1=透明转换|2=透明带标识转换|3=自定义协议转换"},
                       {"change_dir_vkt510a", "转换方向 0..2 0=双向|1=仅 SPI/UART 转 CAN|2=仅 CAN 转 SPI/UART"},
-                      {"uart_distance_vkt510a", "帧间隔 0..10"},
+                      {"uart_distance_vkt510a", "帧间隔 [bit] 0..10"},
                       {"change_can_c_vkt510a", "CAN 帧信息转到串口 0..2"},
                       {"change_can_id_vkt510a", "CAN 帧标识转到串口 0..2"},
                       {"can_send_kind_vkt510a", "帧类型 0..F 8=扩展帧|0=标准帧"},
@@ -37,7 +37,7 @@ TEST(a_fields, are_described) {
                       {"change_f_h_vkt510a", "帧头 [Hex] 0..FF"},
                       {"change_f_e_vkt510a", "帧尾 [Hex] 0..FF"},
                       {"spi_number_vkt510a", "帧字节数 [字节] 0..FE"},
-                      {"spi_time_vkt510a", "帧时间 0..FE"},
+                      {"spi_time_vkt510a", "帧时间 [ms] 0..FE"},
                   });
 }
 

@@ -16,13 +16,15 @@ class data_table_page : public data_stage {
         });
         return row;
     }
-    /// Until every byte of what the module sent has ended in a row or in a count.
-    bool quiet() {
-        return wait([this] {
-            std::size_t sent = 0;
-            for (const sim::traffic_note& note : module->traffic_sent()) sent += note.frame.size();
-            const traffic_counters now = data_page_traffic().counters();
-            return now.bytes_read + now.lost[traffic_loss::purged] == sent && rows() == data_page_traffic().size();
+    /// Until nothing has come in for a while, and all of it is shown.
+    static bool quiet() {
+        constexpr int64_t quiet_ms = 200;
+        uint64_t seen = 0;
+        int64_t since = time_now_ms();
+        return wait([&] {
+            const uint64_t now = data_page_traffic().counters().bytes_read;
+            if (std::exchange(seen, now) != now) since = time_now_ms();
+            return time_now_ms() - since > quiet_ms && rows() == data_page_traffic().size();
         });
     }
     static std::string id_of_row_0() { return widget_get_text_utf8(widget_child(first_row(), "id")); }

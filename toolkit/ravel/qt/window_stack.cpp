@@ -25,7 +25,11 @@ class native_widget final : public QWidget {
   protected:
     void closeEvent(QCloseEvent* what) override;
     void resizeEvent(QResizeEvent* what) override;
-    void paintEvent(QPaintEvent*) override { painted = true; }
+    /// Of a window in it: they cover it whole.
+    bool eventFilter(QObject* watched, QEvent* what) override {
+        if (what->type() == QEvent::Paint) painted = true;
+        return QWidget::eventFilter(watched, what);
+    }
 };
 
 struct entry {
@@ -166,7 +170,9 @@ QWidget* top_input_window() { return stack.windows.empty() ? nullptr : stack.win
 QWidget* make_root(bool dialog) {
     // A subwindow to Qt: shortcuts and the Tab key stay inside the one that has the focus.
     if (dialog) return (new backdrop_widget(stack.native))->card();
-    return new ground_widget(stack.native, Qt::SubWindow);
+    auto* root = new ground_widget(stack.native, Qt::SubWindow);
+    root->installEventFilter(stack.native);
+    return root;
 }
 
 QWidget* shell_of_root(QWidget* root) { return root->parentWidget() == stack.native ? root : root->parentWidget(); }
