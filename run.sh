@@ -36,7 +36,7 @@ mkdir -p "$shots" "$out/stage/log"
 rm -f "$report" "$shots"/*
 
 say "simulated modules"
-traffic="COM9:rate=40${demo:+:count=40}:check=on"
+traffic="COM9:rate=20${demo:+:count=40}:check=on"
 "$out/stage/bin/vkt_sim" COM7=VKT531A COM8=VKT510A COM9=VKT610B --traffic "$traffic" --report "$report" </dev/null \
     >"$out/modules.txt" &
 modules=$!

@@ -8,9 +8,10 @@
 #   --windows   the Windows cross build, tested under Wine; with the window program if there is a Qt for it:
 #               QTWIN_PREFIX names one, or packaging/windows/build-qt-prefix.sh has made one
 #   --lint      the checks of the source text and of the scripts only
+#   --soak [N]  N minutes (10) of traffic, periodic sending and page changes in the debug build
 #   --fuzz [N]  the fuzz targets, each for N seconds (30), under the address and undefined-behaviour sanitisers
-#   --all       everything above but --clang, which the sanitised builds stand for, and --fuzz, which has no end:
-#               the targets' corpus is played with all tests
+#   --all       everything above but --clang, which the sanitised builds stand for, --soak, which is played for a few
+#               seconds, and --fuzz, which has no end: the targets' corpus is played with all tests
 # Several options may be given. The exit status is 0 only when nothing failed.
 set -u
 cd "$(dirname "$0")" || exit 2
@@ -24,6 +25,7 @@ usage() { sed -n '2,/^set /{/^# /s/^# //p}' test.sh; }
 runs=
 ctest_options=()
 fuzz_seconds=30
+soak_minutes=10
 while [ $# -gt 0 ]; do
     option=$1
     shift
@@ -34,6 +36,13 @@ while [ $# -gt 0 ]; do
             runs="$runs fuzz"
             if [[ ${1:-} =~ ^[0-9]+$ ]]; then
                 fuzz_seconds=$1
+                shift
+            fi
+            ;;
+        --soak)
+            runs="$runs soak"
+            if [[ ${1:-} =~ ^[0-9]+$ ]]; then
+                soak_minutes=$1
                 shift
             fi
             ;;
@@ -107,6 +116,20 @@ run_windows() {
         tee "$log" | brief
     # shellcheck disable=SC2046
     result windows $(count_ctest "$log")
+}
+
+run_soak() {
+    local log=build/soak-tests.log seconds=$((soak_minutes * 60))
+    say "soak: build"
+    if ! scripts/install.sh build gui display || ! configure dev || ! build dev tests_monitor_pages; then
+        result "soak (build)" 0 1
+        return
+    fi
+    say "soak: $soak_minutes minutes"
+    VKT_SOAK_SECONDS=$seconds with_display ctest --preset dev -R '/soak\.' --timeout $((seconds + 300)) 2>&1 |
+        tee "$log" | brief
+    # shellcheck disable=SC2046 # two numbers
+    result soak $(count_ctest "$log")
 }
 
 run_fuzz() {

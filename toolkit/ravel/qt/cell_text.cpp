@@ -68,6 +68,18 @@ int cell_glyphs::width(const QString& text) {
     return static_cast<int>(std::lround(sum));
 }
 
+QString cell_glyphs::cut(const QString& text, int room) {
+    const QChar dots(u'…');
+    qreal sum = 0;
+    qsizetype fits = 0; // with the dots behind
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        sum += of(text[i]).advance;
+        if (sum + of(dots).advance <= room) fits = i + 1;
+        if (sum > room) return text.left(fits) + dots;
+    }
+    return text;
+}
+
 void cell_glyphs::make(QChar character, glyph* into) const {
     const QSize size(static_cast<int>(std::ceil(into->advance)) + 2 * overhang, height_);
     QImage picture(size * scale_, QImage::Format_ARGB32_Premultiplied);

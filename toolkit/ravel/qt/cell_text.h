@@ -20,6 +20,8 @@ class cell_glyphs {
     static bool can_show(const QString& text);
     /// Width in pixels of a text that it can show.
     int width(const QString& text);
+    /// As much of a text as `room` pixels hold; "…" ends one that is cut.
+    QString cut(const QString& text, int room);
     /// Draws such a text with its base line at `at`.
     void draw(QPainter* painter, QPoint at, const QString& text);
 

@@ -171,8 +171,8 @@ void cell_widget::paintEvent(QPaintEvent*) {
     const Qt::Alignment place = QStyle::visualAlignment(layoutDirection(), alignment());
     QPoint at = contentsRect().topLeft() + QPoint(0, metrics.ascent());
     if ((place & (Qt::AlignRight | Qt::AlignHCenter)) != 0) {
-        const int spare =
-            contentsRect().width() - (pictures ? glyphs_->width(text) : metrics.horizontalAdvance(text));
+        const int spare = std::max(0, contentsRect().width() -
+                                          (pictures ? glyphs_->width(text) : metrics.horizontalAdvance(text)));
         at.rx() += (place & Qt::AlignRight) != 0 ? spare : spare / 2;
     }
     if ((place & (Qt::AlignBottom | Qt::AlignVCenter)) != 0) {
@@ -180,7 +180,7 @@ void cell_widget::paintEvent(QPaintEvent*) {
         at.ry() += (place & Qt::AlignBottom) != 0 ? spare : spare / 2;
     }
     QPainter painter(this);
-    if (pictures) return glyphs_->draw(&painter, at, text);
+    if (pictures) return glyphs_->draw(&painter, at, glyphs_->cut(text, contentsRect().width()));
     painter.setPen(ink);
     painter.drawText(at, text);
 }
