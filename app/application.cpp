@@ -36,6 +36,7 @@ ret_t application_init() {
 }
 
 ret_t application_exit() {
+    workers_stop_all(0); // first: what is broken off below is no failure then
     com::abort_all();
     log_write(LOG_LEVEL_DEBUG, "application_exit\n");
     workers_stop_all(stop_patience_ms);

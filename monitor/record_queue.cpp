@@ -51,6 +51,13 @@ record_queue::look record_queue::rows(std::size_t first, std::span<traffic_recor
     return found;
 }
 
+bool record_queue::numbered(uint64_t number, traffic_record* out) const {
+    const std::lock_guard guard(lock_);
+    if (number > appended_ || appended_ - number >= kept_->size()) return false;
+    *out = (*kept_)[kept_->size() - 1 - static_cast<std::size_t>(appended_ - number)];
+    return true;
+}
+
 uint64_t record_queue::dropped() const {
     const std::lock_guard guard(lock_);
     return dropped_;

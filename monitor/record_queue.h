@@ -43,6 +43,10 @@ class record_queue {
     /// The same for one row; false (and `out` untouched) when there is none.
     bool row(std::size_t row, traffic_record* out) const { return rows(row, std::span(out, 1)).copied == 1; }
 
+    /// Copies record `number` (the first that was ever appended is 1); false (and `out` untouched) when it is not
+    /// kept.
+    bool numbered(uint64_t number, traffic_record* out) const;
+
     /// Records that had to go because the queue was full, ever.
     uint64_t dropped() const;
 

@@ -45,7 +45,10 @@ int traffic::start(device_session& device, std::function<void()> refresh, traffi
     set_run(run);
     const traffic_link before = link();
     if (before == traffic_link::lost || before == traffic_link::closed) return 0;
-    if (before == traffic_link::none) set_link(traffic_link::waiting);
+    if (before == traffic_link::none) {
+        lost_ = false;
+        set_link(traffic_link::waiting);
+    }
     if (start_workers() && (before != traffic_link::none || start_entering(device))) return 0;
     if (before == traffic_link::none) {
         receiver_.request_stop();
@@ -111,8 +114,8 @@ uint32_t traffic::depart(bool stop_entering, const std::function<void()>& left) 
         const std::lock_guard guard(write_lock_);
         mode_text_write(*port, mode_config);
         swallow_rest(*port);
-        port->give_back();
     }
+    port = nullptr; // whoever still uses it, at the program's end, gives it back
     set_link(traffic_link::none);
     leaving_ = false;
     if (left)
@@ -126,7 +129,11 @@ uint32_t traffic::depart(bool stop_entering, const std::function<void()>& left) 
 // A session would take it for a reply.
 void traffic::swallow_rest(port_lease& port) {
     for (int round = 0; round < swallow_rounds; ++round) {
-        if (!worker_sleep_ms(session_timing_get().quiet_ms) || port.waiting().value_or(0) == 0) return;
+        DWORD error = 0;
+        if (!worker_sleep_ms(session_timing_get().quiet_ms)) return;
+        const DWORD waiting = port.waiting(&error).value_or(0);
+        if (port_lost_error(error)) lost_ = true;
+        if (waiting == 0) return;
         purge(port, PURGE_RXCLEAR);
     }
 }
@@ -165,6 +172,10 @@ record_queue::look traffic::rows(std::size_t first, std::span<traffic_record> ou
     return queue_ != nullptr ? queue_->rows(first, out) : record_queue::look{};
 }
 
+bool traffic::numbered(uint64_t number, traffic_record* out) const {
+    return queue_ != nullptr && queue_->numbered(number, out);
+}
+
 traffic_counters traffic::counters() const {
     traffic_counters now;
     {
@@ -182,6 +193,11 @@ traffic_link traffic::link() const {
 }
 
 // ---- shared ----
+
+void traffic::lose() {
+    lost_ = true;
+    set_link(traffic_link::lost);
+}
 
 // Whoever has a closed port must let go of it, or its owner waits.
 void traffic::set_link(traffic_link link) {

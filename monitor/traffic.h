@@ -91,11 +91,14 @@ class traffic {
     record_queue::look rows(std::size_t first, std::span<traffic_record> out) const;
     bool row(std::size_t row, traffic_record* out) const { return rows(row, std::span(out, 1)).copied == 1; }
     std::size_t size() const { return rows(0, {}).size; }
+    bool numbered(uint64_t number, traffic_record* out) const;
 
     /// Since it was made.
     traffic_counters counters() const;
     /// Any thread.
     traffic_link link() const;
+    /// Whether the module has vanished since the start, up to the end of leave(). Any thread.
+    bool lost() const { return lost_; }
 
   private:
     using port_ptr = std::shared_ptr<port_lease>;
@@ -108,7 +111,8 @@ class traffic {
     void swallow_rest(port_lease& port);
 
     uint32_t receive();
-    bool wait_to_run();
+    bool wait_to_run(port_lease& port);
+    void lose();
     bool receive_once(port_lease& port, const port_event& event);
     bool go_on_after(port_lease& port, const io_result& failed);
     void purge_after_read(port_lease& port);
@@ -132,7 +136,7 @@ class traffic {
     bool doubtful_ = false;               ///< the receive thread's: its last read ended as one of a lost port does
     std::function<void()> refresh_;       ///< the GUI thread's
     std::shared_ptr<int> alive_;          ///< what is posted does nothing once it is gone
-    std::atomic<bool> check_{false}, send_done_{true}, leaving_{false};
+    std::atomic<bool> check_{false}, send_done_{true}, leaving_{false}, lost_{false};
 
     mutable std::mutex lock_; ///< over the next block
     stop_condition changed_;

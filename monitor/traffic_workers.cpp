@@ -11,6 +11,7 @@ namespace {
 constexpr std::size_t read_bytes = 1024;
 constexpr DWORD read_interval_ms = 10;
 constexpr DWORD read_multiplier_ms = 10;
+constexpr uint32_t look_at_paused_ms = 500;
 constexpr uint32_t look_again_ms = 100; ///< after a read that failed, or ended without reason
 
 struct io_words {
@@ -62,19 +63,28 @@ uint32_t traffic::receive() {
     if (port == nullptr) return 0;
     if (!event.valid()) {
         log_console("Create read event failed\n");
-        set_link(traffic_link::lost);
+        lose();
         return 0;
     }
     doubtful_ = false;
-    while (wait_to_run() && receive_once(*port, event)) {
+    while (wait_to_run(*port) && receive_once(*port, event)) {
     }
     return 0;
 }
 
-bool traffic::wait_to_run() {
-    std::unique_lock guard(lock_);
-    changed_.wait(guard, worker_stop_token(), wait_for_ever, [this] { return run_ != traffic_run::pause; });
-    return run_ == traffic_run::run && !worker_should_stop();
+/// Until it may read; a port that vanishes in a pause is noticed then.
+bool traffic::wait_to_run(port_lease& port) {
+    const auto may_go = [this] { return run_ != traffic_run::pause; };
+    for (;;) {
+        std::unique_lock guard(lock_);
+        if (changed_.wait(guard, worker_stop_token(), look_at_paused_ms, may_go) || worker_should_stop())
+            return run_ == traffic_run::run && !worker_should_stop();
+        guard.unlock();
+        DWORD error = 0;
+        if (port.waiting(&error) || !port_lost_error(error)) continue;
+        lose();
+        return false;
+    }
 }
 
 /// False when receiving has ended.
@@ -111,7 +121,7 @@ bool traffic::go_on_after(port_lease& port, const io_result& failed) {
     }
     if (!lost) return worker_sleep_ms(look_again_ms);
     if (!std::exchange(doubtful_, true) && port.waiting()) return true;
-    set_link(traffic_link::lost);
+    lose();
     return false;
 }
 
@@ -172,6 +182,8 @@ void traffic::transmit(std::span<const uint8_t> frame) {
         port->clear_errors();
         written = port->write(frame);
         say_failure(written, write_words);
+        DWORD error = 0;
+        if (!written.ok() && !port->waiting(&error) && port_lost_error(error)) lose();
         purge(*port, PURGE_TXCLEAR | PURGE_RXCLEAR);
     }
     const std::lock_guard guard(count_lock_);

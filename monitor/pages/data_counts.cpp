@@ -32,10 +32,10 @@ link_words data_link_words(traffic_link link, bool leaving) {
     return words[static_cast<std::size_t>(link)];
 }
 
-counts_texts data_counts_texts(const traffic_counters& counters, uint64_t skipped) {
+counts_texts data_counts_texts(const traffic_counters& counters, std::size_t kept, uint64_t skipped) {
     counts_texts out;
-    out.frames =
-        tk_format("接收 %" PRIu64 " 帧　发送 %" PRIu64 " 帧", counters.frames_received, counters.frames_sent);
+    out.frames = tk_format("接收 %" PRIu64 " 帧　发送 %" PRIu64 " 帧　记录 %zu 条", counters.frames_received,
+                           counters.frames_sent, kept);
     for (std::size_t i = 0; i < traffic_losses_count; ++i)
         add(&out.lost, loss_names[i], counters.lost.bytes[i], "字节");
     if (!out.lost.empty()) out.lost = "丢弃：" + out.lost;

@@ -46,8 +46,11 @@ class page {
     void refresh();
     void show_link();
     void show_counts();
+    void ask_counts();
     void timers_end();
 
+    /// Whether frames can be sent.
+    bool usable() const { return link_ == traffic_link::open || link_ == traffic_link::waiting; }
     bool post(traffic_request* request);
     ret_t write();
     ret_t let_write(bool may);
@@ -97,7 +100,8 @@ ret_t page::start() {
     bind();
     show_link();
     show_counts();
-    return started == 0 ? RET_OK : RET_FAIL;
+    if (started != 0) log_console("data_page: the traffic cannot be started\n");
+    return RET_OK;
 }
 
 void page::bind() {
@@ -116,7 +120,15 @@ void page::refresh() {
     if (navigator_find(window_name) != win_ || table_ == nullptr) return;
     table_->refresh();
     if (traffic_.link() != link_) show_link();
+    if (!usable() && timer_ != 0) {
+        widget_set_value_int(at("check_button_send_timer"), 0);
+        end_periodic();
+    }
     if (waits_ && traffic_.send_done() && timer_ == 0 && leaving_ == 0) let_write(true);
+    ask_counts();
+}
+
+void page::ask_counts() {
     if (counts_ == 0)
         counts_ = timer_add(
             [this] {
@@ -135,7 +147,7 @@ void page::show_link() {
 }
 
 void page::show_counts() {
-    const counts_texts texts = data_counts_texts(traffic_.counters(), periodic_.skipped());
+    const counts_texts texts = data_counts_texts(traffic_.counters(), traffic_.size(), periodic_.skipped());
     widget_set_text_utf8(at("label_counts"), texts.frames.c_str());
     widget_set_text_utf8(at("label_lost"), texts.lost.c_str());
     widget_set_tooltip(at("label_lost"), texts.lost.c_str());
@@ -165,9 +177,8 @@ ret_t page::clear() {
 /// False when the user was told what stands against it.
 bool page::post(traffic_request* request) {
     if (!form_.compose(request)) return false;
-    const bool usable = link_ == traffic_link::open || link_ == traffic_link::waiting;
-    if (usable && traffic_.request_send(*request) == RET_OK) return true;
-    err_display_show(usable ? text_still_sending : text_connect_first);
+    if (usable() && traffic_.request_send(*request) == RET_OK) return true;
+    err_display_show(usable() ? text_still_sending : text_connect_first);
     return false;
 }
 
@@ -212,7 +223,10 @@ void page::end_periodic() {
 }
 
 ret_t page::tick() {
-    if (periodic_.tick(traffic_.send_done())) traffic_.request_send(periodic_.request());
+    if (periodic_.tick(traffic_.send_done()))
+        traffic_.request_send(periodic_.request());
+    else
+        ask_counts();
     return RET_REPEAT;
 }
 
@@ -225,14 +239,13 @@ ret_t page::leave() {
         widget_set_value_int(at("check_button_send_timer"), 0);
         end_periodic();
     }
-    const bool lost = link_ == traffic_link::lost;
     leaving_ = timer_add(
-        [this, lost] {
+        [this] {
             leaving_ = 0;
-            idle_queue([lost] {
+            idle_queue([] {
                 open_page().reset();
                 const ret_t ret = navigator_close(window_name);
-                if (served_by().left) served_by().left(lost);
+                if (served_by().left) served_by().left(data_page_traffic().lost());
                 return ret;
             });
             return RET_OK;

@@ -16,8 +16,8 @@ struct monitored_device {
 /// vanished meanwhile. Before the page is opened.
 void data_page_serve(std::function<monitored_device()> device, std::function<void(bool lost)> left);
 
-/// Init routine of "data_page": starts the traffic and binds the page. RET_BAD_PARAMS for a missing window;
-/// RET_FAIL when the traffic cannot be started (the page can be left then).
+/// Init routine of "data_page": starts the traffic and binds the page. RET_BAD_PARAMS for a missing window. Where
+/// the traffic cannot be started the page says that it is not connected, and can be left.
 ret_t data_page_init(widget* win, const void* context);
 
 /// How long leaving takes: the module needs its time to be back in configuration mode. Tests shorten it.

@@ -10,7 +10,6 @@
 namespace {
 
 constexpr uint32_t hold_ms = 500;
-constexpr int look_rounds = 4; ///< a record may come between two looks; when they keep coming, a row may be one off
 
 struct cell {
     const char* name;
@@ -63,21 +62,10 @@ void data_table::clear() {
     table_client_set_rows(table_, static_cast<uint32_t>(traffic_.size()));
 }
 
-// Records that came since the last refresh stand above row 0 already.
-bool data_table::record_at(uint32_t index, traffic_record* into) const {
-    uint64_t appended = traffic_.rows(0, {}).appended;
-    for (int round = 0; round < look_rounds; ++round) {
-        const uint64_t row = index + (appended - shown_);
-        const record_queue::look now = traffic_.rows(static_cast<std::size_t>(row), std::span(into, 1));
-        if (now.appended == appended || round + 1 == look_rounds) return now.copied == 1;
-        appended = now.appended;
-    }
-    return false;
-}
-
 ret_t data_table::fill(uint32_t index, widget* row) {
     traffic_record record;
     if (!record_at(index, &record)) return RET_FAIL;
+    rows_[row] = record;
     widget_set_text_utf8(widget_child(row, "index"), tk_format("%u", index + 1).c_str());
     for (const cell& one : cells) widget_set_text_utf8(widget_child(row, one.name), one.text(record).c_str());
     const bool sent = record.direction == traffic_direction::tx;
@@ -87,17 +75,15 @@ ret_t data_table::fill(uint32_t index, widget* row) {
     return widget_set_style_state(row, odd ? "odd" : "even");
 }
 
-// What is held is what the pointer went down on, however many records come meanwhile.
+// What is held is what was seen when the pointer went down, however many records come meanwhile.
 ret_t data_table::bind_row(widget* row) {
     widget* data = widget_child(row, "data");
     widget_set_long_press_ms(data, hold_ms);
     widget_on(data, event_type::pointer_down, [this, row](const event&) {
-        const int64_t index = table_row_index(row);
-        holding_ = index >= 0 && record_at(static_cast<uint32_t>(index), &held_);
+        held_ = rows_[row];
         return RET_OK;
     });
     widget_on(data, event_type::long_press, [this](const event&) {
-        if (!holding_) return RET_FAIL;
         return navigator_to_with_context("data_info", record_data_text(held_).c_str());
     });
     return RET_OK;

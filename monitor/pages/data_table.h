@@ -5,6 +5,7 @@
 #include "toolkit/ravel/widget.h"
 
 #include <cstdint>
+#include <map>
 
 /// The table of one opening of the page; it must not outlive the traffic.
 class data_table {
@@ -21,16 +22,16 @@ class data_table {
     void clear();
 
   private:
-    bool record_at(uint32_t index, traffic_record* into) const;
+    bool record_at(uint32_t index, traffic_record* into) const { return traffic_.numbered(shown_ - index, into); }
     ret_t fill(uint32_t index, widget* row);
     ret_t bind_row(widget* row);
     ret_t copy(uint32_t first, uint32_t last);
 
     traffic& traffic_;
     widget* table_;
-    uint64_t shown_ = 0;  ///< the newest record when the table was refreshed last
-    traffic_record held_; ///< under the pointer when it went down
-    bool holding_ = false;
+    uint64_t shown_ = 0;                           ///< the newest record when the table was refreshed last
+    std::map<const widget*, traffic_record> rows_; ///< what each row shows
+    traffic_record held_;                          ///< under the pointer when it went down
 };
 
 /// Rows that are copied at most: a text of about 3 MB.

@@ -166,7 +166,9 @@ bool run_next_timer(state_t& s, steady::time_point now, uint32_t newest, uint64_
             timer_entry_t& timer = found->second;
             timer.running = false;
             const steady::time_point after = steady::now();
-            if (timer.due <= after) timer.due = after + timer.period;
+            // Ticks that were missed are left out; the next one comes when it would have come.
+            if (timer.due <= after && timer.period.count() > 0)
+                timer.due += ((after - timer.due) / timer.period + 1) * timer.period;
             if (result != RET_REPEAT) s.timers.erase(found);
         }
     }

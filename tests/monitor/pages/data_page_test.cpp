@@ -25,7 +25,7 @@ TEST_F(data_page, says_what_it_is_about) {
     EXPECT_EQ(shown("label_device"), "VKT610B · COM7");
     EXPECT_EQ(shown("label_rate"), "9600 bit/s");
     EXPECT_EQ(tries("expect ~/state_dot state ok"), "");
-    EXPECT_EQ(shown("label_counts"), "接收 0 帧　发送 0 帧");
+    EXPECT_EQ(shown("label_counts"), "接收 0 帧　发送 0 帧　记录 0 条");
     EXPECT_EQ(shown("label_lost"), "");
     EXPECT_EQ(rows(), 0u);
 }
@@ -118,7 +118,7 @@ TEST_F(data_page, pausing_is_kept_across_openings) {
 TEST_F(data_page, the_records_stay_until_they_are_cleared) {
     open_page(frames(1000, 30));
     ASSERT_TRUE(wait([] { return rows() == 30; }));
-    ASSERT_TRUE(wait([] { return shown("label_counts") == "接收 30 帧　发送 0 帧"; }));
+    ASSERT_TRUE(wait([] { return shown("label_counts") == "接收 30 帧　发送 0 帧　记录 30 条"; }));
     leave_page();
     open_page();
     EXPECT_EQ(rows(), 30u);

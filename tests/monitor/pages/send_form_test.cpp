@@ -156,7 +156,7 @@ TEST_F(send_form_page, a_sent_frame_is_shown_recorded_and_a_row) {
     EXPECT_THAT(received(), ElementsAre(sent));
     EXPECT_EQ(csv(), "2025-09-29 13:05:09,uart2-can2,0x7ff,标准帧-can,tx,2,0x00 0x11 \n");
     EXPECT_EQ(rows(), 1u);
-    ASSERT_TRUE(wait([] { return shown("label_counts") == "接收 0 帧　发送 1 帧"; }));
+    ASSERT_TRUE(wait([] { return shown("label_counts") == "接收 0 帧　发送 1 帧　记录 1 条"; }));
 }
 
 TEST_F(send_form_page, a_length_of_0_sends_no_data_whatever_is_typed) {

@@ -296,6 +296,25 @@ TEST_F(idle, late_ticks_are_not_made_up_for) {
     timer_remove(id);
 }
 
+TEST_F(idle, missed_ticks_leave_the_rhythm_as_it_was) {
+    constexpr int64_t period_ms = 20;
+    constexpr int64_t busy_ms = 25;
+    std::vector<int64_t> at;
+    const uint32_t id = timer_add(
+        [&] {
+            at.push_back(time_now_ms());
+            while (time_now_ms() < at.back() + busy_ms) std::this_thread::yield();
+            return RET_REPEAT;
+        },
+        period_ms);
+    ASSERT_TRUE(idle_run_until([&] { return at.size() == 9; }, 20000));
+    timer_remove(id);
+    // However busy the machine is, most of them come with the beat; after each busy tick would be 45 ms apart.
+    const auto with_the_beat =
+        std::count_if(at.begin() + 1, at.end(), [&](int64_t one) { return (one - at[0]) % period_ms < 5; });
+    EXPECT_GE(with_the_beat, 5);
+}
+
 TEST_F(idle, a_timer_can_be_removed_by_itself) {
     uint32_t id = 0;
     auto held = std::make_shared<int>(0);

@@ -43,6 +43,22 @@ TEST_F(running, ends_with_a_status) {
     EXPECT_EQ(tk_exit_status(), 3);
 }
 
+TEST_F(running, what_is_being_typed_is_taken_before_the_end) {
+    open(ui_window(ui_widget("QLineEdit", "edit", "10 10 100 30")), "home");
+    listener heard;
+    heard.hear(at("edit"), event_type::value_changed);
+    widget_on(win, event_type::request_close, [&](const event&) {
+        EXPECT_EQ(heard.count(), 1);
+        return RET_OK;
+    });
+    click(at("edit"));
+    type("7F");
+    EXPECT_EQ(heard.count(), 0);
+    later([] { native_window()->close(); });
+    tk_run();
+    EXPECT_EQ(heard.count(), 1);
+}
+
 TEST_F(running, home_that_refuses_to_close_keeps_it_running) {
     open(ui_window(""), "home");
     int asked = 0;

@@ -53,7 +53,8 @@ class input_trap final : public QObject {
         if (focus != nullptr && focus != native_window() && focus->isVisible() && belongs_to_top(focus)) {
             return w != native_window(); // what nobody of the top window took ends here
         }
-        if (what->type() == QEvent::KeyPress) {
+        // A window that is switched off would hand the key to its parent, which would hand it back.
+        if (what->type() == QEvent::KeyPress && top_input_window()->isEnabled()) {
             QWidget* top = top_input_window();
             top->setFocus(Qt::OtherFocusReason);
             QCoreApplication::sendEvent(top, what);

@@ -111,6 +111,7 @@ void native_widget::resizeEvent(QResizeEvent* what) {
 }
 
 void native_widget::closeEvent(QCloseEvent* what) {
+    if (QWidget* typed_in = focusWidget()) typed_in->clearFocus(); // what is being typed is not lost
     const bool agreed = stack.root->fire(event_type::request_close) == RET_OK;
     widget_state* main = live(window_manager_get_top_main_window(window_manager()));
     if (!agreed || (main != nullptr && main->fire(event_type::request_close) != RET_OK)) {

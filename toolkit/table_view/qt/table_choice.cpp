@@ -83,16 +83,18 @@ void table_widget::keyPressEvent(QKeyEvent* what) {
     what->ignore();
 }
 
-/// The row at a height of the viewport, the nearest one above or below it; -1 without rows.
+/// The row that is seen at a height of the viewport, the nearest one above or below it; -1 without rows. Rows that
+/// came since the last filling are not seen yet.
 int64_t table_widget::row_at(int y) const {
-    if (count_ == 0) return -1;
-    const int64_t row = int64_t{first_row()} + (y < 0 ? -1 : y / row_height_);
+    if (count_ == 0 || pool_.empty() || pool_.front().index < 0) return -1;
+    const int64_t row = pool_.front().index + came_ + (y < 0 ? -1 : y / row_height_);
     return std::clamp<int64_t>(row, 0, int64_t{count_} - 1);
 }
 
 void table_widget::mousePressEvent(QMouseEvent* what) {
     const int y = static_cast<int>(what->position().y());
-    const bool on_row = int64_t{first_row()} + y / row_height_ < count_;
+    const auto position = static_cast<std::size_t>(y / row_height_);
+    const bool on_row = position < pool_.size() && pool_[position].index >= 0;
     if (choice_ == table_choice::none || what->button() != Qt::LeftButton || !on_row) return what->ignore();
     move_to(row_at(y), (what->modifiers() & Qt::ShiftModifier) != 0);
 }

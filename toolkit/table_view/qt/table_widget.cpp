@@ -32,6 +32,7 @@ void table_widget::ask(int pace_ms) {
 
 void table_widget::set_rows(uint32_t count) {
     count_ = std::min(count, rows_max);
+    first_ = first_row();
     cut_choice();
     move_bar();
     ask(table_rows_pace_ms);
@@ -40,6 +41,7 @@ void table_widget::set_rows(uint32_t count) {
 void table_widget::rows_inserted(uint32_t count, uint32_t at_most) {
     count_ = std::min(count_ + std::min(count, rows_max - count_), at_most);
     if (first_ > 0) first_ += std::min(count, rows_max - first_);
+    came_ += std::min(count, rows_max - came_);
     if (anchor_ >= 0) {
         anchor_ += count;
         current_ += count;
@@ -78,6 +80,7 @@ bool table_widget::fill() {
     if (!isVisible() || filling_) return false;
     asked_.stop();
     since_fill_.start();
+    came_ = 0;
     filling_ = true;                             // the bar that moves here asks for nothing
     if (pool_.empty() && count_ > 0) add_row(0); // a row's height is known from the first one on
     const uint32_t first = first_ = first_row();

@@ -65,7 +65,8 @@ class table_widget final : public QAbstractScrollArea {
     Qt::FocusPolicy policy_ = Qt::NoFocus; ///< the layout's, for when there are rows to choose
     int64_t anchor_ = -1;                  ///< where a range began; -1: nothing is chosen
     int64_t current_ = -1;                 ///< its other end, which the keys move
-    uint32_t first_ = 0;                   ///< where the next filling begins, as far as there are rows below
+    uint32_t came_ = 0;  ///< rows inserted above since the last filling: what shows has lower indexes by so many
+    uint32_t first_ = 0; ///< where the next filling begins, as far as there are rows below
     int row_height_;
     bool filling_ = false;
     bool moving_bar_ = false; ///< by the program: nothing is asked for
