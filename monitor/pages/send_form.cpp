@@ -175,7 +175,8 @@ bool send_form::compose(traffic_request* request) {
         return false;
     }
     std::string shown;
-    for (const uint8_t byte : traffic_frame_build(*request, now_.check).bytes()) shown += tk_format("%02X ", byte);
+    const traffic_wire frame = traffic_frame_build(*request, now_.check);
+    for (const uint8_t byte : frame.bytes()) shown += tk_format("%02X ", byte);
     widget_set_text_utf8(at("edit_send_frame"), shown.c_str());
     return true;
 }

@@ -170,7 +170,8 @@ TEST(record_queue_test, memory_is_taken_as_records_come) {
     EXPECT_LT(platform_resident_kib() - before, 2048);
 }
 
-// Measured from the process: what the queue takes beside its records counts too.
+// Measured from the process: what the queue takes beside its records counts too. A sanitiser takes its part, so the
+// limit is looser there.
 TEST(record_queue_test, a_record_costs_at_most_100_bytes) {
     constexpr std::size_t count = 400000;
     const std::vector<traffic_record> chunk(1000);
@@ -178,7 +179,7 @@ TEST(record_queue_test, a_record_costs_at_most_100_bytes) {
     record_queue queue(count);
     for (std::size_t i = 0; i < count; i += chunk.size()) ASSERT_EQ(queue.append(chunk), 0u);
     const int64_t taken = (platform_resident_kib() - before) * 1024;
-    EXPECT_LE(taken, static_cast<int64_t>(count) * 100);
+    EXPECT_LE(taken, static_cast<int64_t>(count) * VKT_RECORD_BYTES_MAX);
 }
 
 } // namespace
