@@ -114,12 +114,11 @@ assistant_sent serial_assistant::write(std::span<const uint8_t> frame) {
 
 // ---- texts ----
 
-ret_t serial_assistant::make_text(std::size_t first, std::size_t count, byte_form form, text_made made,
-                                  std::function<void(ret_t)> done) {
+ret_t serial_assistant::make_text(const text_wish& wish, text_made made, std::function<void(ret_t)> done) {
     if (making_) return RET_FAIL;
     maker_.join();
-    const auto work = [this, first, count, form, made = std::move(made), done = std::move(done)] {
-        const ret_t ret = made(text_of(first, count, form));
+    const auto work = [this, wish, made = std::move(made), done = std::move(done)] {
+        const ret_t ret = made(wish.part == transcript_part::rows ? text_of_rows(wish) : text_of_frames(wish));
         post([this, ret, done] {
             making_ = false;
             if (done) done(ret);
@@ -130,16 +129,24 @@ ret_t serial_assistant::make_text(std::size_t first, std::size_t count, byte_for
     return making_ ? RET_OK : RET_FAIL;
 }
 
-std::string serial_assistant::text_of(std::size_t first, std::size_t count, byte_form form) const {
+std::string serial_assistant::text_of_rows(const text_wish& wish) const {
     std::string text;
     std::array<transcript_row, rows_at_once> rows;
-    for (std::size_t done = 0; done < count && !worker_should_stop();) {
-        const std::size_t wanted = std::min(rows.size(), count - done);
-        const std::size_t got = log_.rows(first + done, std::span(rows).first(wanted));
-        for (std::size_t i = 0; i < got; ++i) text += row_line(rows[i], form);
+    for (std::size_t done = 0; done < wish.count && !worker_should_stop();) {
+        const std::size_t wanted = std::min(rows.size(), wish.count - done);
+        const std::size_t got = log_.rows(wish.first + done, std::span(rows).first(wanted));
+        for (const transcript_row& row : std::span(rows).first(got)) text += row_line(row, wish.form);
         done += got;
         if (got < wanted) break;
     }
+    return text;
+}
+
+std::string serial_assistant::text_of_frames(const text_wish& wish) const {
+    std::string text;
+    transcript_frame frame;
+    for (std::size_t i = 0; i < wish.count && !worker_should_stop() && log_.frame(wish.first + i, &frame); ++i)
+        text += frame_line(frame);
     return text;
 }
 

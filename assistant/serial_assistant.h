@@ -27,6 +27,16 @@ enum class assistant_sent : uint8_t {
     failed,  ///< the write failed
 };
 
+enum class transcript_part : uint8_t { rows, frames };
+
+/// What a text is to be made of.
+struct text_wish {
+    transcript_part part = transcript_part::rows;
+    std::size_t first = 0;
+    std::size_t count = SIZE_MAX;    ///< as far as there are any
+    byte_form form = byte_form::hex; ///< of rows
+};
+
 /// Everything but what says otherwise belongs to the GUI thread.
 class serial_assistant {
   public:
@@ -52,10 +62,9 @@ class serial_assistant {
     transcript& log() { return log_; }
 
     using text_made = std::function<ret_t(std::string text)>;
-    /// Makes one text of `count` rows from `first` on, on a thread, and gives it to `made` there; what that answers
+    /// Makes one text, a line for each row or frame, on a thread, and gives it to `made` there; what that answers
     /// is given to `done` on the GUI thread. RET_FAIL while the text before is not done, or without a thread.
-    ret_t make_text(std::size_t first, std::size_t count, byte_form form, text_made made,
-                    std::function<void(ret_t)> done);
+    ret_t make_text(const text_wish& wish, text_made made, std::function<void(ret_t)> done);
 
   private:
     uint32_t receive();
@@ -63,7 +72,8 @@ class serial_assistant {
     std::size_t receive_once();
     uint32_t analyse();
     assistant_sent write(std::span<const uint8_t> frame);
-    std::string text_of(std::size_t first, std::size_t count, byte_form form) const;
+    std::string text_of_rows(const text_wish& wish) const;
+    std::string text_of_frames(const text_wish& wish) const;
     void ask_refresh();
     void post(std::function<void()> what);
 

@@ -218,8 +218,8 @@ TEST_F(assistant_at_port, a_full_store_becomes_a_text_on_a_thread) {
         EXPECT_FALSE(idle_is_gui_thread());
         return RET_FAIL;
     };
-    ASSERT_EQ(one->make_text(0, SIZE_MAX, byte_form::chars, made, [&](ret_t ret) { ended = ret; }), RET_OK);
-    EXPECT_EQ(one->make_text(0, 1, byte_form::chars, made, {}), RET_FAIL) << "one at a time";
+    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, [&](ret_t ret) { ended = ret; }), RET_OK);
+    EXPECT_EQ(one->make_text({}, made, {}), RET_FAIL) << "one at a time";
     ASSERT_TRUE(wait([&] { return ended.has_value(); }));
     EXPECT_EQ(*ended, RET_FAIL);
     EXPECT_EQ(lines, 0x10000u);
@@ -231,7 +231,7 @@ TEST_F(assistant_at_port, a_text_of_some_rows) {
     std::string text;
     std::optional<ret_t> ended;
     ASSERT_EQ(one->make_text(
-                  1, 2, byte_form::hex,
+                  {.first = 1, .count = 2},
                   [&text](std::string made) {
                       text = std::move(made);
                       return RET_OK;
