@@ -41,8 +41,13 @@ std::string frame_type_text(const transcript_frame& frame) {
            assistant_option_text(assistant_speeds, frame.type & traffic_type_fd);
 }
 
+std::string frame_data_text(const transcript_frame& frame, std::size_t most) {
+    if (most == 0 || frame.size <= most) return bytes_text(frame.data(), byte_form::hex);
+    return bytes_text(frame.data().first(most), byte_form::hex) + " ..";
+}
+
 std::string frame_line(const transcript_frame& frame) {
     return whole_time_text(frame.local_us) + "\t" + frame_channel_text(frame) + "\t" +
            frame_identifier_text(frame) + "\t" + frame_type_text(frame) + "\t" + std::to_string(frame.size) + "\t" +
-           bytes_text(frame.data(), byte_form::hex) + "\n";
+           frame_data_text(frame) + "\n";
 }

@@ -25,5 +25,7 @@ const char* frame_channel_text(const transcript_frame& frame);
 std::string frame_identifier_text(const transcript_frame& frame);
 /// "标准帧 CANFD加速"
 std::string frame_type_text(const transcript_frame& frame);
+/// All data bytes; `most` (0: no limit) of more bytes than that, and "..".
+std::string frame_data_text(const transcript_frame& frame, std::size_t most = 0);
 /// Time, channel, identifier, type, length and data with tab stops between them.
 std::string frame_line(const transcript_frame& frame);

@@ -17,6 +17,7 @@ namespace {
 constexpr const char* window_name = "serial_send";
 constexpr uint32_t exit_code = 1;
 constexpr std::size_t entry_data_shown = 16;
+constexpr std::size_t frame_bytes_shown = 16; ///< there is room for
 constexpr const char* text_send_failed = "发送失败，请检查串口";
 constexpr const char* text_still_sending = "上一帧还没有发送完，请稍后再试";
 constexpr const char* text_choose_sent = "选择最近发送的帧";
@@ -72,6 +73,7 @@ class dialog {
     ret_t show_hex() { return show_as(byte_form::hex); }
     ret_t show_chars() { return show_as(byte_form::chars); }
     ret_t show_as(byte_form form);
+    ret_t show_frame(uint32_t index) const;
     ret_t clear();
     ret_t copy();
     ret_t copy_rows(transcript_part part, table_rows rows);
@@ -114,6 +116,7 @@ dialog::dialog(widget* win, serial_assistant& with)
 ret_t dialog::start() {
     for (const binding& row : bindings)
         widget_on(at(row.name), row.type, [this, &row](const event&) { return (this->*row.handler)(); });
+    frames_.on_hold("bytes", [this](uint32_t index) { return show_frame(index); });
     device_session* device = served() ? served()() : nullptr;
     const ret_t ret = assistant_.start(device, [this] { refresh(); });
     if (!assistant_.history().empty()) rows_.show(assistant_.history().front());
@@ -141,7 +144,7 @@ std::vector<tail_cell> dialog::frame_cells(uint32_t index) const {
             {"channel", frame_channel_text(frame)},
             {"id", frame_identifier_text(frame)},
             {"type", frame_type_text(frame)},
-            {"bytes", bytes_text(frame.data(), byte_form::hex)}};
+            {"bytes", frame_data_text(frame, frame_bytes_shown)}};
 }
 
 // The dialog may have been closed with everything else.
@@ -224,6 +227,12 @@ ret_t dialog::take_sent() {
 }
 
 // ---- what came in ----
+
+ret_t dialog::show_frame(uint32_t index) const {
+    transcript_frame frame;
+    if (!assistant_.log().frame(index, &frame)) return RET_FAIL;
+    return navigator_to_with_context("data_info", frame_data_text(frame).c_str());
+}
 
 ret_t dialog::clear() {
     assistant_.log().clear();

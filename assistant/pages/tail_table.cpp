@@ -4,6 +4,8 @@
 
 namespace {
 
+constexpr uint32_t hold_ms = 500;
+
 ret_t fill_row(const std::vector<tail_cell>& cells, uint32_t index, widget* row) {
     if (cells.empty()) return RET_FAIL;
     for (const tail_cell& cell : cells) {
@@ -24,6 +26,18 @@ tail_table::tail_table(widget* table, fill cells, std::function<ret_t(table_rows
     });
     table_client_set_choice(table_, table_choice::range);
     table_client_set_on_copy(table_, std::move(copy));
+}
+
+void tail_table::on_hold(const char* cell, std::function<ret_t(uint32_t index)> held) {
+    table_client_set_on_create_row(table_, [cell, held = std::move(held)](uint32_t, widget* row) {
+        widget* w = widget_child(row, cell);
+        widget_set_long_press_ms(w, hold_ms);
+        widget_on(w, event_type::long_press, [row, held](const event&) {
+            const int64_t index = table_row_index(row);
+            return index >= 0 ? held(static_cast<uint32_t>(index)) : RET_FAIL;
+        });
+        return RET_OK;
+    });
 }
 
 void tail_table::show(std::size_t rows) {

@@ -21,6 +21,9 @@ class tail_table {
     /// Binds the table; `cells` answers what stands in a row, nothing for a row that is gone.
     tail_table(widget* table, fill cells, std::function<ret_t(table_rows rows)> copy);
 
+    /// Has `held` run when the cell of a row is held down for half a second.
+    void on_hold(const char* cell, std::function<ret_t(uint32_t index)> held);
+
     /// There are so many rows now.
     void show(std::size_t rows);
     /// What rows show has changed.

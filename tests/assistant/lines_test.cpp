@@ -26,6 +26,8 @@ TEST(lines, a_frame_with_the_words_of_the_form) {
     frame.room[0] = 0xDE;
     EXPECT_EQ(frame_line(frame),
               "2024-10-04 01:00:02.003\tUART2_TO_CANFD2\t0x12345678\t扩展帧 CANFD加速\t2\tDE 00\n");
+    EXPECT_EQ(frame_data_text(frame, 2), "DE 00");
+    EXPECT_EQ(frame_data_text(frame, 1), "DE ..");
     frame.type = 0;
     frame.identifier = 5;
     frame.channel = 9;

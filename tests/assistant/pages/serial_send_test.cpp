@@ -149,6 +149,25 @@ TEST_F(serial_send, every_good_frame_is_a_line) {
     does("wait ~/label_counts text \"收 29 字节　发 0 字节　帧 1　坏帧 1　帧外 1 字节\"\n");
 }
 
+TEST_F(serial_send, long_data_are_cut_and_shown_whole_when_held) {
+    open_connected();
+    // Channel 1, standard CAN FD, identifier 1, data 00 to 13 (hex).
+    say({0xAA, 0x1B, 0x03, 0x01, 0x80, 0x01, 0x00, 0x00, 0x00, 0x00, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06,
+         0x07, 0x08, 0x09, 0x0A, 0x0B, 0x0C, 0x0D, 0x0E, 0x0F, 0x10, 0x11, 0x12, 0x13, 0x06, 0x5D});
+    does("wait ~/table_frames/serial_send_frame[0]/bytes text \"00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F "
+         "..\"\n"
+         "press ~/table_frames/serial_send_frame[0]/bytes 100\n");
+    settle();
+    EXPECT_EQ(navigator_find("data_info"), nullptr) << "a short press opens nothing";
+    std::string failed;
+    user_will_do("wait data_info/edit_data text "
+                 "\"00 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E 0F 10 11 12 13\"\nkey Enter\n",
+                 &failed);
+    does("press ~/table_frames/serial_send_frame[0]/bytes 900\n");
+    EXPECT_EQ(failed, "");
+    ASSERT_TRUE(wait([] { return navigator_find("data_info") == nullptr; }));
+}
+
 TEST_F(serial_send, the_end_stays_in_view_until_one_scrolls_away) {
     open_connected();
     const auto piece = [](uint8_t byte) { return std::vector<uint8_t>(160, byte); };
