@@ -3,6 +3,7 @@
 #include "app/data_monitor.h"
 #include "app/home_page.h"
 #include "app/progress.h"
+#include "assistant/pages/serial_send.h"
 #include "monitor/pages/data_info.h"
 #include "monitor/pages/data_page.h"
 #include "platform/com_port.h"
@@ -19,12 +20,14 @@ namespace {
 constexpr uint32_t stop_patience_ms = 500;
 
 void windows_register() {
+    navigator_register_window("serial_send", serial_send_init);
     navigator_register_window("progress", progress_init);
     navigator_register_window("err_display", err_display_init);
     navigator_register_window("home_page", home_page_init);
     navigator_register_window("data_page", data_page_init);
     navigator_register_window("data_info", data_info_init);
     data_page_serve(data_monitor_device, data_monitor_left);
+    serial_send_serve(data_monitor_session);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "app/data_monitor.h"
 
 #include "app/devices.h"
+#include "app/families.h"
 #include "app/model_switch.h"
 #include "app/progress.h"
 #include "app/session_buttons.h"
@@ -30,4 +31,12 @@ monitored_device data_monitor_device() {
 
 void data_monitor_left(bool lost) {
     if (lost) ui_state_apply(navigator_find("home_page"), ui_state::lost);
+}
+
+device_session* data_monitor_session() {
+    for (const family_pages* pages : families()) {
+        dev_obj* dev = device_of(*pages);
+        if (dev != nullptr && dev->of.monitor_refusal != nullptr) return &dev->session;
+    }
+    return nullptr;
 }

@@ -13,3 +13,7 @@ ret_t data_monitor_pressed(widget* home);
 monitored_device data_monitor_device();
 /// The data page has been left; the home page says when its module is gone. GUI thread.
 void data_monitor_left(bool lost);
+
+/// The session of the family whose modules carry traffic, whichever is shown; null before its device is made. GUI
+/// thread.
+device_session* data_monitor_session();

@@ -41,6 +41,7 @@ constexpr binding bindings[] = {
     {"button_write", event_type::click, session_write_pressed},
     {"button_default", event_type::click, model_restore_defaults},
     {"button_data", event_type::click, data_monitor_pressed},
+    {"button_serial_assistant", event_type::click, [](widget*) { return navigator_to("serial_send"); }},
     {"progress_button", event_type::click, progress_forward},
     {"button_copy", event_type::click, code_copy},
     {"button_look", event_type::click, look_switch},

@@ -20,6 +20,7 @@ ROWS = {
     "inner_pages": {0: "name", 1: "page_tab", "page_set": "name", "tabs": "page_tab"},
     "binding": {0: "name", "name": "name"},
     "rule": {0: "name", "name": "name"},
+    "selector": {0: "name", "name": "name"},
 }
 # Functions that get a widget's name: which argument, from the end.
 CALLS = {"widget_lookup": -1, "widget_need": -1, "widget_child": -1, "navigator_find": -1, "show": -2}

@@ -16,6 +16,7 @@ constexpr page_row change_rows[] = {
     {.name = "combo_box_ex_2_vkt610b",   .what = &f::protocol,    .kind = custom, .refreshes = &f::can_channel, .own = &vkt610b_route_ops},
     {.name = "spin_box_3_vkt610b",       .what = &f::can_channel, .kind = number, .refused_as = "changal_value", .refreshes = &f::protocol},
     {.name = "change_label_4_2_vkt610b", .what = &f::version,     .kind = custom, .own = &vkt610b_version_ops},
+    {.name = "button_serial_send",       .kind = custom, .own = &vkt610b_assistant_ops},
 };
 
 constexpr page_row spi_rows[] = {

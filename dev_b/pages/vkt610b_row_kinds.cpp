@@ -2,6 +2,7 @@
 
 #include "dev_b/pages/bps_calculator.h"
 #include "dev_b/vkt610b_codec.h"
+#include "shell/navigator.h"
 #include "toolkit/core/hex_text.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
@@ -117,6 +118,8 @@ ret_t open_calculator(const bound_row& at) {
     return widget_get_window(at.page) == nullptr ? RET_OK : page_init(at.table, at.page, at.dev);
 }
 
+ret_t open_assistant(const bound_row& /*at*/) { return navigator_to("serial_send"); }
+
 } // namespace
 
 const kind_ops vkt610b_route_ops = {.fill = fill_route, .changed = change_route, .options = routes};
@@ -124,3 +127,4 @@ const kind_ops vkt610b_mask_ops = {.fill = fill_mask, .changed = commit_filter, 
 const kind_ops vkt610b_filter_ops = {.fill = fill_filter, .changed = commit_filter, .blur = leave_filter};
 const kind_ops vkt610b_version_ops = {.fill = fill_version};
 const kind_ops vkt610b_calculator_ops[2] = {{.click = open_calculator<1>}, {.click = open_calculator<2>}};
+const kind_ops vkt610b_assistant_ops = {.click = open_assistant};

@@ -1,5 +1,5 @@
-// What only the B family's rows do: the route selector, the filter edits, the version text, the way to the
-// calculator.
+// What only the B family's rows do: the route selector, the filter edits, the version text, the ways to
+// the calculator and to the send assistant.
 #pragma once
 
 #include "fields/row_kinds.h"
@@ -16,3 +16,5 @@ extern const kind_ops vkt610b_mask_ops;
 extern const kind_ops vkt610b_version_ops;
 /// Button that opens the bit timing calculator of channel 1 or 2. The page is filled again afterwards.
 extern const kind_ops vkt610b_calculator_ops[2];
+/// Button that opens the serial send assistant.
+extern const kind_ops vkt610b_assistant_ops;

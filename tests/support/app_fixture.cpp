@@ -4,6 +4,7 @@
 #include "app/families.h"
 #include "app/last_session.h"
 #include "app/progress.h"
+#include "assistant/pages/serial_send.h"
 #include "monitor/pages/data_page.h"
 #include "platform/system.h"
 #include "serial/port_lease.h"
@@ -94,6 +95,7 @@ void app_test::TearDown() {
     wait([] { return !session_any_running(); });
     settle();
     toolkit_stage_clear();
+    serial_send_forget();
     data_page_forget();                                           // before the device whose port it may hold
     for (const family_pages* of : families()) device_forget(*of); // ends its session, and closes its port
     com::resume_all();

@@ -1,0 +1,132 @@
+// What came in is cleared, copied and saved; what was sent is offered again.
+#include "tests/assistant/pages/assistant_stage.h"
+
+#include "toolkit/core/date_time.h"
+
+namespace {
+
+class serial_send_keep : public assistant_stage {
+  protected:
+    void TearDown() override {
+        assistant_stage::TearDown();
+        std::filesystem::remove(saved_file);
+        std::filesystem::remove("serial_send.json");
+    }
+    static constexpr const char* saved_file = "serial_send_20250929_130509.txt";
+    static constexpr const char* line = "2025-09-29 13:05:09.000 rx ";
+    /// The longest that the window's thread was away while something was under way, in milliseconds.
+    static int64_t longest_stall(const std::function<bool()>& done) {
+        int64_t longest = 0, last = time_now_ms();
+        EXPECT_TRUE(wait([&] {
+            const int64_t now = time_now_ms();
+            longest = std::max(longest, now - last);
+            last = now;
+            return done();
+        }));
+        return longest;
+    }
+};
+
+TEST_F(serial_send_keep, clear_forgets_rows_and_frames) {
+    open_connected();
+    say(good());
+    does("wait ~/table_frames/serial_send_frame[0]/id text 0x12345678\nclick ~/button_clear\n");
+    EXPECT_EQ(rows("table_bytes"), 0u);
+    EXPECT_EQ(rows("table_frames"), 0u);
+    EXPECT_EQ(shown("label_counts"), "收 0 字节　发 0 字节　帧 0");
+    EXPECT_FALSE(usable("button_save"));
+    say(good());
+    does("wait ~/table_frames/serial_send_frame[0]/id text 0x12345678\n");
+    EXPECT_EQ(rows("table_bytes"), 1u);
+}
+
+TEST_F(serial_send_keep, all_or_what_is_chosen_is_copied) {
+    open_connected();
+    for (const uint8_t byte : {uint8_t{0x41}, uint8_t{0x42}, uint8_t{0x43}}) say({byte});
+    clip_board_set_text("");
+    does("click ~/button_copy\nwait ~/label_result text 已复制\n");
+    EXPECT_EQ(clip_board_get_text(), tk_format("%s41\n%s42\n%s43\n", line, line, line));
+    clip_board_set_text("");
+    does("click ~/table_bytes/serial_send_row[1]/time\nkey Shift+Down\nkey Ctrl+c\n");
+    ASSERT_TRUE(wait([] { return !clip_board_get_text().empty(); }));
+    EXPECT_EQ(clip_board_get_text(), tk_format("%s42\n%s43\n", line, line));
+    does("click ~/char_flag\nclick ~/table_bytes/serial_send_row[0]/time\n");
+    clip_board_set_text("");
+    does("click ~/button_copy\n");
+    ASSERT_TRUE(wait([] { return !clip_board_get_text().empty(); }));
+    EXPECT_EQ(clip_board_get_text(), tk_format("%sA\n", line));
+}
+
+TEST_F(serial_send_keep, chosen_frames_are_copied_as_lines) {
+    open_connected();
+    say(good());
+    clip_board_set_text("");
+    does("wait ~/table_frames/serial_send_frame[0]/id text 0x12345678\n"
+         "click ~/table_frames/serial_send_frame[0]/time\nkey Ctrl+c\n");
+    ASSERT_TRUE(wait([] { return !clip_board_get_text().empty(); }));
+    EXPECT_EQ(clip_board_get_text(),
+              "2025-09-29 13:05:09.000\tUART2_TO_CANFD2\t0x12345678\t扩展帧 CANFD加速\t3\tDE AD 01\n");
+}
+
+TEST_F(serial_send_keep, the_record_is_saved_to_a_file) {
+    open_connected();
+    say({0x41, 0x42});
+    does(std::string("click ~/button_save\nwait ~/label_result text \"已保存 ") + saved_file + "\"\n");
+    EXPECT_EQ(file_text(saved_file), std::string(line) + "41 42\n");
+}
+
+TEST_F(serial_send_keep, a_file_that_cannot_be_written_is_reported) {
+    open_connected();
+    say({0x41});
+    std::filesystem::create_directories(std::filesystem::path(saved_file) / "in the way");
+    does("click ~/button_save\nwait ~/label_result text 保存失败\nexpect ~/label_result state failed\n");
+    std::filesystem::remove_all(saved_file);
+}
+
+TEST_F(serial_send_keep, a_full_store_is_shown_scrolled_and_saved_without_a_stall) {
+    open();
+    log().received(std::vector<uint8_t>(0x100000, 0x41), time_stamp_now());
+    does("click ~/button_exit\n");
+    open();
+    ASSERT_TRUE(wait([] { return rows("table_bytes") == 0x10000; }));
+    int64_t slowest = 0;
+    for (uint32_t row = 0; row < 0x10000; row += 1111) {
+        const int64_t begin = time_now_ms();
+        table_client_show_row(in("table_bytes"), row);
+        table_client_fill(in("table_bytes"));
+        slowest = std::max(slowest, time_now_ms() - begin);
+    }
+    EXPECT_LE(slowest, 200) << "a filling costs the visible rows only";
+    EXPECT_EQ(widget_dispatch_simple_event(in("button_save"), event_type::click), RET_OK);
+    EXPECT_LE(longest_stall([] { return shown("label_result") == std::string("已保存 ") + saved_file; }), 1000);
+    EXPECT_EQ(std::filesystem::file_size(saved_file), 0x10000u * (27 + 47 + 1));
+}
+
+TEST_F(serial_send_keep, the_last_frames_are_offered_and_fill_the_form) {
+    open_connected();
+    EXPECT_FALSE(usable("combo_box_sent"));
+    does(
+        "pick ~/combo_box_ex_channal SPI1_TO_CANFD1\npick ~/combo_box_ex_frame_type 扩展帧\n"
+        "pick ~/combo_box_ex_can_canfd_or CANFD加速\ntype ~/serial_send_id 70000\n"
+        "type ~/serial_send_data 00112233445566778899\nclick ~/button_send\nwait ~/combo_box_sent enabled 1\n"
+        "pick ~/combo_box_ex_frame_type 标准帧\npick ~/combo_box_ex_can_canfd_or CANFD不加速\n"
+        "type ~/serial_send_id 5\ntype ~/serial_send_data AB\nclick ~/button_send\nwait ~/button_send enabled 1\n");
+    ASSERT_TRUE(wait([] { return combo_box_count_options(in("combo_box_sent")) == 3; }));
+    const std::string old = "70000 · 0011223344556677… · SPI1_TO_CANFD1 · 扩展帧 · CANFD加速";
+    for (int round = 0; round < 2; ++round) {
+        does("pick ~/combo_box_sent \"" + old + "\"\n");
+        EXPECT_EQ(shown("serial_send_id"), "70000");
+        EXPECT_EQ(shown("serial_send_data"), "00112233445566778899");
+        EXPECT_EQ(shown("combo_box_ex_frame_type"), "扩展帧");
+        EXPECT_EQ(shown("label_id_hex"), "= 0x11170");
+        EXPECT_EQ(shown("combo_box_sent"), "选择最近发送的帧");
+    }
+    does("type ~/serial_send_id 70001\nclick ~/button_exit\n");
+    serial_send_forget(); // as after a restart
+    open();
+    EXPECT_EQ(combo_box_count_options(in("combo_box_sent")), 3) << "and the prompt";
+    EXPECT_EQ(shown("serial_send_id"), "5") << "the last one stands in the form";
+    EXPECT_EQ(shown("serial_send_data"), "AB");
+}
+
+} // namespace

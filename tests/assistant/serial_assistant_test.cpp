@@ -1,0 +1,255 @@
+// The assistant's threads at the port of a connected module in transfer mode.
+#include "assistant/serial_assistant.h"
+
+#include "serial/mode_text.h"
+#include "tests/support/session_fixture.h"
+#include "toolkit/core/hex_text.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+using bytes = std::vector<uint8_t>;
+
+const bytes good = {0xAB, 0x0A, 0x03, 0x03, 0x88, 0x78, 0x56, 0x34, 0x12, 0xDE, 0xAD, 0x01, 0x23, 0x3E};
+
+class assistant_at_port : public session_test {
+  protected:
+    void SetUp() override {
+        session_test::SetUp();
+        usual_ =
+            std::exchange(assistant_timing_get(), {.after_read_ms = 5, .look_again_ms = 2, .port_wait_ms = 200});
+        make();
+    }
+    void TearDown() override {
+        one.reset();
+        assistant_timing_get() = usual_;
+        session_test::TearDown();
+    }
+    void make() { one = std::make_unique<serial_assistant>((folder / "serial_send.json").string()); }
+    /// A module in transfer mode whose frames carry a check value, and the assistant at its port.
+    void open() {
+        plug("VKT610B");
+        sim::traffic_plan plan;
+        plan.check = true;
+        module->set_traffic(plan);
+        connect();
+        transfer();
+        ASSERT_EQ(begin(), RET_OK);
+    }
+    void transfer() {
+        {
+            port_lease port = session().take_port(1000);
+            mode_text_write(port, mode_transfer);
+        }
+        ASSERT_TRUE(wait([this] { return module->mode() == "transfer"; }));
+    }
+    ret_t begin() {
+        return one->start(&session(), [this] { refreshes++; });
+    }
+    static bool wait(const std::function<bool()>& done) { return idle_run_until(done, session_patience_ms); }
+    bool wait_bytes(std::size_t count) {
+        return wait([this, count] { return one->log().counts().received >= count; });
+    }
+    assistant_sent send(const assistant_form& form) {
+        std::optional<assistant_sent> what;
+        EXPECT_EQ(one->send(form, [&what](assistant_sent is) { what = is; }), RET_OK);
+        EXPECT_TRUE(wait([&what] { return what.has_value(); }));
+        return what.value_or(assistant_sent::failed);
+    }
+
+    std::unique_ptr<serial_assistant> one;
+    int refreshes = 0;
+
+  private:
+    assistant_timing usual_;
+};
+
+TEST_F(assistant_at_port, what_comes_in_is_kept_and_its_frames_are_found) {
+    open();
+    module->babble(good);
+    ASSERT_TRUE(wait([this] { return one->log().counts().frames == 1; }));
+    EXPECT_TRUE(wait([this] { return refreshes > 0; }));
+    transcript_row row;
+    ASSERT_EQ(one->log().rows(0, std::span(&row, 1)), 1u);
+    EXPECT_FALSE(row.sent);
+}
+
+TEST_F(assistant_at_port, a_burst_is_read_whole_before_the_pause) {
+    assistant_timing_get().after_read_ms = 60000;
+    open();
+    port_lease other = session().take_port(1000);
+    bytes all;
+    for (int i = 0; i < 70; ++i) all.insert(all.end(), good.begin(), good.end());
+    module->babble(all);
+    ASSERT_TRUE(wait([&other] { return other.waiting().value_or(0) == 980; }));
+    other.give_back();
+    ASSERT_TRUE(wait_bytes(980));
+    EXPECT_TRUE(wait([this] { return one->log().counts().frames >= 64; }));
+}
+
+TEST_F(assistant_at_port, the_module_receives_what_was_sent) {
+    open();
+    EXPECT_EQ(send({.channel = 5, .format = 8, .speed = 128, .identifier = 0x12345678, .data = "DEAD"}),
+              assistant_sent::written);
+    ASSERT_TRUE(module->wait_traffic(0, 1, 10000));
+    EXPECT_EQ(hex_pairs_from_bytes(module->traffic_received()[0].frame),
+              "AC 0B 04 05 88 78 56 34 12 DE AD 00 00 25 2F");
+    const transcript_counts now = one->log().counts();
+    EXPECT_EQ(now.sent, 15u);
+    transcript_row row;
+    ASSERT_EQ(one->log().rows(0, std::span(&row, 1)), 1u);
+    EXPECT_TRUE(row.sent);
+    ASSERT_EQ(one->history().size(), 1u);
+    EXPECT_EQ(one->history()[0].identifier, 0x12345678u);
+}
+
+TEST_F(assistant_at_port, every_channel_and_kind_reaches_the_module) {
+    open();
+    uint32_t sent = 0;
+    for (const assistant_option& channel : assistant_channels)
+        for (const assistant_option& format : assistant_formats)
+            for (const assistant_option& speed : assistant_speeds) {
+                ASSERT_EQ(send({channel.value, format.value, speed.value, 1, "AB"}), assistant_sent::written);
+                ASSERT_TRUE(module->wait_traffic(0, ++sent, 10000));
+                const bytes frame = module->traffic_received().back().frame;
+                EXPECT_EQ(frame[3], channel.value);
+                EXPECT_EQ(frame[4], format.value + speed.value);
+            }
+    EXPECT_EQ(one->history().size(), 20u);
+}
+
+TEST_F(assistant_at_port, one_frame_at_a_time) {
+    open();
+    EXPECT_EQ(one->send({.data = "11"}, {}), RET_OK);
+    EXPECT_EQ(one->send({.data = "11"}, {}), RET_FAIL);
+    ASSERT_TRUE(wait([this] { return one->history().size() == 1; }));
+    EXPECT_EQ(send({.data = "22"}), assistant_sent::written);
+    EXPECT_EQ(one->send({.channel = 6, .data = "11"}, {}), RET_FAIL);
+}
+
+TEST_F(assistant_at_port, without_an_open_port_nothing_is_sent) {
+    plug("VKT610B");
+    EXPECT_EQ(send({.data = "11"}), assistant_sent::no_port) << "no device";
+    ASSERT_EQ(begin(), RET_OK);
+    EXPECT_EQ(send({.data = "11"}), assistant_sent::no_port);
+    EXPECT_TRUE(one->history().empty());
+    EXPECT_EQ(one->log().counts().sent, 0u);
+}
+
+TEST_F(assistant_at_port, it_waits_for_a_port_without_spinning) {
+    assistant_timing_get().look_again_ms = 20;
+    plug("VKT610B");
+    ASSERT_EQ(begin(), RET_OK);
+    com::fault_clear();
+    connect();
+    module->babble(good);
+    ASSERT_TRUE(wait_bytes(good.size()));
+    module->hang_up();
+    com::fault_clear();
+    const int64_t begin_ms = time_now_ms();
+    ASSERT_TRUE(wait([] { return com::call_count(com::call::clear_comm_error) >= 6; }));
+    EXPECT_GE(time_now_ms() - begin_ms, 80);
+    EXPECT_EQ(com::call_count(com::call::read_file), 0u);
+}
+
+TEST_F(assistant_at_port, a_session_gets_the_port) {
+    plug("VKT610B");
+    connect();
+    ASSERT_EQ(begin(), RET_OK);
+    ASSERT_TRUE(run(session_kind::read));
+    EXPECT_TRUE(heard.logs.empty());
+    EXPECT_THAT(heard.events, testing::Contains("finished"));
+    EXPECT_EQ(one->log().counts().received, 0u) << "its replies are its own";
+    module->babble(good);
+    EXPECT_TRUE(wait_bytes(good.size()));
+}
+
+TEST_F(assistant_at_port, while_somebody_has_the_port_nothing_is_read_or_sent) {
+    open();
+    port_lease other = session().take_port(1000);
+    ASSERT_TRUE(other);
+    com::fault_clear();
+    module->babble(good);
+    EXPECT_EQ(send({.data = "11"}), assistant_sent::no_port);
+    EXPECT_EQ(com::call_count(com::call::read_file), 0u);
+    EXPECT_EQ(com::call_count(com::call::write_file), 0u);
+    other.give_back();
+    EXPECT_TRUE(wait_bytes(good.size()));
+}
+
+TEST_F(assistant_at_port, a_write_that_fails_is_reported) {
+    open();
+    com::fault_set(com::call::write_file, 0, 1, 5);
+    EXPECT_EQ(send({.data = "11"}), assistant_sent::failed);
+    EXPECT_TRUE(one->history().empty());
+    EXPECT_EQ(send({.data = "11"}), assistant_sent::written);
+}
+
+TEST_F(assistant_at_port, started_twice_it_has_its_two_threads_and_loses_nothing) {
+    open();
+    const uint32_t running = workers_running();
+    module->babble(good);
+    ASSERT_EQ(begin(), RET_OK);
+    EXPECT_EQ(workers_running(), running);
+    module->babble(good);
+    ASSERT_TRUE(wait_bytes(2 * good.size()));
+    EXPECT_EQ(one->log().counts().received, 2 * good.size());
+}
+
+TEST_F(assistant_at_port, without_its_window_it_goes_on) {
+    open();
+    one->leave();
+    module->babble(good);
+    ASSERT_TRUE(wait([this] { return one->log().counts().frames == 1; }));
+    while (idle_dispatch() > 0) {
+    }
+    EXPECT_EQ(refreshes, 0);
+}
+
+TEST_F(assistant_at_port, a_full_store_becomes_a_text_on_a_thread) {
+    one->log().received(bytes(0x100000, 0x41), {.local_us = 0});
+    std::size_t lines = 0, size = 0;
+    std::optional<ret_t> ended;
+    const auto made = [&](const std::string& text) {
+        lines = static_cast<std::size_t>(std::ranges::count(text, '\n'));
+        size = text.size();
+        EXPECT_FALSE(idle_is_gui_thread());
+        return RET_FAIL;
+    };
+    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, [&](ret_t ret) { ended = ret; }), RET_OK);
+    EXPECT_EQ(one->make_text({}, made, {}), RET_FAIL) << "one at a time";
+    ASSERT_TRUE(wait([&] { return ended.has_value(); }));
+    EXPECT_EQ(*ended, RET_FAIL);
+    EXPECT_EQ(lines, 0x10000u);
+    EXPECT_EQ(size, 0x10000u * std::string("1970-01-01 00:00:00.000 rx AAAAAAAAAAAAAAAA\n").size());
+}
+
+TEST_F(assistant_at_port, a_text_of_some_rows) {
+    for (uint8_t i = 0; i < 5; ++i) one->log().received(bytes{i}, {.local_us = 0});
+    std::string text;
+    std::optional<ret_t> ended;
+    ASSERT_EQ(one->make_text(
+                  {.first = 1, .count = 2},
+                  [&text](std::string made) {
+                      text = std::move(made);
+                      return RET_OK;
+                  },
+                  [&](ret_t ret) { ended = ret; }),
+              RET_OK);
+    ASSERT_TRUE(wait([&] { return ended == RET_OK; }));
+    EXPECT_EQ(text, "1970-01-01 00:00:00.000 rx 01\n1970-01-01 00:00:00.000 rx 02\n");
+}
+
+TEST_F(assistant_at_port, it_ends_within_a_moment_whatever_it_does) {
+    assistant_timing_get().after_read_ms = 60000;
+    open();
+    module->babble(good);
+    ASSERT_TRUE(wait_bytes(good.size()));
+    const int64_t begin_ms = time_now_ms();
+    one.reset();
+    EXPECT_LT(time_now_ms() - begin_ms, 500);
+}
+
+} // namespace
