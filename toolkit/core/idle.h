@@ -26,7 +26,8 @@ uint32_t idle_add(idle_job job);
 ret_t idle_remove(uint32_t id);
 
 /// Runs `job` on the GUI thread `ms` milliseconds from now and, while it answers RET_REPEAT, every `ms` after
-/// (ticks that are missed are left out; those that follow keep to the first one's rhythm). Returns an id above 0. Any thread.
+/// (ticks that are missed are left out; those that follow keep to the first one's rhythm). Returns an id above 0.
+/// Any thread.
 uint32_t timer_add(idle_job job, uint32_t ms);
 /// Removes a timer, also from inside its own job. RET_FAIL when there is none.
 ret_t timer_remove(uint32_t id);
