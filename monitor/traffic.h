@@ -133,7 +133,7 @@ class traffic {
     csv_recorder csv_;                    ///< the send thread's
     std::unique_ptr<record_queue> queue_; ///< there from the first start on
     std::vector<traffic_record> chunk_;   ///< the receive thread's
-    bool doubtful_ = false;               ///< the receive thread's: its last read ended as one of a lost port does
+    int doubtful_ = 0;                    ///< the receive thread's: its last read ended as one of a lost port does
     std::function<void()> refresh_;       ///< the GUI thread's
     std::shared_ptr<int> alive_;          ///< what is posted does nothing once it is gone
     std::atomic<bool> check_{false}, send_done_{true}, leaving_{false}, lost_{false};

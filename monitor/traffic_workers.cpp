@@ -12,6 +12,8 @@ constexpr std::size_t read_bytes = 1024;
 constexpr DWORD read_interval_ms = 10;
 constexpr DWORD read_multiplier_ms = 10;
 constexpr uint32_t look_at_paused_ms = 500;
+constexpr int chances = 5;
+constexpr uint32_t chance_ms = 20;
 constexpr uint32_t look_again_ms = 100; ///< after a read that failed, or ended without reason
 
 struct io_words {
@@ -66,7 +68,7 @@ uint32_t traffic::receive() {
         lose();
         return 0;
     }
-    doubtful_ = false;
+    doubtful_ = 0;
     while (wait_to_run(*port) && receive_once(*port, event)) {
     }
     return 0;
@@ -99,7 +101,7 @@ bool traffic::receive_once(port_lease& port, const port_event& event) {
         if (read.ok()) purge_after_read(port);
     }
     if (!read.ok()) return go_on_after(port, read);
-    doubtful_ = false;
+    doubtful_ = 0;
     if (read.bytes > 0) {
         take_chunk(std::span(buffer).first(read.bytes));
         ask_refresh();
@@ -110,17 +112,17 @@ bool traffic::receive_once(port_lease& port, const port_event& event) {
 }
 
 // Some systems take a read whose bytes the send thread's purge took away for the end of the port. So a port that
-// still answers gets a second chance, and is lost when that fails too.
+// still answers gets some more chances, and is lost when they fail too.
 bool traffic::go_on_after(port_lease& port, const io_result& failed) {
     if (worker_should_stop()) return false;
     const bool lost = port_lost_error(failed.error);
-    if (!lost || !doubtful_) say_failure(failed, read_words);
+    if (!lost || doubtful_ == 0) say_failure(failed, read_words);
     if (failed.step == io_step::stopped) {
         set_link(traffic_link::closed);
         return false;
     }
     if (!lost) return worker_sleep_ms(look_again_ms);
-    if (!std::exchange(doubtful_, true) && port.waiting()) return true;
+    if (doubtful_++ < chances && port.waiting()) return worker_sleep_ms(chance_ms);
     lose();
     return false;
 }
