@@ -57,9 +57,12 @@ sent_history::sent_history(std::string path) : path_(std::move(path)) {
 }
 
 ret_t sent_history::add(const assistant_form& form) {
-    if (const auto at = std::ranges::find(entries_, form); at != entries_.end()) entries_.erase(at);
-    entries_.insert(entries_.begin(), form);
-    if (entries_.size() > sent_history_max) entries_.pop_back();
+    std::vector<assistant_form> now;
+    now.reserve(sent_history_max);
+    now.push_back(form);
+    for (assistant_form& entry : entries_)
+        if (entry != form && now.size() < sent_history_max) now.push_back(std::move(entry));
+    entries_ = std::move(now);
     conf_json_ptr conf = conf_json_load(path_.c_str());
     if (conf == nullptr) conf = conf_json_create(path_.c_str());
     for (std::size_t i = 0; i < entries_.size(); ++i)

@@ -242,14 +242,48 @@ TEST_F(assistant_at_port, a_text_of_some_rows) {
     EXPECT_EQ(text, "1970-01-01 00:00:00.000 rx 01\n1970-01-01 00:00:00.000 rx 02\n");
 }
 
-TEST_F(assistant_at_port, it_ends_within_a_moment_whatever_it_does) {
+// ---- the end, in every state ----
+
+class assistant_end : public assistant_at_port {
+  protected:
+    void end() {
+        const int64_t begin_ms = time_now_ms();
+        one.reset();
+        EXPECT_LT(time_now_ms() - begin_ms, 500);
+        while (idle_dispatch() > 0) {
+        }
+    }
+};
+
+TEST_F(assistant_end, while_it_looks_for_a_port) {
+    assistant_timing_get().look_again_ms = 60000;
+    plug("VKT610B");
+    ASSERT_EQ(begin(), RET_OK);
+    end();
+}
+
+TEST_F(assistant_end, in_the_pause_after_a_read) {
     assistant_timing_get().after_read_ms = 60000;
     open();
     module->babble(good);
     ASSERT_TRUE(wait_bytes(good.size()));
-    const int64_t begin_ms = time_now_ms();
-    one.reset();
-    EXPECT_LT(time_now_ms() - begin_ms, 500);
+    end();
+}
+
+TEST_F(assistant_end, while_a_frame_waits_for_the_port) {
+    assistant_timing_get().port_wait_ms = 60000;
+    open();
+    const port_lease other = session().take_port(1000);
+    bool reported = false;
+    ASSERT_EQ(one->send({.data = "11"}, [&reported](assistant_sent) { reported = true; }), RET_OK);
+    end();
+    EXPECT_FALSE(reported) << "nobody is there any more";
+}
+
+TEST_F(assistant_end, while_a_text_is_made) {
+    one->log().received(bytes(0x100000, 0x41), {});
+    ASSERT_EQ(one->make_text({}, [](const std::string&) { return RET_OK; }, {}), RET_OK);
+    end();
 }
 
 } // namespace

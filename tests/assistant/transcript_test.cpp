@@ -70,7 +70,7 @@ TEST_F(transcript_of, rows_are_copied_from_any_on) {
     EXPECT_EQ(log.counts().rows, 30u);
     const auto some = rows(4, 3);
     ASSERT_EQ(some.size(), 3u);
-    EXPECT_EQ(of(some[0])[0], 16);
+    EXPECT_EQ(some[0].room[0], 16);
     EXPECT_EQ(of(some[1]), bytes{32});
     EXPECT_EQ(some[2].local_us, 2);
     EXPECT_EQ(rows(29).size(), 1u);
