@@ -307,7 +307,7 @@ TEST_F(idle, missed_ticks_leave_the_rhythm_as_it_was) {
             return RET_REPEAT;
         },
         period_ms);
-    ASSERT_TRUE(idle_run_until([&] { return at.size() == 9; }, 20000));
+    while (at.size() < 9) idle_dispatch(); // a sleep may be coarser than what is measured
     timer_remove(id);
     // However busy the machine is, most of them come with the beat; after each busy tick would be 45 ms apart.
     const auto with_the_beat =
