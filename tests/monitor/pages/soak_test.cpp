@@ -47,6 +47,7 @@ TEST_F(soak, nothing_is_lost_unseen_doubled_or_kept) {
     const char* wanted = std::getenv("VKT_SOAK_SECONDS");
     const int64_t seconds = wanted != nullptr ? std::atoi(wanted) : usual_seconds;
     const int64_t end_ms = time_now_ms() + seconds * 1000;
+    std::ofstream("setting.json", std::ios::binary) << R"({"fifo_size":"20000"})"; // more than one page gives
     double memory = 0;
     uint64_t seen_frames = 0;
     for (int round = 0; round == 0 || time_now_ms() < end_ms; ++round) {
