@@ -64,9 +64,10 @@ std::size_t serial_assistant::receive_once() {
         const std::size_t waiting = port.waiting().value_or(0);
         if (waiting == 0) return 0;
         read = port.read(std::span(buffer).first(std::min(waiting, buffer.size())), read_wait_ms);
+        // Before the port is free: what is sent next stands behind it.
+        if (read.ok()) log_.received(std::span(buffer).first(read.bytes), time_stamp_now());
     }
     if (!read.ok()) return 0;
-    log_.received(std::span(buffer).first(read.bytes), time_stamp_now());
     ask_refresh();
     return read.bytes;
 }
@@ -118,7 +119,11 @@ ret_t serial_assistant::make_text(const text_wish& wish, text_made made, std::fu
     if (making_) return RET_FAIL;
     maker_.join();
     const auto work = [this, wish, made = std::move(made), done = std::move(done)] {
-        const ret_t ret = made(wish.part == transcript_part::rows ? text_of_rows(wish) : text_of_frames(wish));
+        const uint64_t clears = log_.counts().clears;
+        std::string text = wish.part == transcript_part::rows ? text_of_rows(wish) : text_of_frames(wish);
+        // What was broken off, or cleared meanwhile, is no text.
+        const bool whole = !worker_should_stop() && log_.counts().clears == clears;
+        const ret_t ret = whole ? made(std::move(text)) : RET_FAIL;
         post([this, ret, done] {
             making_ = false;
             if (done) done(ret);

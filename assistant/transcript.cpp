@@ -102,14 +102,20 @@ bool transcript::frame(std::size_t index, transcript_frame* out) const {
     return true;
 }
 
+/// When a received byte arrived: the time of its piece.
+int64_t transcript::arrival_of(std::size_t at) const {
+    for (auto one = pieces_.rbegin(); one != pieces_.rend(); ++one)
+        if (!one->sent && one->from <= at) return one->local_us;
+    return 0;
+}
+
 bool transcript::walk() {
-    const int64_t now_us = time_stamp_now().local_us;
     const std::lock_guard guard(lock_);
     for (int steps = 0; steps < walk_steps; ++steps) {
         const auto waiting = received_.from(walked_);
         const walk_step step = walk_look(waiting, waiting.size());
         if (step.advance == 0) return steps > 0;
-        if (step.good) frames_.push_back({walked_, now_us});
+        if (step.good) frames_.push_back({walked_, arrival_of(walked_ + step.advance - 1)});
         if (step.frame && !step.good) ++count_.frames_bad;
         if (!step.frame) ++count_.noise;
         walked_ += step.advance;

@@ -92,6 +92,7 @@ class transcript {
 
     void append(std::span<const uint8_t> bytes, const time_stamp& at, bool sent);
     std::size_t row_count() const;
+    int64_t arrival_of(std::size_t at) const;
     transcript_row row_of(const piece& one, std::size_t row) const;
 
     mutable std::mutex lock_; ///< over all of it

@@ -24,6 +24,7 @@ constexpr const char* text_choose_sent = "选择最近发送的帧";
 constexpr int32_t no_entry = -1;
 constexpr const char* text_still_making = "请稍候";
 constexpr const char* text_save_failed = "保存失败";
+constexpr const char* text_copy_failed = "复制失败";
 
 std::function<device_session*()>& served() {
     static auto& by = *new std::function<device_session*()>;
@@ -86,6 +87,7 @@ class dialog {
     byte_form form_ = byte_form::hex;
     bool focused_ = false; ///< the send button, when it was pressed last
     tail_table bytes_, frames_;
+    std::shared_ptr<int> alive_ = std::make_shared<int>(); ///< what comes later does nothing once it is gone
 };
 
 const dialog::binding dialog::bindings[] = {
@@ -183,16 +185,19 @@ ret_t dialog::show_as(byte_form form) {
 
 ret_t dialog::send() {
     const assistant_form form = rows_.form();
-    const std::string shown = hex_pairs_from_bytes(assistant_frame(form).bytes());
+    const traffic_wire frame = assistant_frame(form);
+    const std::string shown = hex_pairs_from_bytes(frame.bytes());
     widget_set_text_utf8(at("edit_send_frame"), shown.c_str());
-    const ret_t ret = assistant_.send(form, [this](assistant_sent what) { sent(what); });
+    const ret_t ret = assistant_.send(form, [this, alive = std::weak_ptr(alive_)](assistant_sent what) {
+        if (!alive.expired()) sent(what);
+    });
     if (ret != RET_OK) return err_display_show(text_still_sending);
     focused_ = widget_get_focused(at("button_send"));
     return widget_set_enable(at("button_send"), false);
 }
 
 void dialog::sent(assistant_sent what) {
-    if (open_dialog().get() != this || !open()) return;
+    if (!open()) return;
     widget_set_enable(at("button_send"), true);
     if (focused_) widget_set_focused(at("button_send"));
     offer_sent();
@@ -250,10 +255,11 @@ ret_t dialog::copy() {
 // The text is made on a thread: a full store gives some megabytes of it.
 ret_t dialog::make_text(const text_wish& wish, serial_assistant::text_made made,
                         std::function<shown_result(ret_t)> done) {
-    const ret_t ret = assistant_.make_text(wish, std::move(made), [this, done = std::move(done)](ret_t how) {
+    const auto shown = [this, alive = std::weak_ptr(alive_), done = std::move(done)](ret_t how) {
         const shown_result result = done(how);
-        if (open_dialog().get() == this && open()) show_result(result);
-    });
+        if (!alive.expired() && open()) show_result(result);
+    };
+    const ret_t ret = assistant_.make_text(wish, std::move(made), shown);
     if (ret != RET_OK) show_result({text_still_making, "warning"});
     return ret;
 }
@@ -265,7 +271,8 @@ ret_t dialog::copy_rows(transcript_part part, table_rows rows) {
         return RET_OK;
     };
     const text_wish wish{part, rows.first, std::size_t{rows.last} - rows.first + 1, form_};
-    return make_text(wish, keep, [text](ret_t) {
+    return make_text(wish, keep, [text](ret_t ret) {
+        if (ret != RET_OK) return shown_result{text_copy_failed, "failed"};
         clip_board_set_text(text->c_str());
         return shown_result{"已复制", "ok"};
     });

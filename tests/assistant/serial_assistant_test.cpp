@@ -6,6 +6,7 @@
 #include "toolkit/core/hex_text.h"
 
 #include <algorithm>
+#include <atomic>
 #include <optional>
 
 namespace {
@@ -242,6 +243,20 @@ TEST_F(assistant_at_port, a_text_of_some_rows) {
     EXPECT_EQ(text, "1970-01-01 00:00:00.000 rx 01\n1970-01-01 00:00:00.000 rx 02\n");
 }
 
+TEST_F(assistant_at_port, a_text_of_what_is_cleared_meanwhile_is_none) {
+    one->log().received(bytes(0x100000, 0x41), {.local_us = 0});
+    std::atomic<std::size_t> lines = 0;
+    std::optional<ret_t> ended;
+    const auto made = [&lines](const std::string& text) {
+        lines = static_cast<std::size_t>(std::ranges::count(text, '\n'));
+        return RET_OK;
+    };
+    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, [&](ret_t ret) { ended = ret; }), RET_OK);
+    one->log().clear();
+    ASSERT_TRUE(wait([&] { return ended.has_value(); }));
+    EXPECT_EQ(lines, 0u) << "whichever came first";
+}
+
 // ---- the end, in every state ----
 
 class assistant_end : public assistant_at_port {
@@ -282,8 +297,14 @@ TEST_F(assistant_end, while_a_frame_waits_for_the_port) {
 
 TEST_F(assistant_end, while_a_text_is_made) {
     one->log().received(bytes(0x100000, 0x41), {});
-    ASSERT_EQ(one->make_text({}, [](const std::string&) { return RET_OK; }, {}), RET_OK);
+    std::atomic<bool> whole = true;
+    const auto made = [&whole](const std::string& text) {
+        whole = std::ranges::count(text, '\n') == 0x10000;
+        return RET_OK;
+    };
+    ASSERT_EQ(one->make_text({}, made, {}), RET_OK);
     end();
+    EXPECT_TRUE(whole) << "a text that was broken off is none";
 }
 
 } // namespace

@@ -149,6 +149,21 @@ TEST_F(transcript_of, exactly_76_unread_bytes_wait_for_more) {
     EXPECT_EQ(log.counts().noise, 77u - good.size());
 }
 
+TEST_F(transcript_of, a_frame_has_the_time_at_which_its_last_byte_came) {
+    const std::vector<uint8_t> frame = {0xAB, 0x0A, 0x03, 0x03, 0x88, 0x78, 0x56,
+                                        0x34, 0x12, 0xDE, 0xAD, 0x01, 0x23, 0x3E};
+    log.received(std::span(frame).first(5), at(1000));
+    log.sent(frame, at(1500));
+    log.received(std::span(frame).subspan(5), at(2000));
+    log.received(frame, at(3000));
+    walk();
+    transcript_frame found;
+    ASSERT_TRUE(log.frame(0, &found));
+    EXPECT_EQ(found.local_us, 2000);
+    ASSERT_TRUE(log.frame(1, &found));
+    EXPECT_EQ(found.local_us, 3000);
+}
+
 TEST_F(transcript_of, many_frames_are_walked_whole) {
     bytes all;
     for (int i = 0; i < 6000; ++i) all.insert(all.end(), empty_frame.begin(), empty_frame.end());
