@@ -12,6 +12,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 work=${QTWIN_DIR:-$root/build/qtwin}
 prefix=$work/prefix
+archive=${QTWIN_ARCHIVE:-$root/../shared/windows/qt6-mingw-prefix.tar.xz}
 unset LIBRARY_PATH # the host's libraries are none of the cross linker's
 
 say() { echo "build-qt-prefix: $*" >&2; }
@@ -28,6 +29,21 @@ check_prefix() {
         [ -d "$1/lib/cmake/Qt6$module" ] || return 1
     done
     [ -f "$1/plugins/platforms/libqwindows.a" ]
+}
+
+# Unpacks the archive, if there is one; whole or not at all.
+take_archive() {
+    [ -f "$archive" ] || return 1
+    (cd "$(dirname "$archive")" && sha256sum --quiet --check "$(basename "$archive").sha256" >&2) || return 1
+    rm -rf "$work/unpacked" "$prefix"
+    mkdir -p "$work/unpacked"
+    tar -xJf "$archive" -C "$work/unpacked" >&2 || return 1
+    if ! check_prefix "$work/unpacked/prefix"; then
+        say "$archive holds no whole prefix"
+        return 1
+    fi
+    mv "$work/unpacked/prefix" "$prefix"
+    say "unpacked $archive"
 }
 
 # apt with a list of its own, which holds the source packages of the system's archives; the system's lists stay.
@@ -88,7 +104,7 @@ if [ -n "${QTWIN_PREFIX:-}" ]; then
     cd "$QTWIN_PREFIX" && pwd
     exit 0
 fi
-if ! check_prefix "$prefix"; then
+if ! check_prefix "$prefix" && ! take_archive; then
     [ "${1:-}" != --ready ] || exit 1
     "$root/scripts/install.sh" build gui windows windows-qt >&2
     mkdir -p "$work"

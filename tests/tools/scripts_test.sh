@@ -137,7 +137,7 @@ expect 0 "as root: env DEBIAN_FRONTEND=noninteractive apt-get -q install -y" ins
 
 # ---- packaging/windows/build-qt-prefix.sh
 
-ready() { env -u QTWIN_PREFIX "$@" packaging/windows/build-qt-prefix.sh --ready; }
+ready() { env -u QTWIN_PREFIX QTWIN_ARCHIVE="$work/no.tar.xz" "$@" packaging/windows/build-qt-prefix.sh --ready; }
 expect 1 "" ready QTWIN_DIR="$work/none"
 expect 1 "is no whole prefix" ready QTWIN_PREFIX="$work/none"
 mkdir -p "$work"/qt/prefix/lib/cmake/Qt6{Core,Gui,Widgets,Test} "$work/qt/prefix/plugins/platforms"
@@ -147,7 +147,18 @@ touch "$work/qt/prefix/lib/libQt6Test.a"
 expect 0 "$work/qt/prefix" ready QTWIN_PREFIX="$work/qt/prefix"
 expect 0 "$work/qt/prefix" ready QTWIN_DIR="$work/qt"
 expect 1 "" ready QTWIN_DIR="$work/none"
+tar -cJf "$work/qt.tar.xz" -C "$work/qt" prefix
+expect 1 "No such file" ready QTWIN_DIR="$work/none" QTWIN_ARCHIVE="$work/qt.tar.xz"
+echo "$(printf %064d 0)  qt.tar.xz" >"$work/qt.tar.xz.sha256"
+expect 1 "FAILED" ready QTWIN_DIR="$work/none" QTWIN_ARCHIVE="$work/qt.tar.xz"
 [ ! -e "$work/none" ] || { failed=$((failed + 1)) && echo "--ready left something behind"; }
+(cd "$work" && sha256sum qt.tar.xz >qt.tar.xz.sha256)
+expect 0 "$work/none/prefix" ready QTWIN_DIR="$work/none" QTWIN_ARCHIVE="$work/qt.tar.xz"
+[ -f "$work/none/prefix/lib/libQt6Test.a" ] || { failed=$((failed + 1)) && echo "the archive was not unpacked"; }
+tar -cJf "$work/qt.tar.xz" -C "$work/qt" prefix/lib
+(cd "$work" && sha256sum qt.tar.xz >qt.tar.xz.sha256)
+rm -r "$work/none"
+expect 1 "holds no whole prefix" ready QTWIN_DIR="$work/none" QTWIN_ARCHIVE="$work/qt.tar.xz"
 
 # ---- test.sh
 
@@ -161,6 +172,9 @@ expect 0 "5 2" said " 3/7 Test #3: a ....***Skipped 0.01 sec" "86% tests passed,
     "The following tests did not run:" "	  3 - a (Skipped)"
 expect 0 "0 1" said "No tests were found!!!"
 expect 0 "0 1" said "ctest: not found"
+ended() { printf '%s\n' "$@" >"$work/log" && count_last "$work/log"; }
+expect 0 "5 2" ended "1 passed, 0 failed" "5 passed, 2 failed"
+expect 0 "0 1" ended "5 passed, 2 failed" "killed"
 
 echo "$passed passed, $failed failed"
 [ "$failed" = 0 ]
