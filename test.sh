@@ -93,10 +93,37 @@ run_asan() { run_preset asan "build gui display clang"; }
 # reported. All threads of the program live in the rooms that are left.
 run_tsan() { run_preset tsan "build display clang"; }
 
+# The programs of this system that the Windows tests need: those of the debug build, or small ones without windows.
+configure_host() {
+    if [ "$host" = dev ]; then configure dev; else configure dev -B build/host -DVKT_GUI=OFF -DVKT_TESTS=OFF; fi
+}
+
+# pack_windows FOLDER: makes the Windows packages, and unpacks the archive into the folder.
+pack_windows() {
+    say "windows: packages"
+    rm -rf dist "$1"
+    packaging/windows/build.sh && unzip -q dist/*.zip -d "$1"
+}
+
+# try_windows_packages STAGE: archive and installer as a user takes them, and what the unpacked program shows beside what
+# the one of this system shows.
+try_windows_packages() {
+    local log=build/windows-packages.log
+    say "windows: the packages under Wine"
+    with_display packaging/windows/wine-tests.sh --run tests/packages/windows_test.sh 2>&1 | tee "$log"
+    # shellcheck disable=SC2046 # two numbers
+    result "windows packages" $(count_last "$log")
+    with_display packaging/windows/wine-tests.sh --run tests/packages/looks_test.sh build/dev/stage "$1" 2>&1 | tee "$log"
+    # shellcheck disable=SC2046
+    result "windows looks" $(count_last "$log")
+}
+
 run_windows() {
     local log=build/windows-tests.log sections="build windows" options=(-DVKT_GUI=OFF) display=() prefix
+    local host=host host_programs=(pty_host vkt_sim) program_stage=''
     if prefix=$(packaging/windows/build-qt-prefix.sh --ready); then
-        sections="$sections gui display" options=(-DVKT_GUI=ON "-DQTWIN_PREFIX=$prefix") display=(with_display)
+        sections="$sections gui display windows-package" options=(-DVKT_GUI=ON "-DQTWIN_PREFIX=$prefix") display=(with_display)
+        host=dev host_programs+=(VKTCfgTools)
     elif [ -n "${QTWIN_PREFIX:-}" ]; then
         result "windows (QTWIN_PREFIX)" 0 1
         return
@@ -106,16 +133,24 @@ run_windows() {
     say "windows: build"
     # The pseudo-terminals that stand for COM ports are made by programs of this system.
     # shellcheck disable=SC2086 # a list of words
-    if ! scripts/install.sh $sections || ! configure windows "${options[@]}" || ! build windows ||
-        ! configure dev -B build/host -DVKT_GUI=OFF -DVKT_TESTS=OFF || ! build host pty_host vkt_sim; then
+    if ! scripts/install.sh $sections || ! configure windows "${options[@]}" || ! build windows || ! configure_host ||
+        ! build "$host" "${host_programs[@]}"; then
         result "windows (build)" 0 1
         return
     fi
+    export VKT_HOST_BUILD=$PWD/build/$host
+    if [ "$host" = dev ] && ! pack_windows "build/解压 unpacked"; then
+        result "windows (packages)" 0 1
+        return
+    fi
+    # The whole program is played from what users unpack.
+    [ "$host" != dev ] || program_stage=$(ls -d "build/解压 unpacked"/*)
     say "windows: tests under Wine"
-    VKT_HOST_BUILD=$PWD/build/host "${display[@]}" packaging/windows/wine-tests.sh "${ctest_options[@]}" 2>&1 |
+    VKT_PROGRAM_STAGE=$program_stage "${display[@]}" packaging/windows/wine-tests.sh "${ctest_options[@]}" 2>&1 |
         tee "$log" | brief
     # shellcheck disable=SC2046
     result windows $(count_ctest "$log")
+    [ "$host" != dev ] || try_windows_packages "$program_stage"
 }
 
 run_soak() {
@@ -142,7 +177,7 @@ run_fuzz() {
     say "fuzz: $fuzz_seconds seconds a target"
     scripts/fuzz.sh build/fuzz "$fuzz_seconds" 2>&1 | tee "$log"
     # shellcheck disable=SC2046 # two numbers
-    result fuzz $(tail -n 1 "$log" | sed -nE 's/^([0-9]+) passed, ([0-9]+) failed$/\1 \2/p;t;s/.*/0 1/p')
+    result fuzz $(count_last "$log")
 }
 
 run_lint() {
@@ -153,7 +188,7 @@ run_lint() {
     fi
     local check ok=0 bad=0
     for check in "tools/lint --self-test" tests/tools/scripts_test.sh tests/tools/runner_test.sh tools/lint \
-        "tools/include_picture --check"; do
+        tests/tools/papers_test.py "tools/include_picture --check"; do
         if $check; then ok=$((ok + 1)); else bad=$((bad + 1)); fi
     done
     result lint "$ok" "$bad"

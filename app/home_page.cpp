@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr const char* version_text = "版本号：V2.0.1";
+constexpr const char* version_text = "版本号：V" VKT_VERSION;
 
 ret_t progress_forward(widget* /*home*/) { return navigator_switch_to("progress", false); }
 

@@ -3,7 +3,7 @@
 # tree of its own and on a virtual display of its own (on the offscreen platform where there is none). A Windows program
 # is played under Wine, with the ports and the display of packaging/windows/wine-tests.sh.
 #
-# STAGE is the build's stage folder (bin/, res/, tools/). What is left goes to OUT if it is given. Lines of the script
+# STAGE is the build's stage folder (bin/, res/, tools/); VKT_PROGRAM_STAGE overrides it. What is left goes to OUT if it is given. Lines of the script
 # that start with #! say what the run needs and what must come out of it:
 #   #! sim ARGUMENTS       vkt_sim's arguments (COM7=VKT531A ...); without this line no module runs
 #   #! arguments TEXT      the program's arguments (1280 750), or none; VKT_PROGRAM_ARGUMENTS overrides them
@@ -20,7 +20,7 @@
 #   #! allow-conditions    failed preconditions may be logged
 set -u
 script=$(readlink -f "$1")
-stage=$(readlink -f "$2")
+stage=$(readlink -f "${VKT_PROGRAM_STAGE:-$2}")
 program=("$stage/bin/VKTCfgTools")
 simulator=$stage/bin/vkt_sim
 under_wine=''

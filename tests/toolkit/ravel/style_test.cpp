@@ -406,8 +406,8 @@ TEST(sheets, the_dark_one_has_another_value_for_every_colour_and_no_rule) {
     }
     for (const auto& [name, value] : dark) EXPECT_TRUE(light.contains(name)) << name;
     std::ifstream file(VKT_SOURCE_TREE "/res/default/styles/dark.qss");
-    const std::string text((std::istreambuf_iterator<char>(file)), {});
-    EXPECT_EQ(text.find('{'), std::string::npos);
+    ASSERT_TRUE(file.is_open());
+    for (std::string line; std::getline(file, line);) EXPECT_EQ(line.find('{'), std::string::npos) << line;
 }
 
 TEST(sheets, every_picture_has_a_dark_one_at_both_sizes) {

@@ -150,8 +150,8 @@ std::string dump_line(const widget_state* state) {
     line += drive_quote(widget_get_text_utf8(handle), 16000) + tk_format(" value=%d", widget_get_value_int(handle));
     line += widget_get_enable(handle) ? " enabled" : " disabled";
     line += widget_get_visible(handle) ? " visible" : " hidden";
-    const QRect place = state->w->geometry();
-    return line + tk_format(" %d,%d %dx%d\n", place.x(), place.y(), place.width(), place.height());
+    return line + tk_format(" %d,%d %dx%d\n", place_of(state, "window_x"), place_of(state, "window_y"),
+                            state->w->width(), state->w->height());
 }
 
 } // namespace
