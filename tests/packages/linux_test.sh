@@ -32,7 +32,12 @@ inside() { chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF
 files() { (cd "$root" && find etc usr opt -xdev ! -path 'usr/share/*/__pycache__*' | sort); }
 
 say "a fresh system"
-mmdebstrap --variant=apt --include=xvfb,xauth "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root" \
+# The archives that this system takes its packages from.
+sources=()
+for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.sources; do
+    if [ -s "$file" ]; then sources+=("$file"); fi
+done
+mmdebstrap --variant=apt --include=xvfb,xauth "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root" "${sources[@]}" \
     >"$work/bootstrap.log" 2>&1 || { tail "$work/bootstrap.log" && exit 2; }
 mount -t proc proc "$root/proc"
 mkdir -p "$root/dev/pts" && mount -t devpts devpts "$root/dev/pts" -o gid=5,mode=620,ptmxmode=666 # a view of its own
