@@ -8,6 +8,7 @@
 #   #! sim ARGUMENTS       vkt_sim's arguments (COM7=VKT531A ...); without this line no module runs
 #   #! arguments TEXT      the program's arguments (1280 750), or none; VKT_PROGRAM_ARGUMENTS overrides them
 #   #! env NAME=VALUE      for the program
+#   #! folder NAME         the tree's folder, with bin/, res/ and log/ in it (stage)
 #   #! screen WxH          of the virtual display (1600x1000); VKT_PROGRAM_SCREEN overrides it
 #   #! before COMMAND      shell command, run in the fresh tree's bin/ before the program starts; a process that it
 #                          leaves in the background ends with the test
@@ -69,10 +70,12 @@ wait_for() {
 }
 
 # ---- the tree ---------------------------------------------------------------------------------------------------------
-mkdir -p "$tree/stage/bin" "$tree/stage/log" "$tree/shots"
-cp -rL "$stage/res" "$tree/stage/res"
-[ -d "$stage/tools" ] && ln -s "$stage/tools" "$tree/stage/tools"
-cd "$tree/stage/bin" || exit 2
+folder=$(directive folder)
+folder=$tree/${folder:-stage}
+mkdir -p "$folder/bin" "$folder/log" "$tree/shots"
+cp -rL "$stage/res" "$folder/res"
+[ -d "$stage/tools" ] && ln -s "$stage/tools" "$folder/tools"
+cd "$folder/bin" || exit 2
 # No message bus: the run depends on nothing of the desktop it is started from.
 export XDG_RUNTIME_DIR=$tree DBUS_SESSION_BUS_ADDRESS=disabled: NO_AT_BRIDGE=1
 unset VKT_COM_PORTS VKT_COM_FAULT VKT_DEBUGGER_LOG
@@ -208,6 +211,6 @@ fi
 if ! grep -q '^#! allow-conditions' "$script" && grep -E 'condition\(.*\) failed|off the GUI thread' "$tree/output.txt"; then
     problem "a precondition failed"
 fi
-if [ "$status" = 0 ] && [ -s "$tree/stage/log/p_v_info.txt" ]; then problem "the session log was not emptied"; fi
+if [ "$status" = 0 ] && [ -s "$folder/log/p_v_info.txt" ]; then problem "the session log was not emptied"; fi
 if [ "$problems" -gt 0 ] && [ -s "$tree/report.txt" ]; then cat "$tree/modules.txt" "$tree/report.txt"; fi
 exit $((problems > 0))
