@@ -88,6 +88,8 @@ TEXT_RULES = [
     # A shell script that waits for something looks again every few hundredths of a second.
     rule("fixed-sleep", r"\b(sleep_f[o]r|sleep_u[n]til|us[l]eep|nano[s]leep|(worker_)?sleep_[m]s|q[S]leep|q[W]ait|S[l]eep)\s*\(|"
          r"(^\s*|[;&|]\s*|\bdo\s+|\bthen\s+)sl[e]ep\s+(?!0\.0)[0-9.]+", TESTS, "wait for a condition or an event"),
+    # GoogleTest's regular expressions are the system's on one side and its own few on the other.
+    rule("unequal-regex", r"\b(Contains|Matches)R[e]gex\b", TESTS, "use std::regex: it is the same on both systems"),
     rule("source-of-truth", r"(?i)\bthe sp[e]c(ification)?\b|\bsp[e]c\.md\b|\b(des[i]gn|lo[o]k|exam[p]les)\.md\b|"
          r"\bthe docs? s[a]ys\b|\bdocument(ation)? s[a]ys\b", ANY, "say why in this system's own words"),
     rule("numbered-source", r"\bP[a]rts? [1-9](\.\d+)?\b", ANY, "say why in this system's own words"),

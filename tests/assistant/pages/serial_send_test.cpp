@@ -12,7 +12,8 @@ class serial_send : public assistant_stage {};
 
 TEST_F(serial_send, a_missing_window_is_reported) {
     EXPECT_EQ(serial_send_init(nullptr, nullptr), RET_BAD_PARAMS);
-    EXPECT_THAT(said(), testing::ContainsRegex("serial_send_init:[0-9]+ condition\\(win != NULL\\) failed!\n"));
+    EXPECT_THAT(said(), testing::HasSubstr("serial_send_init:"));
+    EXPECT_THAT(said(), testing::HasSubstr(" condition(win != NULL) failed!\n"));
 }
 
 TEST_F(serial_send, it_opens_from_the_change_page_and_closes) {
