@@ -26,7 +26,10 @@ serial_assistant::serial_assistant(std::string history)
 serial_assistant::~serial_assistant() = default;
 
 ret_t serial_assistant::start(device_session* device, std::function<void()> refresh) {
-    if (device != nullptr) device_ = device;
+    if (device != nullptr && device != device_) {
+        receiver_ = worker(); // wherever it waits
+        device_ = device;
+    }
     refresh_ = std::move(refresh);
     const auto running = [](worker* one, const char* name, worker::work work) {
         return one->running() || one->start({.name = name}, std::move(work)) == RET_OK;
@@ -39,31 +42,40 @@ ret_t serial_assistant::start(device_session* device, std::function<void()> refr
 
 // ---- receiving ----
 
+// Whoever has just opened a port wants it first, so a look comes after a pause. One that has vanished does not come
+// back without being opened again.
 uint32_t serial_assistant::receive() {
+    device_session* device = device_;
+    if (device == nullptr) return 0;
     const assistant_timing& timing = assistant_timing_get();
-    while (worker_sleep_ms(receive_all() ? timing.after_read_ms : timing.look_again_ms)) {
+    for (uint64_t opening = 0; (opening = device->wait_port_opened(opening)) != 0;) {
+        std::optional<std::size_t> came = 0;
+        while (came && worker_sleep_ms(*came > 0 ? timing.after_read_ms : timing.look_again_ms))
+            came = receive_all();
     }
     return 0;
 }
 
-/// Reads until nothing more waits, so that no queue runs over meanwhile. True when something came.
-bool serial_assistant::receive_all() {
-    const std::size_t first = receive_once();
-    for (std::size_t last = first; last == read_bytes && !worker_should_stop();) last = receive_once();
-    return first > 0;
+/// Reads until nothing more waits, so that no queue runs over meanwhile. How much came; nothing when there is no
+/// port any more.
+std::optional<std::size_t> serial_assistant::receive_all() {
+    looks_++;
+    const auto first = receive_once();
+    for (auto last = first; last == read_bytes && !worker_should_stop();) last = receive_once();
+    return first;
 }
 
 // The port is held for as long as it takes to fetch what has come in already: whoever wants it gets it at once.
-std::size_t serial_assistant::receive_once() {
-    device_session* device = device_;
-    if (device == nullptr) return 0;
+std::optional<std::size_t> serial_assistant::receive_once() {
+    device_session& device = *device_;
     std::array<uint8_t, read_bytes> buffer{};
     io_result read;
     {
-        port_lease port = device->take_port(0);
-        const std::size_t waiting = port.waiting().value_or(0);
-        if (waiting == 0) return 0;
-        read = port.read(std::span(buffer).first(std::min(waiting, buffer.size())), read_wait_ms);
+        port_lease port = device.take_port(0);
+        if (!port) return device.port_open() ? std::optional<std::size_t>(0) : std::nullopt;
+        const auto waiting = port.waiting();
+        if (!waiting || *waiting == 0) return waiting;
+        read = port.read(std::span(buffer).first(std::min<std::size_t>(*waiting, buffer.size())), read_wait_ms);
         // Before the port is free: what is sent next stands behind it.
         if (read.ok()) log_.received(std::span(buffer).first(read.bytes), time_stamp_now());
     }

@@ -10,12 +10,13 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 /// Waits, in milliseconds; tests shorten them before the first start.
 struct assistant_timing {
     uint32_t after_read_ms = 500; ///< from a read that brought something to the next
-    uint32_t look_again_ms = 50;  ///< while there is no port, somebody else has it, or nothing came
+    uint32_t look_again_ms = 50;  ///< at an open port, while somebody else has it or nothing came
     uint32_t port_wait_ms = 200;  ///< a frame waits for the port at most this long
 };
 assistant_timing& assistant_timing_get();
@@ -46,9 +47,10 @@ class serial_assistant {
     serial_assistant(const serial_assistant&) = delete;
     serial_assistant& operator=(const serial_assistant&) = delete;
 
-    /// Listens at the device's port from now on (null: at the one before, if any), and runs `refresh` on the GUI
-    /// thread after something came or was sent; asked for again while it is pending it still runs once. The device
-    /// must live until the assistant is destroyed. Started again, the threads go on. RET_FAIL: no threads.
+    /// Listens at the device's port from now on (null: at the one before, if any) whenever it is open, and runs
+    /// `refresh` on the GUI thread after something came or was sent; asked for again while it is pending it still
+    /// runs once. The device must live until the assistant is destroyed. Started again, the threads go on.
+    /// RET_FAIL: no threads.
     ret_t start(device_session* device, std::function<void()> refresh);
     /// Nobody looks any more: `refresh` does not run from now on.
     void leave() { refresh_ = {}; }
@@ -61,6 +63,9 @@ class serial_assistant {
 
     transcript& log() { return log_; }
 
+    /// Test aid: how often the receive thread has looked at a port. Any thread.
+    uint64_t looks() const { return looks_; }
+
     using text_made = std::function<ret_t(std::string text)>;
     /// Makes one text, a line for each row or frame, on a thread, and gives it to `made` there; what that answers
     /// is given to `done` on the GUI thread. RET_FAIL while the text before is not done, or without a thread.
@@ -68,8 +73,8 @@ class serial_assistant {
 
   private:
     uint32_t receive();
-    bool receive_all();
-    std::size_t receive_once();
+    std::optional<std::size_t> receive_all();
+    std::optional<std::size_t> receive_once();
     uint32_t analyse();
     assistant_sent write(std::span<const uint8_t> frame);
     std::string text_of_rows(const text_wish& wish) const;
@@ -80,7 +85,8 @@ class serial_assistant {
     const std::string refresh_key_;
     transcript log_;
     sent_history history_;
-    std::atomic<device_session*> device_{nullptr};
+    std::atomic<device_session*> device_{nullptr}; ///< changes only while nobody receives
+    std::atomic<uint64_t> looks_{0};
     std::function<void()> refresh_; ///< the GUI thread's
     std::shared_ptr<int> alive_;    ///< what is posted does nothing once it is gone
     bool sending_ = false;          ///< the GUI thread's

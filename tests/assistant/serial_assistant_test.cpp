@@ -139,20 +139,61 @@ TEST_F(assistant_at_port, without_an_open_port_nothing_is_sent) {
     EXPECT_EQ(one->log().counts().sent, 0u);
 }
 
-TEST_F(assistant_at_port, it_waits_for_a_port_without_spinning) {
-    assistant_timing_get().look_again_ms = 20;
+/// Until a timer has fired as often as the assistant's pause between two looks would have ended.
+void let_looks_pass(int count) {
+    int passed = 0;
+    timer_add([&] { return ++passed < count ? RET_REPEAT : RET_REMOVE; }, assistant_timing_get().look_again_ms);
+    ASSERT_TRUE(idle_run_until([&] { return passed >= count; }, session_patience_ms));
+}
+
+TEST_F(assistant_at_port, while_no_port_is_open_it_sleeps) {
     plug("VKT610B");
     ASSERT_EQ(begin(), RET_OK);
-    com::fault_clear();
+    let_looks_pass(20);
+    EXPECT_EQ(one->looks(), 0u);
     connect();
+    module->babble(good);
+    EXPECT_TRUE(wait_bytes(good.size())) << "woken by the opening";
+    disconnect();
+    const uint64_t before = one->looks();
+    let_looks_pass(20);
+    EXPECT_LE(one->looks(), before + 1) << "one look finds that it was closed";
+    connect();
+    module->babble(good);
+    EXPECT_TRUE(wait_bytes(2 * good.size()));
+}
+
+TEST_F(assistant_at_port, once_the_port_has_vanished_it_sleeps_until_one_is_opened) {
+    plug("VKT610B");
+    connect();
+    ASSERT_EQ(begin(), RET_OK);
     module->babble(good);
     ASSERT_TRUE(wait_bytes(good.size()));
     module->hang_up();
+    const uint64_t before = one->looks();
     com::fault_clear();
-    const int64_t begin_ms = time_now_ms();
-    ASSERT_TRUE(wait([] { return com::call_count(com::call::clear_comm_error) >= 6; }));
-    EXPECT_GE(time_now_ms() - begin_ms, 80);
-    EXPECT_EQ(com::call_count(com::call::read_file), 0u);
+    let_looks_pass(20);
+    EXPECT_LE(one->looks(), before + 1) << "one look finds that it has vanished";
+    EXPECT_LE(com::call_count(com::call::clear_comm_error), 1u);
+    module.reset();
+    plug("VKT610B");
+    connect();
+    module->babble(good);
+    EXPECT_TRUE(wait_bytes(2 * good.size()));
+}
+
+TEST_F(assistant_at_port, it_listens_at_the_device_that_it_was_given_last) {
+    device_session other(vkt610b_family, {});
+    ASSERT_EQ(one->start(&other, {}), RET_OK);
+    const uint32_t running = workers_running();
+    plug("VKT610B");
+    connect();
+    ASSERT_EQ(begin(), RET_OK);
+    EXPECT_EQ(workers_running(), running);
+    ASSERT_EQ(one->start(nullptr, {}), RET_OK) << "the same again";
+    module->babble(good);
+    EXPECT_TRUE(wait_bytes(good.size()));
+    one.reset(); // before the other device
 }
 
 TEST_F(assistant_at_port, a_session_gets_the_port) {
@@ -270,9 +311,25 @@ class assistant_end : public assistant_at_port {
     }
 };
 
-TEST_F(assistant_end, while_it_looks_for_a_port) {
+TEST_F(assistant_end, while_it_waits_for_a_port) {
+    plug("VKT610B");
+    ASSERT_EQ(begin(), RET_OK);
+    end();
+}
+
+TEST_F(assistant_end, while_it_waits_for_another_port) {
+    plug("VKT610B");
+    connect();
+    ASSERT_EQ(begin(), RET_OK);
+    module->hang_up();
+    let_looks_pass(2);
+    end();
+}
+
+TEST_F(assistant_end, between_two_looks) {
     assistant_timing_get().look_again_ms = 60000;
     plug("VKT610B");
+    connect();
     ASSERT_EQ(begin(), RET_OK);
     end();
 }
