@@ -26,7 +26,7 @@ bool offered(std::span<const assistant_option> options, uint32_t value) {
 bool can_be_formed(const assistant_form& form) {
     return offered(assistant_channels, form.channel) && offered(assistant_formats, form.format) &&
            offered(assistant_speeds, form.speed) && form.identifier <= assistant_identifier_max(form.format) &&
-           form.data.size() <= assistant_text_max(form.speed);
+           tk_utf8_heads(form.data).size() <= assistant_text_max(form.speed);
 }
 
 } // namespace

@@ -210,8 +210,8 @@ void dialog::sent(assistant_sent what) {
 void dialog::offer_sent() {
     std::vector<std::pair<int32_t, std::string>> options{{no_entry, text_choose_sent}};
     for (const assistant_form& entry : assistant_.history()) {
-        const bool cut = entry.data.size() > entry_data_shown;
-        const std::string data = tk_utf8_cut(entry.data, entry_data_shown) + (cut ? "…" : "");
+        std::string data = tk_utf8_first(entry.data, entry_data_shown);
+        if (data != entry.data) data += "…";
         options.emplace_back(static_cast<int32_t>(options.size()) - 1,
                              tk_format("%u · %s · %s · %s · %s", entry.identifier, data.c_str(),
                                        assistant_option_text(assistant_channels, entry.channel),

@@ -40,6 +40,16 @@ TEST_F(history_of, what_no_form_gives_is_refused) {
     EXPECT_EQ(read, before);
 }
 
+TEST_F(history_of, the_data_are_limited_in_characters) {
+    assistant_form read;
+    std::string data;
+    for (int i = 0; i < 16; ++i) data += "中";
+    ASSERT_TRUE(sent_entry_read("1 0 0 1 " + data, &read));
+    EXPECT_EQ(read.data, data);
+    EXPECT_FALSE(sent_entry_read("1 0 0 1 1" + data, &read));
+    EXPECT_TRUE(sent_entry_read("1 0 128 1 1" + data, &read));
+}
+
 TEST_F(history_of, the_last_twenty_newest_first_and_after_a_restart) {
     {
         sent_history history(path);

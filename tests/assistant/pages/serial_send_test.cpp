@@ -80,6 +80,16 @@ TEST_F(serial_send, a_faster_frame_raises_the_limit_of_the_data) {
     EXPECT_EQ(shown("label_send_hint"), "长度 16：数据 8 字节，补 8 个 00");
 }
 
+TEST_F(serial_send, characters_of_more_than_a_byte_count_once) {
+    open();
+    does("type ~/serial_send_data 1中中中中中中中中中中中中中中中中中\nclick ~/button_send\n"
+         "wait err_display exists 1\nclick err_display/ok\n");
+    EXPECT_EQ(shown("serial_send_data"), "1中中中中中中中中中中中中中中中");
+    EXPECT_EQ(shown("label_send_hint"), "长度 16：数据 8 字节，补 8 个 00；非十六进制字符为 0");
+    EXPECT_THAT(shown("edit_send_frame"),
+                testing::StartsWith("AA 17 04 01 00 01 00 00 00 10 00 00 00 00 00 00 00 00 00"));
+}
+
 TEST_F(serial_send, the_module_receives_the_frame_that_is_shown) {
     open_connected();
     does("pick ~/combo_box_ex_channal SPI2_TO_CANFD2\npick ~/combo_box_ex_frame_type 扩展帧\n"
