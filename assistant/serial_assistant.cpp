@@ -96,10 +96,17 @@ uint32_t serial_assistant::analyse() {
 
 // ---- sending ----
 
-ret_t serial_assistant::send(const assistant_form& form, std::function<void(assistant_sent)> done) {
+/// Starts what is under way from then on.
+assistant_start serial_assistant::run(worker* on, const char* name, worker::work work, bool* under_way) {
+    static_cast<void>(on->join());
+    *under_way = on->start({.name = name}, std::move(work)) == RET_OK;
+    return *under_way ? assistant_start::started : assistant_start::no_thread;
+}
+
+assistant_start serial_assistant::send(const assistant_form& form, std::function<void(assistant_sent)> done) {
     const traffic_wire wire = assistant_frame(form);
-    if (sending_ || wire.size == 0) return RET_FAIL;
-    sender_.join();
+    if (wire.size == 0) return assistant_start::no_frame;
+    if (sending_) return assistant_start::busy;
     const auto work = [this, form, wire, done = std::move(done)] {
         const assistant_sent what = write(wire.bytes());
         post([this, form, what, done] {
@@ -109,8 +116,7 @@ ret_t serial_assistant::send(const assistant_form& form, std::function<void(assi
         });
         return static_cast<uint32_t>(what);
     };
-    sending_ = sender_.start({.name = "assistant_send_entry"}, work) == RET_OK;
-    return sending_ ? RET_OK : RET_FAIL;
+    return run(&sender_, "assistant_send_entry", work, &sending_);
 }
 
 assistant_sent serial_assistant::write(std::span<const uint8_t> frame) {
@@ -127,9 +133,9 @@ assistant_sent serial_assistant::write(std::span<const uint8_t> frame) {
 
 // ---- texts ----
 
-ret_t serial_assistant::make_text(const text_wish& wish, text_made made, std::function<void(ret_t)> done) {
-    if (making_) return RET_FAIL;
-    maker_.join();
+assistant_start serial_assistant::make_text(const text_wish& wish, text_made made,
+                                            std::function<void(ret_t)> done) {
+    if (making_) return assistant_start::busy;
     const auto work = [this, wish, made = std::move(made), done = std::move(done)] {
         const uint64_t clears = log_.counts().clears;
         std::string text = wish.part == transcript_part::rows ? text_of_rows(wish) : text_of_frames(wish);
@@ -142,8 +148,7 @@ ret_t serial_assistant::make_text(const text_wish& wish, text_made made, std::fu
         });
         return 0u;
     };
-    making_ = maker_.start({.name = "assistant_text"}, work) == RET_OK;
-    return making_ ? RET_OK : RET_FAIL;
+    return run(&maker_, "assistant_text", work, &making_);
 }
 
 std::string serial_assistant::text_of_rows(const text_wish& wish) const {

@@ -21,6 +21,14 @@ struct assistant_timing {
 };
 assistant_timing& assistant_timing_get();
 
+/// Whether something was started on a thread.
+enum class assistant_start : uint8_t {
+    started,
+    busy,      ///< the one before is not done
+    no_frame,  ///< the form gives none
+    no_thread, ///< the system refuses one
+};
+
 /// What became of a frame.
 enum class assistant_sent : uint8_t {
     written,
@@ -56,9 +64,8 @@ class serial_assistant {
     void leave() { refresh_ = {}; }
 
     /// Sends the form's frame, and keeps it in the transcript and in the history when it was written; `done` then
-    /// runs on the GUI thread, also after a failure. Waits for nothing. RET_FAIL (and nothing runs) while the frame
-    /// before is on its way, for a form without a frame, or without a thread.
-    ret_t send(const assistant_form& form, std::function<void(assistant_sent)> done);
+    /// runs on the GUI thread, also after a failure. Waits for nothing. Unless it is started nothing runs.
+    assistant_start send(const assistant_form& form, std::function<void(assistant_sent)> done);
     std::span<const assistant_form> history() const { return history_.entries(); }
 
     transcript& log() { return log_; }
@@ -68,8 +75,8 @@ class serial_assistant {
 
     using text_made = std::function<ret_t(std::string text)>;
     /// Makes one text, a line for each row or frame, on a thread, and gives it to `made` there; what that answers
-    /// is given to `done` on the GUI thread. RET_FAIL while the text before is not done, or without a thread.
-    ret_t make_text(const text_wish& wish, text_made made, std::function<void(ret_t)> done);
+    /// is given to `done` on the GUI thread. Unless it is started nothing runs.
+    assistant_start make_text(const text_wish& wish, text_made made, std::function<void(ret_t)> done);
 
   private:
     uint32_t receive();
@@ -79,6 +86,7 @@ class serial_assistant {
     assistant_sent write(std::span<const uint8_t> frame);
     std::string text_of_rows(const text_wish& wish) const;
     std::string text_of_frames(const text_wish& wish) const;
+    static assistant_start run(worker* on, const char* name, worker::work work, bool* under_way);
     void ask_refresh();
     void post(std::function<void()> what);
 

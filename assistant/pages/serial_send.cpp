@@ -19,7 +19,11 @@ constexpr uint32_t exit_code = 1;
 constexpr std::size_t entry_data_shown = 16;
 constexpr std::size_t frame_bytes_shown = 16; ///< there is room for
 constexpr const char* text_send_failed = "发送失败，请检查串口";
-constexpr const char* text_still_sending = "上一帧还没有发送完，请稍后再试";
+constexpr const char* text_no_thread = "创建线程失败";
+constexpr const char* text_deaf = "创建线程失败，不能接收";
+/// Why a frame is not sent, by assistant_start.
+constexpr const char* not_sent_texts[] = {"", "上一帧还没有发送完，请稍后再试", "没有选择通道",
+                                          "创建线程失败，本帧未发送"};
 constexpr const char* text_choose_sent = "选择最近发送的帧";
 constexpr int32_t no_entry = -1;
 constexpr const char* text_still_making = "请稍候";
@@ -124,6 +128,7 @@ ret_t dialog::start() {
     if (!assistant_.history().empty()) rows_.show(assistant_.history().front());
     offer_sent();
     show_as(byte_form::hex);
+    if (ret != RET_OK) show_result({text_deaf, "failed"});
     refresh();
     return ret;
 }
@@ -188,10 +193,10 @@ ret_t dialog::send() {
     const traffic_wire frame = assistant_frame(form);
     const std::string shown = hex_pairs_from_bytes(frame.bytes());
     widget_set_text_utf8(at("edit_send_frame"), shown.c_str());
-    const ret_t ret = assistant_.send(form, [this, alive = std::weak_ptr(alive_)](assistant_sent what) {
+    const assistant_start how = assistant_.send(form, [this, alive = std::weak_ptr(alive_)](assistant_sent what) {
         if (!alive.expired()) sent(what);
     });
-    if (ret != RET_OK) return err_display_show(text_still_sending);
+    if (how != assistant_start::started) return err_display_show(not_sent_texts[static_cast<std::size_t>(how)]);
     focused_ = widget_get_focused(at("button_send"));
     return widget_set_enable(at("button_send"), false);
 }
@@ -259,9 +264,16 @@ ret_t dialog::make_text(const text_wish& wish, serial_assistant::text_made made,
         const shown_result result = done(how);
         if (!alive.expired() && open()) show_result(result);
     };
-    const ret_t ret = assistant_.make_text(wish, std::move(made), shown);
-    if (ret != RET_OK) show_result({text_still_making, "warning"});
-    return ret;
+    switch (assistant_.make_text(wish, std::move(made), shown)) {
+    case assistant_start::started:
+        return RET_OK;
+    case assistant_start::busy:
+        show_result({text_still_making, "warning"});
+        return RET_FAIL;
+    default:
+        show_result({text_no_thread, "failed"});
+        return RET_FAIL;
+    }
 }
 
 ret_t dialog::copy_rows(transcript_part part, table_rows rows) {

@@ -4,6 +4,7 @@
 #include "serial/mode_text.h"
 #include "tests/support/session_fixture.h"
 #include "toolkit/core/hex_text.h"
+#include "toolkit/core/thread.h"
 
 #include <algorithm>
 #include <atomic>
@@ -55,7 +56,7 @@ class assistant_at_port : public session_test {
     }
     assistant_sent send(const assistant_form& form) {
         std::optional<assistant_sent> what;
-        EXPECT_EQ(one->send(form, [&what](assistant_sent is) { what = is; }), RET_OK);
+        EXPECT_EQ(one->send(form, [&what](assistant_sent is) { what = is; }), assistant_start::started);
         EXPECT_TRUE(wait([&what] { return what.has_value(); }));
         return what.value_or(assistant_sent::failed);
     }
@@ -123,11 +124,32 @@ TEST_F(assistant_at_port, every_channel_and_kind_reaches_the_module) {
 
 TEST_F(assistant_at_port, one_frame_at_a_time) {
     open();
-    EXPECT_EQ(one->send({.data = "11"}, {}), RET_OK);
-    EXPECT_EQ(one->send({.data = "11"}, {}), RET_FAIL);
+    EXPECT_EQ(one->send({.data = "11"}, {}), assistant_start::started);
+    EXPECT_EQ(one->send({.data = "11"}, {}), assistant_start::busy);
     ASSERT_TRUE(wait([this] { return one->history().size() == 1; }));
     EXPECT_EQ(send({.data = "22"}), assistant_sent::written);
-    EXPECT_EQ(one->send({.channel = 6, .data = "11"}, {}), RET_FAIL);
+    EXPECT_EQ(one->send({.channel = 6, .data = "11"}, {}), assistant_start::no_frame);
+}
+
+TEST_F(assistant_at_port, without_a_thread_nothing_is_sent_or_made_and_nothing_is_under_way) {
+    open();
+    const auto fail = [](const std::string&) { return RET_FAIL; };
+    tk_thread_refuse(2);
+    EXPECT_EQ(one->send({.data = "11"}, {}), assistant_start::no_thread);
+    EXPECT_EQ(one->make_text({}, fail, {}), assistant_start::no_thread);
+    EXPECT_TRUE(one->history().empty());
+    EXPECT_EQ(send({.data = "22"}), assistant_sent::written);
+    EXPECT_EQ(one->make_text({}, fail, {}), assistant_start::started);
+}
+
+TEST_F(assistant_at_port, threads_that_could_not_be_started_start_the_next_time) {
+    plug("VKT610B");
+    connect();
+    tk_thread_refuse(1);
+    EXPECT_EQ(begin(), RET_FAIL);
+    ASSERT_EQ(begin(), RET_OK);
+    module->babble(good);
+    EXPECT_TRUE(wait([this] { return one->log().counts().frames == 1; }));
 }
 
 TEST_F(assistant_at_port, without_an_open_port_nothing_is_sent) {
@@ -260,8 +282,9 @@ TEST_F(assistant_at_port, a_full_store_becomes_a_text_on_a_thread) {
         EXPECT_FALSE(idle_is_gui_thread());
         return RET_FAIL;
     };
-    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, [&](ret_t ret) { ended = ret; }), RET_OK);
-    EXPECT_EQ(one->make_text({}, made, {}), RET_FAIL) << "one at a time";
+    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, [&](ret_t ret) { ended = ret; }),
+              assistant_start::started);
+    EXPECT_EQ(one->make_text({}, made, {}), assistant_start::busy) << "one at a time";
     ASSERT_TRUE(wait([&] { return ended.has_value(); }));
     EXPECT_EQ(*ended, RET_FAIL);
     EXPECT_EQ(lines, 0x10000u);
@@ -279,7 +302,7 @@ TEST_F(assistant_at_port, a_text_of_some_rows) {
                       return RET_OK;
                   },
                   [&](ret_t ret) { ended = ret; }),
-              RET_OK);
+              assistant_start::started);
     ASSERT_TRUE(wait([&] { return ended == RET_OK; }));
     EXPECT_EQ(text, "1970-01-01 00:00:00.000 rx 01\n1970-01-01 00:00:00.000 rx 02\n");
 }
@@ -292,7 +315,8 @@ TEST_F(assistant_at_port, a_text_of_what_is_cleared_meanwhile_is_none) {
         lines = static_cast<std::size_t>(std::ranges::count(text, '\n'));
         return RET_OK;
     };
-    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, [&](ret_t ret) { ended = ret; }), RET_OK);
+    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, [&](ret_t ret) { ended = ret; }),
+              assistant_start::started);
     one->log().clear();
     ASSERT_TRUE(wait([&] { return ended.has_value(); }));
     EXPECT_EQ(lines, 0u) << "whichever came first";
@@ -347,7 +371,8 @@ TEST_F(assistant_end, while_a_frame_waits_for_the_port) {
     open();
     const port_lease other = session().take_port(1000);
     bool reported = false;
-    ASSERT_EQ(one->send({.data = "11"}, [&reported](assistant_sent) { reported = true; }), RET_OK);
+    ASSERT_EQ(one->send({.data = "11"}, [&reported](assistant_sent) { reported = true; }),
+              assistant_start::started);
     end();
     EXPECT_FALSE(reported) << "nobody is there any more";
 }
@@ -359,7 +384,7 @@ TEST_F(assistant_end, while_a_text_is_made) {
         whole = std::ranges::count(text, '\n') == 0x10000;
         return RET_OK;
     };
-    ASSERT_EQ(one->make_text({}, made, {}), RET_OK);
+    ASSERT_EQ(one->make_text({}, made, {}), assistant_start::started);
     end();
     EXPECT_TRUE(whole) << "a text that was broken off is none";
 }

@@ -2,6 +2,7 @@
 #include "tests/assistant/pages/assistant_stage.h"
 
 #include "dev_b/pages/vkt610b_pages.h"
+#include "toolkit/core/thread.h"
 #include "toolkit/core/worker.h"
 
 device_session& assistant_stage::data_session() { return device(vkt610b_pages).session; }
@@ -125,6 +126,27 @@ TEST_F(serial_send, while_somebody_has_the_port_nothing_is_sent) {
     does("click ~/button_send\n");
     EXPECT_TRUE(wait([this] { return !message_seen.empty(); }));
     EXPECT_EQ(message_seen, "请先连接设备");
+}
+
+TEST_F(serial_send, a_thread_that_cannot_start_is_said_as_such) {
+    tk_thread_refuse(1);
+    EXPECT_EQ(navigator_to("serial_send"), RET_FAIL);
+    EXPECT_EQ(shown("label_result"), "创建线程失败，不能接收");
+    does("expect ~/label_result state failed\nclick ~/button_exit\n");
+    open_connected();
+    EXPECT_EQ(shown("label_result"), "");
+    answer_message();
+    tk_thread_refuse(1);
+    does("click ~/button_send\n");
+    EXPECT_TRUE(wait([this] { return !message_seen.empty(); }));
+    EXPECT_EQ(message_seen, "创建线程失败，本帧未发送");
+    EXPECT_TRUE(usable("button_send"));
+    say({0x41});
+    tk_thread_refuse(1);
+    does("click ~/button_copy\n");
+    EXPECT_EQ(shown("label_result"), "创建线程失败");
+    does("expect ~/label_result state failed\nclick ~/button_copy\nwait ~/label_result text 已复制\n"
+         "click ~/button_send\nwait ~/combo_box_sent enabled 1\n");
 }
 
 TEST_F(serial_send, what_comes_in_is_shown_in_two_forms) {
