@@ -102,6 +102,18 @@ TEST_F(serial_send_keep, a_full_store_is_shown_scrolled_and_saved_without_a_stal
     EXPECT_EQ(std::filesystem::file_size(saved_file), 0x10000u * (27 + 47 + 1));
 }
 
+TEST_F(serial_send_keep, a_history_that_cannot_be_written_keeps_no_frame_from_going_out) {
+    std::filesystem::create_directories(std::filesystem::path("serial_send.json") / "in the way");
+    open_connected();
+    said_clear();
+    does("type ~/serial_send_data AB\nclick ~/button_send\nwait ~/combo_box_sent enabled 1\n"
+         "expect ~/label_result state ok\n");
+    ASSERT_TRUE(module->wait_traffic(0, 1, 10000));
+    EXPECT_EQ(combo_box_count_options(in("combo_box_sent")), 2) << "it is offered, and the prompt";
+    EXPECT_THAT(said(), testing::HasSubstr("serial_send.json cannot be written"));
+    std::filesystem::remove_all("serial_send.json");
+}
+
 TEST_F(serial_send_keep, the_last_frames_are_offered_and_fill_the_form) {
     open_connected();
     EXPECT_FALSE(usable("combo_box_sent"));
