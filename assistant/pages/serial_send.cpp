@@ -40,6 +40,12 @@ std::unique_ptr<serial_assistant>& the_assistant() {
     return one;
 }
 
+/// What stands in the form, from one opening to the next; the first one of a run shows the defaults.
+std::optional<assistant_form>& kept_form() {
+    static auto& form = *new std::optional<assistant_form>;
+    return form;
+}
+
 /// What the dialog says of the last thing it did.
 struct shown_result {
     std::string text;
@@ -111,7 +117,7 @@ std::unique_ptr<dialog>& open_dialog() {
 }
 
 dialog::dialog(widget* win, serial_assistant& with)
-    : win_(win), assistant_(with), rows_(win),
+    : win_(win), assistant_(with), rows_(win, &kept_form()),
       bytes_(
           at("table_bytes"), [this](uint32_t index) { return byte_cells(index); },
           [this](table_rows rows) { return copy_rows(transcript_part::rows, rows); }),
@@ -125,7 +131,6 @@ ret_t dialog::start() {
     frames_.on_hold("bytes", [this](uint32_t index) { return show_frame(index); });
     device_session* device = served() ? served()() : nullptr;
     const ret_t ret = assistant_.start(device, [this] { refresh(); });
-    if (!assistant_.history().empty()) rows_.show(assistant_.history().front());
     offer_sent();
     show_as(byte_form::hex);
     if (ret != RET_OK) show_result({text_deaf, "failed"});
@@ -318,5 +323,6 @@ serial_assistant& serial_send_assistant() {
 
 void serial_send_forget() {
     open_dialog().reset();
+    kept_form().reset();
     the_assistant().reset();
 }

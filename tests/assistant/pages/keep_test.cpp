@@ -133,12 +133,37 @@ TEST_F(serial_send_keep, the_last_frames_are_offered_and_fill_the_form) {
         EXPECT_EQ(shown("label_id_hex"), "= 0x11170");
         EXPECT_EQ(shown("combo_box_sent"), "选择最近发送的帧");
     }
-    does("type ~/serial_send_id 70001\nclick ~/button_exit\n");
+    does("click ~/button_exit\n");
     serial_send_forget(); // as after a restart
     open();
     EXPECT_EQ(combo_box_count_options(in("combo_box_sent")), 3) << "and the prompt";
-    EXPECT_EQ(shown("serial_send_id"), "5") << "the last one stands in the form";
-    EXPECT_EQ(shown("serial_send_data"), "AB");
+}
+
+TEST_F(serial_send_keep, a_first_opening_shows_the_defaults_and_a_later_one_what_stood_there) {
+    sent_history("./serial_send.json")
+        .add({.channel = 4, .format = 8, .speed = 128, .identifier = 5, .data = "AB"});
+    open();
+    EXPECT_EQ(combo_box_count_options(in("combo_box_sent")), 2) << "it is only offered";
+    EXPECT_EQ(shown("combo_box_ex_channal"), "UART1_TO_CANFD1");
+    EXPECT_EQ(shown("combo_box_ex_frame_type"), "标准帧");
+    EXPECT_EQ(shown("combo_box_ex_can_canfd_or"), "CANFD不加速");
+    EXPECT_EQ(shown("serial_send_id"), "1");
+    EXPECT_EQ(shown("serial_send_data"), "1122");
+    does("pick ~/combo_box_ex_channal UART2_TO_CANFD2\npick ~/combo_box_ex_frame_type 扩展帧\n"
+         "pick ~/combo_box_ex_can_canfd_or CANFD加速\ntype ~/serial_send_id 70001\n"
+         "type ~/serial_send_data 00112233445566778899\nclick ~/char_flag\nclick ~/button_exit\n");
+    open();
+    EXPECT_EQ(shown("combo_box_ex_channal"), "UART2_TO_CANFD2");
+    EXPECT_EQ(shown("combo_box_ex_frame_type"), "扩展帧");
+    EXPECT_EQ(shown("combo_box_ex_can_canfd_or"), "CANFD加速");
+    EXPECT_EQ(shown("serial_send_id"), "70001");
+    EXPECT_EQ(shown("label_id_hex"), "= 0x11171");
+    EXPECT_EQ(shown("serial_send_data"), "00112233445566778899");
+    does("type ~/serial_send_id 1073741825\n");
+    EXPECT_EQ(shown("serial_send_id"), "107374182") << "with its limits";
+    does("click ~/combo_box_sent\nkey Down\nkey Enter\nwait ~/serial_send_data text AB\nclick ~/button_exit\n");
+    open();
+    EXPECT_EQ(shown("serial_send_data"), "AB") << "also what was taken from those sent last";
 }
 
 } // namespace
