@@ -65,7 +65,7 @@ TEST_F(serial_send_keep, chosen_frames_are_copied_as_lines) {
          "click ~/table_frames/serial_send_frame[0]/time\nkey Ctrl+c\n");
     ASSERT_TRUE(wait([] { return !clip_board_get_text().empty(); }));
     EXPECT_EQ(clip_board_get_text(),
-              "2025-09-29 13:05:09.000\tUART2_TO_CANFD2\t0x12345678\t扩展帧 CANFD加速\t3\tDE AD 01\n");
+              "2025-09-29 13:05:09.000\tUART2_TO_CANFD2\t0x12345678\t扩展帧-canfd\t3\tDE AD 01\n");
 }
 
 TEST_F(serial_send_keep, the_record_is_saved_to_a_file) {

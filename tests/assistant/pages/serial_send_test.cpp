@@ -171,7 +171,7 @@ TEST_F(serial_send, every_good_frame_is_a_line) {
     say(good());
     does("wait ~/table_frames/serial_send_frame[0]/channel text UART2_TO_CANFD2\n"
          "expect ~/table_frames/serial_send_frame[0]/id text 0x12345678\n"
-         "expect ~/table_frames/serial_send_frame[0]/type text \"扩展帧 CANFD加速\"\n"
+         "expect ~/table_frames/serial_send_frame[0]/type text \"扩展帧-canfd\"\n"
          "expect ~/table_frames/serial_send_frame[0]/bytes text \"DE AD 01\"\n"
          "wait ~/label_counts text \"收 14 字节　发 0 字节　帧 1\"\n");
     std::vector<uint8_t> bad = good();
