@@ -29,6 +29,7 @@ ret_t serial_assistant::start(device_session* device, std::function<void()> refr
     if (device != nullptr && device != device_) {
         receiver_ = worker(); // wherever it waits
         device_ = device;
+        lost_ = false;
     }
     refresh_ = std::move(refresh);
     const auto running = [](worker* one, const char* name, worker::work work) {
@@ -49,11 +50,24 @@ uint32_t serial_assistant::receive() {
     if (device == nullptr) return 0;
     const assistant_timing& timing = assistant_timing_get();
     for (uint64_t opening = 0; (opening = device->wait_port_opened(opening)) != 0;) {
+        show_port(false);
         std::optional<std::size_t> came = 0;
         while (came && worker_sleep_ms(*came > 0 ? timing.after_read_ms : timing.look_again_ms))
             came = receive_all();
+        show_port(device->port_open());
     }
     return 0;
+}
+
+void serial_assistant::show_port(bool lost) {
+    lost_ = lost;
+    ask_refresh();
+}
+
+assistant_port serial_assistant::port() const {
+    const device_session* device = device_;
+    if (device == nullptr || !device->port_open()) return assistant_port::closed;
+    return lost_ ? assistant_port::lost : assistant_port::open;
 }
 
 /// Reads until nothing more waits, so that no queue runs over meanwhile. How much came; nothing when there is no

@@ -21,6 +21,13 @@ struct assistant_timing {
 };
 assistant_timing& assistant_timing_get();
 
+/// How the port is that is listened at.
+enum class assistant_port : uint8_t {
+    closed,
+    open,
+    lost, ///< open, but it has vanished
+};
+
 /// Whether something was started on a thread.
 enum class assistant_start : uint8_t {
     started,
@@ -56,9 +63,9 @@ class serial_assistant {
     serial_assistant& operator=(const serial_assistant&) = delete;
 
     /// Listens at the device's port from now on (null: at the one before, if any) whenever it is open, and runs
-    /// `refresh` on the GUI thread after something came or was sent; asked for again while it is pending it still
-    /// runs once. The device must live until the assistant is destroyed. Started again, the threads go on.
-    /// RET_FAIL: no threads.
+    /// `refresh` on the GUI thread after something came or was sent, and after port() has changed; asked for again
+    /// while it is pending it still runs once. The device must live until the assistant is destroyed. Started
+    /// again, the threads go on. RET_FAIL: no threads.
     ret_t start(device_session* device, std::function<void()> refresh);
     /// Nobody looks any more: `refresh` does not run from now on.
     void leave() { refresh_ = {}; }
@@ -69,6 +76,8 @@ class serial_assistant {
     std::span<const assistant_form> history() const { return history_.entries(); }
 
     transcript& log() { return log_; }
+    /// Any thread.
+    assistant_port port() const;
 
     /// Test aid: how often the receive thread has looked at a port. Any thread.
     uint64_t looks() const { return looks_; }
@@ -80,6 +89,7 @@ class serial_assistant {
 
   private:
     uint32_t receive();
+    void show_port(bool lost);
     std::optional<std::size_t> receive_all();
     std::optional<std::size_t> receive_once();
     uint32_t analyse();
@@ -94,6 +104,7 @@ class serial_assistant {
     transcript log_;
     sent_history history_;
     std::atomic<device_session*> device_{nullptr}; ///< changes only while nobody receives
+    std::atomic<bool> lost_{false};
     std::atomic<uint64_t> looks_{0};
     std::function<void()> refresh_; ///< the GUI thread's
     std::shared_ptr<int> alive_;    ///< what is posted does nothing once it is gone

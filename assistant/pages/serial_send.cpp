@@ -27,11 +27,13 @@ constexpr const char* not_sent_texts[] = {"", "上一帧还没有发送完，请
 constexpr const char* text_choose_sent = "选择最近发送的帧";
 constexpr int32_t no_entry = -1;
 constexpr const char* text_still_making = "请稍候";
+constexpr const char* text_not_connected = "未连接";
+constexpr const char* text_port_lost = "　串口已断开"; ///< behind the module's name
 constexpr const char* text_save_failed = "保存失败";
 constexpr const char* text_copy_failed = "复制失败";
 
-std::function<device_session*()>& served() {
-    static auto& by = *new std::function<device_session*()>;
+std::function<assistant_device()>& served() {
+    static auto& by = *new std::function<assistant_device()>;
     return by;
 }
 
@@ -73,6 +75,7 @@ class dialog {
     std::vector<tail_cell> byte_cells(uint32_t index) const;
     std::vector<tail_cell> frame_cells(uint32_t index) const;
     void refresh();
+    void show_device();
     void show_result(const shown_result& result);
     ret_t make_text(const text_wish& wish, serial_assistant::text_made made,
                     std::function<shown_result(ret_t)> done);
@@ -94,6 +97,7 @@ class dialog {
     widget* const win_;
     serial_assistant& assistant_;
     send_rows rows_;
+    assistant_device device_;
     byte_form form_ = byte_form::hex;
     bool focused_ = false; ///< the send button, when it was pressed last
     tail_table bytes_, frames_;
@@ -129,8 +133,8 @@ ret_t dialog::start() {
     for (const binding& row : bindings)
         widget_on(at(row.name), row.type, [this, &row](const event&) { return (this->*row.handler)(); });
     frames_.on_hold("bytes", [this](uint32_t index) { return show_frame(index); });
-    device_session* device = served() ? served()() : nullptr;
-    const ret_t ret = assistant_.start(device, [this] { refresh(); });
+    if (served()) device_ = served()();
+    const ret_t ret = assistant_.start(device_.session, [this] { refresh(); });
     offer_sent();
     show_as(byte_form::hex);
     if (ret != RET_OK) show_result({text_deaf, "failed"});
@@ -173,6 +177,15 @@ void dialog::refresh() {
     widget_set_style_state(at("label_counts"), now.dropped > 0 ? "warning" : "");
     for (const char* name : {"button_clear", "button_copy", "button_save"})
         widget_set_enable(at(name), now.rows > 0);
+    show_device();
+}
+
+void dialog::show_device() {
+    const assistant_port port = assistant_.port();
+    std::string text = port == assistant_port::closed ? text_not_connected : device_.name;
+    if (port == assistant_port::lost) text += text_port_lost;
+    widget_set_text_utf8(at("label_device"), text.c_str());
+    widget_set_style_state(at("label_device"), port == assistant_port::lost ? "failed" : "");
 }
 
 void dialog::show_result(const shown_result& result) {
@@ -223,7 +236,7 @@ void dialog::offer_sent() {
         std::string data = tk_utf8_first(entry.data, entry_data_shown);
         if (data != entry.data) data += "…";
         options.emplace_back(static_cast<int32_t>(options.size()) - 1,
-                             tk_format("%u · %s · %s · %s · %s", entry.identifier, data.c_str(),
+                             tk_format("%u  %s  %s  %s  %s", entry.identifier, data.c_str(),
                                        assistant_option_text(assistant_channels, entry.channel),
                                        assistant_option_text(assistant_formats, entry.format),
                                        assistant_option_text(assistant_speeds, entry.speed)));
@@ -308,7 +321,7 @@ ret_t dialog::save() {
 
 } // namespace
 
-void serial_send_serve(std::function<device_session*()> device) { served() = std::move(device); }
+void serial_send_serve(std::function<assistant_device()> device) { served() = std::move(device); }
 
 ret_t serial_send_init(widget* win, const void* /*context*/) {
     RETURN_IF_NOT(win != nullptr, "win != NULL", __func__, RET_BAD_PARAMS);

@@ -204,6 +204,31 @@ TEST_F(assistant_at_port, once_the_port_has_vanished_it_sleeps_until_one_is_open
     EXPECT_TRUE(wait_bytes(2 * good.size()));
 }
 
+TEST_F(assistant_at_port, how_the_port_is_is_known_and_a_change_refreshes) {
+    const auto becomes = [this](assistant_port what) {
+        const int before = refreshes;
+        return wait([&] { return one->port() == what && refreshes > before; });
+    };
+    EXPECT_EQ(one->port(), assistant_port::closed);
+    plug("VKT610B");
+    ASSERT_EQ(begin(), RET_OK);
+    EXPECT_EQ(one->port(), assistant_port::closed);
+    connect();
+    EXPECT_EQ(one->port(), assistant_port::open);
+    EXPECT_TRUE(wait([this] { return refreshes > 0; }));
+    disconnect();
+    EXPECT_EQ(one->port(), assistant_port::closed);
+    connect();
+    EXPECT_EQ(one->port(), assistant_port::open);
+    settle();
+    module->hang_up();
+    EXPECT_TRUE(becomes(assistant_port::lost));
+    module.reset();
+    plug("VKT610B");
+    connect();
+    EXPECT_TRUE(wait([this] { return one->port() == assistant_port::open; }));
+}
+
 TEST_F(assistant_at_port, it_listens_at_the_device_that_it_was_given_last) {
     device_session other(vkt610b_family, {});
     ASSERT_EQ(one->start(&other, {}), RET_OK);

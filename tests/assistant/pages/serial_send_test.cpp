@@ -32,6 +32,16 @@ TEST_F(serial_send, the_button_of_the_home_page_opens_the_same) {
     EXPECT_NE(dialog(), nullptr);
 }
 
+TEST_F(serial_send, it_shows_the_module_and_its_port) {
+    open();
+    EXPECT_EQ(shown("label_device"), "未连接");
+    does("click ~/button_exit\n");
+    open_connected();
+    does("expect ~/label_device text \"VKT610B · COM7\"\nexpect ~/label_device state \"\"\n");
+    module->hang_up();
+    does("wait ~/label_device text \"VKT610B · COM7　串口已断开\"\nexpect ~/label_device state failed\n");
+}
+
 TEST_F(serial_send, its_options_and_what_is_chosen_at_first) {
     open();
     const auto chosen = [](const char* name) { return widget_get_value_int(in(name)); };
