@@ -115,9 +115,9 @@ TEST_F(assistant_at_port, every_channel_and_kind_reaches_the_module) {
             for (const assistant_option& speed : assistant_speeds) {
                 ASSERT_EQ(send({channel.value, format.value, speed.value, 1, "AB"}), assistant_sent::written);
                 ASSERT_TRUE(module->wait_traffic(0, ++sent, 10000));
-                const bytes frame = module->traffic_received().back().frame;
-                EXPECT_EQ(frame[3], channel.value);
-                EXPECT_EQ(frame[4], format.value + speed.value);
+                const traffic_wire frame = assistant_frame({channel.value, format.value, speed.value, 1, "AB"});
+                EXPECT_EQ(module->traffic_received().back().frame,
+                          bytes(frame.bytes().begin(), frame.bytes().end()));
             }
     EXPECT_EQ(one->history().size(), 20u);
 }
@@ -400,6 +400,36 @@ TEST_F(assistant_end, while_a_frame_waits_for_the_port) {
               assistant_start::started);
     end();
     EXPECT_FALSE(reported) << "nobody is there any more";
+}
+
+TEST_F(assistant_end, while_a_write_is_pending) {
+    open();
+    com::fault_clear();
+    com::fault_set(com::call::write_file, 0, 1, 997);
+    bool reported = false;
+    ASSERT_EQ(one->send({.data = "11"}, [&reported](assistant_sent) { reported = true; }),
+              assistant_start::started);
+    ASSERT_TRUE(wait([] { return com::call_count(com::call::wait_for_single_object) > 0; }));
+    end();
+    EXPECT_FALSE(reported);
+    EXPECT_TRUE(port_is_free());
+    EXPECT_FALSE(std::filesystem::exists(folder / "serial_send.json")) << "what did not go out is not kept";
+}
+
+TEST_F(assistant_end, while_a_text_is_saved_the_file_is_whole_or_not_there) {
+    const std::string file = (folder / "saved.txt").string();
+    one->log().received(bytes(0x100000, 0x41), {});
+    std::atomic<bool> written = false;
+    const auto made = [&](const std::string& text) {
+        const ret_t ret = fs_write_whole(file.c_str(), text);
+        written = ret == RET_OK;
+        return ret;
+    };
+    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, {}), assistant_start::started);
+    end();
+    const std::size_t whole = 0x10000u * std::string("1970-01-01 00:00:00.000 rx AAAAAAAAAAAAAAAA\n").size();
+    ASSERT_EQ(std::filesystem::exists(file), written);
+    EXPECT_EQ(written ? std::filesystem::file_size(file) : whole, whole);
 }
 
 TEST_F(assistant_end, while_a_text_is_made) {
