@@ -27,7 +27,10 @@ void windows_register() {
     navigator_register_window("data_page", data_page_init);
     navigator_register_window("data_info", data_info_init);
     data_page_serve(data_monitor_device, data_monitor_left);
-    serial_send_serve(data_monitor_session);
+    serial_send_serve([] {
+        const auto [session, name] = data_monitor_any();
+        return assistant_device{session, name};
+    });
 }
 
 } // namespace

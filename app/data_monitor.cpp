@@ -33,10 +33,12 @@ void data_monitor_left(bool lost) {
     if (lost) ui_state_apply(navigator_find("home_page"), ui_state::lost);
 }
 
-device_session* data_monitor_session() {
+monitored_device data_monitor_any() {
     for (const family_pages* pages : families()) {
         dev_obj* dev = device_of(*pages);
-        if (dev != nullptr && dev->of.monitor_refusal != nullptr) return &dev->session;
+        if (dev == nullptr || dev->of.monitor_refusal == nullptr) continue;
+        const monitored_device shown = data_monitor_device();
+        return {&dev->session, shown.session == &dev->session ? shown.name : ""};
     }
-    return nullptr;
+    return {};
 }

@@ -14,6 +14,6 @@ monitored_device data_monitor_device();
 /// The data page has been left; the home page says when its module is gone. GUI thread.
 void data_monitor_left(bool lost);
 
-/// The session of the family whose modules carry traffic, whichever is shown; null before its device is made. GUI
-/// thread.
-device_session* data_monitor_session();
+/// The module of the family whose modules carry traffic, whichever is shown; without a session before its device is
+/// made, without a name while it is not connected or another one is shown. GUI thread.
+monitored_device data_monitor_any();

@@ -36,9 +36,10 @@ const char* frame_channel_text(const transcript_frame& frame) {
 
 std::string frame_identifier_text(const transcript_frame& frame) { return tk_format("0x%02X", frame.identifier); }
 
+// What a frame on a bus is called; the form's words are about the way to it.
 std::string frame_type_text(const transcript_frame& frame) {
-    return std::string(assistant_option_text(assistant_formats, frame.type & traffic_type_extended)) + " " +
-           assistant_option_text(assistant_speeds, frame.type & traffic_type_fd);
+    return std::string(assistant_option_text(assistant_formats, frame.type & traffic_type_extended)) +
+           ((frame.type & traffic_type_fd) != 0 ? "-canfd" : "-can");
 }
 
 std::string frame_data_text(const transcript_frame& frame, std::size_t most) {

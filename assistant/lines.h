@@ -23,7 +23,7 @@ std::string row_line(const transcript_row& row, byte_form form);
 const char* frame_channel_text(const transcript_frame& frame);
 /// "0x123"
 std::string frame_identifier_text(const transcript_frame& frame);
-/// "标准帧 CANFD加速"
+/// "标准帧-canfd", as records of traffic name it.
 std::string frame_type_text(const transcript_frame& frame);
 /// All data bytes; `most` (0: no limit) of more bytes than that, and "..".
 std::string frame_data_text(const transcript_frame& frame, std::size_t most = 0);

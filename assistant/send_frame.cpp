@@ -16,6 +16,9 @@ int digit_of(char c) {
 
 bool is_digit(char c) { return digit_of(c) >= 0; }
 
+/// What counts of the typed text, a byte for each character; only those of ASCII can be digits.
+std::string characters_read(std::string_view data) { return tk_utf8_heads(data).substr(0, assistant_text_read); }
+
 uint8_t byte_at(std::string_view text, std::size_t at) {
     const auto digit = [&](std::size_t i) { return i < text.size() ? std::max(digit_of(text[i]), 0) : 0; };
     return static_cast<uint8_t>(16 * digit(at) + digit(at + 1));
@@ -30,7 +33,7 @@ const char* assistant_option_text(std::span<const assistant_option> options, uin
 }
 
 traffic_wire assistant_frame(const assistant_form& form) {
-    const std::string_view text = std::string_view(form.data).substr(0, assistant_text_read);
+    const std::string text = characters_read(form.data);
     traffic_request request{.channel = form.channel - 1, // 0 becomes too large
                             .identifier = form.identifier,
                             .format = form.format != 0,
@@ -42,11 +45,11 @@ traffic_wire assistant_frame(const assistant_form& form) {
 
 std::string assistant_hint(std::string_view data) {
     if (data.empty()) return "";
-    const std::string_view text = data.substr(0, assistant_text_read);
+    const std::string text = characters_read(data);
     const std::size_t typed = (text.size() + 1) / 2;
     std::string hint = tk_format("长度 %zu：数据 %zu 字节", text.size(), typed);
     if (text.size() > typed) hint += tk_format("，补 %zu 个 00", text.size() - typed);
     if (!std::ranges::all_of(text, is_digit)) hint += "；非十六进制字符为 0";
-    if (data.size() > text.size()) hint += tk_format("；只取前 %zu 个字符", text.size());
+    if (tk_utf8_heads(data).size() > text.size()) hint += tk_format("；只取前 %zu 个字符", text.size());
     return hint;
 }

@@ -30,7 +30,7 @@ struct assistant_form {
     uint32_t format = 0;     ///< see assistant_formats
     uint32_t speed = 0;      ///< see assistant_speeds
     uint32_t identifier = 0; ///< 0 to assistant_identifier_max
-    std::string data;        ///< as it was typed
+    std::string data;        ///< as it was typed, UTF-8
     bool operator==(const assistant_form&) const = default;
 };
 
@@ -38,12 +38,12 @@ inline constexpr std::size_t assistant_text_read = 64; ///< characters of the da
 
 /// Highest identifier that a format takes. These are this program's bounds, not those of a bus.
 constexpr uint32_t assistant_identifier_max(uint32_t format) { return format == 0 ? 4096 : 0x40000000; }
-/// How many characters of data a speed takes.
+/// How many characters of data a speed takes, however many bytes they have.
 constexpr uint32_t assistant_text_max(uint32_t speed) { return speed == 0 ? 16 : 128; }
 
-/// The frame with its check value. Of the text the first 64 characters count: as many data bytes as characters, the
-/// first of them made of pairs of hex digits, the others 0. A character that is no hex digit counts as 0, and so
-/// does the second one of a pair that is not there. Empty for a channel that cannot be chosen.
+/// The frame with its check value. Of the text the first 64 characters (of UTF-8) count: as many data bytes as
+/// characters, the first of them made of pairs of hex digits, the others 0. A character that is no hex digit counts
+/// as 0, and so does the second one of a pair that is not there. Empty for a channel that cannot be chosen.
 traffic_wire assistant_frame(const assistant_form& form);
 
 /// What is said beside the data while one types; empty when there is nothing to say.

@@ -1,10 +1,12 @@
 #include "assistant/sent_history.h"
 
 #include "toolkit/core/conf_json.h"
+#include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 namespace {
 
@@ -26,7 +28,7 @@ bool offered(std::span<const assistant_option> options, uint32_t value) {
 bool can_be_formed(const assistant_form& form) {
     return offered(assistant_channels, form.channel) && offered(assistant_formats, form.format) &&
            offered(assistant_speeds, form.speed) && form.identifier <= assistant_identifier_max(form.format) &&
-           form.data.size() <= assistant_text_max(form.speed);
+           tk_utf8_heads(form.data).size() <= assistant_text_max(form.speed);
 }
 
 } // namespace
@@ -67,5 +69,8 @@ ret_t sent_history::add(const assistant_form& form) {
     if (conf == nullptr) conf = conf_json_create(path_.c_str());
     for (std::size_t i = 0; i < entries_.size(); ++i)
         conf_json_set_str(conf.get(), key_of(i).c_str(), sent_entry_text(entries_[i]).c_str());
-    return conf_json_save_as(conf.get(), nullptr) == RET_OK ? RET_OK : RET_FAIL;
+    const bool before = std::exchange(written_, conf_json_save_as(conf.get(), nullptr) == RET_OK);
+    if (before && !written_)
+        log_console(path_ + " cannot be written: the frames sent last are kept until the program ends\n");
+    return written_ ? RET_OK : RET_FAIL;
 }

@@ -25,11 +25,12 @@ class sent_history {
 
     /// Newest first, no two alike, sent_history_max at most.
     std::span<const assistant_form> entries() const { return entries_; }
-    /// Puts a form in front and writes the file. RET_FAIL when that cannot be written; the entry is kept until the
-    /// program ends then.
+    /// Puts a form in front and replaces the file, whole. RET_FAIL when that cannot be written: the console says
+    /// so, the first time in a row, and the next good write has all entries.
     ret_t add(const assistant_form& form);
 
   private:
     const std::string path_;
     std::vector<assistant_form> entries_;
+    bool written_ = true; ///< the last time
 };

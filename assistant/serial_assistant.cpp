@@ -26,7 +26,11 @@ serial_assistant::serial_assistant(std::string history)
 serial_assistant::~serial_assistant() = default;
 
 ret_t serial_assistant::start(device_session* device, std::function<void()> refresh) {
-    if (device != nullptr) device_ = device;
+    if (device != nullptr && device != device_) {
+        receiver_ = worker(); // wherever it waits
+        device_ = device;
+        lost_ = false;
+    }
     refresh_ = std::move(refresh);
     const auto running = [](worker* one, const char* name, worker::work work) {
         return one->running() || one->start({.name = name}, std::move(work)) == RET_OK;
@@ -39,31 +43,53 @@ ret_t serial_assistant::start(device_session* device, std::function<void()> refr
 
 // ---- receiving ----
 
+// Whoever has just opened a port wants it first, so a look comes after a pause. One that has vanished does not come
+// back without being opened again.
 uint32_t serial_assistant::receive() {
+    device_session* device = device_;
+    if (device == nullptr) return 0;
     const assistant_timing& timing = assistant_timing_get();
-    while (worker_sleep_ms(receive_all() ? timing.after_read_ms : timing.look_again_ms)) {
+    for (uint64_t opening = 0; (opening = device->wait_port_opened(opening)) != 0;) {
+        show_port(false);
+        std::optional<std::size_t> came = 0;
+        while (came && worker_sleep_ms(*came > 0 ? timing.after_read_ms : timing.look_again_ms))
+            came = receive_all();
+        show_port(device->port_open());
     }
     return 0;
 }
 
-/// Reads until nothing more waits, so that no queue runs over meanwhile. True when something came.
-bool serial_assistant::receive_all() {
-    const std::size_t first = receive_once();
-    for (std::size_t last = first; last == read_bytes && !worker_should_stop();) last = receive_once();
-    return first > 0;
+void serial_assistant::show_port(bool lost) {
+    lost_ = lost;
+    ask_refresh();
+}
+
+assistant_port serial_assistant::port() const {
+    const device_session* device = device_;
+    if (device == nullptr || !device->port_open()) return assistant_port::closed;
+    return lost_ ? assistant_port::lost : assistant_port::open;
+}
+
+/// Reads until nothing more waits, so that no queue runs over meanwhile. How much came; nothing when there is no
+/// port any more.
+std::optional<std::size_t> serial_assistant::receive_all() {
+    looks_++;
+    const auto first = receive_once();
+    for (auto last = first; last == read_bytes && !worker_should_stop();) last = receive_once();
+    return first;
 }
 
 // The port is held for as long as it takes to fetch what has come in already: whoever wants it gets it at once.
-std::size_t serial_assistant::receive_once() {
-    device_session* device = device_;
-    if (device == nullptr) return 0;
+std::optional<std::size_t> serial_assistant::receive_once() {
+    device_session& device = *device_;
     std::array<uint8_t, read_bytes> buffer{};
     io_result read;
     {
-        port_lease port = device->take_port(0);
-        const std::size_t waiting = port.waiting().value_or(0);
-        if (waiting == 0) return 0;
-        read = port.read(std::span(buffer).first(std::min(waiting, buffer.size())), read_wait_ms);
+        port_lease port = device.take_port(0);
+        if (!port) return device.port_open() ? std::optional<std::size_t>(0) : std::nullopt;
+        const auto waiting = port.waiting();
+        if (!waiting || *waiting == 0) return waiting;
+        read = port.read(std::span(buffer).first(std::min<std::size_t>(*waiting, buffer.size())), read_wait_ms);
         // Before the port is free: what is sent next stands behind it.
         if (read.ok()) log_.received(std::span(buffer).first(read.bytes), time_stamp_now());
     }
@@ -84,21 +110,27 @@ uint32_t serial_assistant::analyse() {
 
 // ---- sending ----
 
-ret_t serial_assistant::send(const assistant_form& form, std::function<void(assistant_sent)> done) {
+/// Starts what is under way from then on.
+assistant_start serial_assistant::run(worker* on, const char* name, worker::work work, bool* under_way) {
+    static_cast<void>(on->join());
+    *under_way = on->start({.name = name}, std::move(work)) == RET_OK;
+    return *under_way ? assistant_start::started : assistant_start::no_thread;
+}
+
+assistant_start serial_assistant::send(const assistant_form& form, std::function<void(assistant_sent)> done) {
     const traffic_wire wire = assistant_frame(form);
-    if (sending_ || wire.size == 0) return RET_FAIL;
-    sender_.join();
+    if (wire.size == 0) return assistant_start::no_frame;
+    if (sending_) return assistant_start::busy;
     const auto work = [this, form, wire, done = std::move(done)] {
         const assistant_sent what = write(wire.bytes());
         post([this, form, what, done] {
             sending_ = false;
-            if (what == assistant_sent::written) history_.add(form);
+            if (what == assistant_sent::written) static_cast<void>(history_.add(form)); // it says itself what fails
             if (done) done(what);
         });
         return static_cast<uint32_t>(what);
     };
-    sending_ = sender_.start({.name = "assistant_send_entry"}, work) == RET_OK;
-    return sending_ ? RET_OK : RET_FAIL;
+    return run(&sender_, "assistant_send_entry", work, &sending_);
 }
 
 assistant_sent serial_assistant::write(std::span<const uint8_t> frame) {
@@ -115,9 +147,9 @@ assistant_sent serial_assistant::write(std::span<const uint8_t> frame) {
 
 // ---- texts ----
 
-ret_t serial_assistant::make_text(const text_wish& wish, text_made made, std::function<void(ret_t)> done) {
-    if (making_) return RET_FAIL;
-    maker_.join();
+assistant_start serial_assistant::make_text(const text_wish& wish, text_made made,
+                                            std::function<void(ret_t)> done) {
+    if (making_) return assistant_start::busy;
     const auto work = [this, wish, made = std::move(made), done = std::move(done)] {
         const uint64_t clears = log_.counts().clears;
         std::string text = wish.part == transcript_part::rows ? text_of_rows(wish) : text_of_frames(wish);
@@ -130,8 +162,7 @@ ret_t serial_assistant::make_text(const text_wish& wish, text_made made, std::fu
         });
         return 0u;
     };
-    making_ = maker_.start({.name = "assistant_text"}, work) == RET_OK;
-    return making_ ? RET_OK : RET_FAIL;
+    return run(&maker_, "assistant_text", work, &making_);
 }
 
 std::string serial_assistant::text_of_rows(const text_wish& wish) const {

@@ -1,7 +1,6 @@
 #include "serial/port_lease.h"
 
 #include "serial/port_calls.h"
-#include "toolkit/core/stop.h"
 #include "toolkit/core/worker.h"
 
 #include <algorithm>
@@ -175,6 +174,8 @@ ret_t com_port::open(const std::string& path, DWORD* error) {
         const std::lock_guard guard(lock_);
         if (closes_ == closes && line_ == nullptr) {
             line_ = std::make_shared<port_line>(opened.release(), port_timing_get());
+            opens_++;
+            opened_.notify_all();
             return RET_OK;
         }
         why = error_aborted;
@@ -191,6 +192,12 @@ std::shared_ptr<port_line> com_port::line() const {
 bool com_port::is_open() const {
     const auto now = line();
     return now != nullptr && !now->closing.stop_requested();
+}
+
+uint64_t com_port::wait_opened(uint64_t seen) const {
+    std::unique_lock guard(lock_);
+    const auto ready = [&] { return opens_ > seen && line_ != nullptr && !line_->closing.stop_requested(); };
+    return opened_.wait(guard, worker_stop_token(), wait_for_ever, ready) ? opens_ : 0;
 }
 
 port_lease com_port::take(uint32_t wait_ms) {

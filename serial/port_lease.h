@@ -5,6 +5,7 @@
 #include "platform/com_port.h"
 #include "serial/io_result.h"
 #include "toolkit/core/result.h"
+#include "toolkit/core/stop.h"
 
 #include <cstdint>
 #include <functional>
@@ -121,6 +122,9 @@ class com_port {
     [[nodiscard]] ret_t open(const std::string& path, DWORD* error = nullptr);
     /// True from a good open to the beginning of a close. Any thread.
     bool is_open() const;
+    /// Waits until the port is open, and was opened after its opening number `seen` (0: any; they count up from 1);
+    /// the number of that opening. 0 when the calling worker is asked to stop. Any thread.
+    [[nodiscard]] uint64_t wait_opened(uint64_t seen) const;
     /// Waits up to `wait_ms` (INFINITE: no limit) while another holder has the lease. Empty when the port is not
     /// open or is closed meanwhile, on time-out, and when the calling worker is asked to stop. Any thread.
     [[nodiscard]] port_lease take(uint32_t wait_ms);
@@ -133,6 +137,8 @@ class com_port {
     std::shared_ptr<port_line> line() const;
 
     mutable std::mutex lock_;
+    mutable stop_condition opened_;
     std::shared_ptr<port_line> line_; ///< null when closed
+    uint64_t opens_ = 0;              ///< good ones
     uint64_t closes_ = 0;             ///< so that an open that is overtaken by a close is dropped
 };

@@ -11,6 +11,8 @@ class device_session {
 
     // Any thread.
     bool port_open() const { return state_.port.is_open(); }
+    /// Waits for an opening of the port, as com_port::wait_opened does. Any thread.
+    [[nodiscard]] uint64_t wait_port_opened(uint64_t seen) const { return state_.port.wait_opened(seen); }
     bool connected() const { return state_.connected; }
     /// The session_kind under way; stays after a failure.
     session_kind operation() const { return static_cast<session_kind>(state_.operation.load()); }

@@ -77,6 +77,10 @@ class module_impl final : public module_t {
         const std::lock_guard<std::mutex> hold(lock_);
         return mode_;
     }
+    void set_mode(const std::string& mode) override {
+        const std::lock_guard<std::mutex> hold(lock_);
+        be_in(mode);
+    }
     bool wait_requests(uint32_t n, int timeout_ms) const override {
         std::unique_lock<std::mutex> hold(lock_);
         return changed_.wait_for(hold, milliseconds(timeout_ms), [&] { return count_.requests() >= n; });
@@ -225,6 +229,12 @@ class module_impl final : public module_t {
         return true;
     }
 
+    /// With the lock held.
+    void be_in(const std::string& mode) {
+        mode_ = mode;
+        talk_.set_transfer(of_ == tribe::b && mode_ == "transfer");
+    }
+
     void count_in(const request& asked) {
         switch (asked.kind) {
         case request_kind::handshake:
@@ -247,8 +257,7 @@ class module_impl final : public module_t {
             return;
         case request_kind::mode_text:
             count_.mode_texts++;
-            mode_ = asked.frame[0] == 'c' ? "config" : "transfer";
-            talk_.set_transfer(of_ == tribe::b && mode_ == "transfer");
+            be_in(asked.frame[0] == 'c' ? "config" : "transfer");
             return;
         }
         requests_.push_back(asked.frame);

@@ -87,6 +87,9 @@ class module_t {
     virtual bool wait_requests(uint32_t n, int timeout_ms) const = 0;
     /// "config" or "transfer" for the B family, whatever text came last; empty at start.
     virtual std::string mode() const = 0;
+    /// As if it had heard that mode's text: "config" or "transfer" (B). Traffic of its own begins with the next
+    /// thing that it hears.
+    virtual void set_mode(const std::string& mode) = 0;
     /// What it sends in transfer mode, from now on and at each change to it (B). Nothing by default.
     virtual void set_traffic(const traffic_plan& plan) = 0;
     /// Every frame of transfer mode since the start, in order.

@@ -40,7 +40,7 @@ constexpr const char* usage =
 constexpr const char* command_help =
     "commands: fault PORT FAULT[:after=N][:times=N|ever][:argument=N][:bytes=HEX] | unplug PORT | "
     "plug PORT | memory PORT [HEX] | count PORT | babble PORT HEX | traffic PORT KEY=VALUE[:KEY=VALUE...] | "
-    "paced on|off | report | help | quit\n";
+    "mode PORT config|transfer | paced on|off | report | help | quit\n";
 
 struct simulated {
     std::string port, model;
@@ -180,13 +180,19 @@ void set_traffic(simulated* one, const std::string& text) {
     say(one->port + " traffic " + text + "\n");
 }
 
+void set_mode(simulated* one, const std::string& text) {
+    if (text != "config" && text != "transfer") return say("error: no mode \"" + text + "\"\n");
+    one->module->set_mode(text);
+    say(one->port + " mode " + text + "\n");
+}
+
 struct command_row {
     const char* name;
     void (*run)(simulated* one, const std::string& rest);
 };
-constexpr command_row port_commands[] = {{"fault", set_fault},    {"unplug", unplug}, {"plug", plug},
-                                         {"memory", memory},      {"count", count},   {"babble", babble},
-                                         {"traffic", set_traffic}};
+constexpr command_row port_commands[] = {{"fault", set_fault},     {"unplug", unplug}, {"plug", plug},
+                                         {"memory", memory},       {"count", count},   {"babble", babble},
+                                         {"traffic", set_traffic}, {"mode", set_mode}};
 
 /// Runs a line from standard input; false for quit.
 bool run_command(const std::string& line) {

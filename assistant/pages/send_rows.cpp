@@ -22,7 +22,7 @@ constexpr selector selectors[] = {
 
 } // namespace
 
-send_rows::send_rows(widget* win) : win_(win) {
+send_rows::send_rows(widget* win, std::optional<assistant_form>* kept) : win_(win), kept_(kept) {
     for (const selector& row : selectors) {
         widget* combo = at(row.name);
         for (const assistant_option& option : row.options)
@@ -36,10 +36,14 @@ send_rows::send_rows(widget* win) : win_(win) {
     for (const char* name : {id_name, data_name})
         for (const event_type what : {event_type::value_changing, event_type::value_changed})
             widget_on(at(name), what, [this](const event&) {
-                show_hints();
+                follow();
                 return RET_OK;
             });
-    limit();
+    if (*kept_) {
+        show(assistant_form(**kept_)); // a copy: what is kept changes on the way
+    } else {
+        limit();
+    }
 }
 
 assistant_form send_rows::form() const {
@@ -55,7 +59,7 @@ void send_rows::show(const assistant_form& form) {
     limit();
     widget_set_text_utf8(at(id_name), std::to_string(form.identifier).c_str());
     widget_set_text_utf8(at(data_name), form.data.c_str());
-    show_hints();
+    follow();
 }
 
 // What stands there already is brought within the new limits.
@@ -73,11 +77,13 @@ void send_rows::limit() {
                   std::min<std::size_t>(longest, assistant_text_read));
     widget_set_tooltip(at(id_name), id_tip.c_str());
     widget_set_tooltip(at(data_name), data_tip.c_str());
-    show_hints();
+    follow();
 }
 
-void send_rows::show_hints() const {
+/// Hints, and what is kept.
+void send_rows::follow() {
     const assistant_form now = form();
+    *kept_ = now;
     widget_set_text_utf8(at("label_id_hex"), tk_format("= 0x%X", now.identifier).c_str());
     widget_set_text_utf8(at("label_send_hint"), assistant_hint(now.data).c_str());
 }

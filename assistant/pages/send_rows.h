@@ -5,11 +5,14 @@
 #include "assistant/send_frame.h"
 #include "toolkit/ravel/widget.h"
 
+#include <optional>
+
 /// The form of one opening of the dialog.
 class send_rows {
   public:
-    /// Finds the widgets, offers the options, and follows what the user does from then on.
-    explicit send_rows(widget* win);
+    /// Finds the widgets, offers the options, shows what is kept, if anything is, and keeps what stands in the
+    /// widgets from then on; `kept` must live as long as the window.
+    send_rows(widget* win, std::optional<assistant_form>* kept);
     send_rows(const send_rows&) = delete;
     send_rows& operator=(const send_rows&) = delete;
 
@@ -21,7 +24,8 @@ class send_rows {
   private:
     widget* at(const char* name) const { return widget_need(win_, name); }
     void limit();
-    void show_hints() const;
+    void follow();
 
     widget* const win_;
+    std::optional<assistant_form>* const kept_;
 };

@@ -19,21 +19,33 @@ constexpr uint32_t exit_code = 1;
 constexpr std::size_t entry_data_shown = 16;
 constexpr std::size_t frame_bytes_shown = 16; ///< there is room for
 constexpr const char* text_send_failed = "发送失败，请检查串口";
-constexpr const char* text_still_sending = "上一帧还没有发送完，请稍后再试";
+constexpr const char* text_no_thread = "创建线程失败";
+constexpr const char* text_deaf = "创建线程失败，不能接收";
+/// Why a frame is not sent, by assistant_start.
+constexpr const char* not_sent_texts[] = {"", "上一帧还没有发送完，请稍后再试", "没有选择通道",
+                                          "创建线程失败，本帧未发送"};
 constexpr const char* text_choose_sent = "选择最近发送的帧";
 constexpr int32_t no_entry = -1;
 constexpr const char* text_still_making = "请稍候";
+constexpr const char* text_not_connected = "未连接";
+constexpr const char* text_port_lost = "　串口已断开"; ///< behind the module's name
 constexpr const char* text_save_failed = "保存失败";
 constexpr const char* text_copy_failed = "复制失败";
 
-std::function<device_session*()>& served() {
-    static auto& by = *new std::function<device_session*()>;
+std::function<assistant_device()>& served() {
+    static auto& by = *new std::function<assistant_device()>;
     return by;
 }
 
 std::unique_ptr<serial_assistant>& the_assistant() {
     static auto& one = *new std::unique_ptr<serial_assistant>;
     return one;
+}
+
+/// What stands in the form, from one opening to the next; the first one of a run shows the defaults.
+std::optional<assistant_form>& kept_form() {
+    static auto& form = *new std::optional<assistant_form>;
+    return form;
 }
 
 /// What the dialog says of the last thing it did.
@@ -63,6 +75,7 @@ class dialog {
     std::vector<tail_cell> byte_cells(uint32_t index) const;
     std::vector<tail_cell> frame_cells(uint32_t index) const;
     void refresh();
+    void show_device();
     void show_result(const shown_result& result);
     ret_t make_text(const text_wish& wish, serial_assistant::text_made made,
                     std::function<shown_result(ret_t)> done);
@@ -84,6 +97,7 @@ class dialog {
     widget* const win_;
     serial_assistant& assistant_;
     send_rows rows_;
+    assistant_device device_;
     byte_form form_ = byte_form::hex;
     bool focused_ = false; ///< the send button, when it was pressed last
     tail_table bytes_, frames_;
@@ -107,7 +121,7 @@ std::unique_ptr<dialog>& open_dialog() {
 }
 
 dialog::dialog(widget* win, serial_assistant& with)
-    : win_(win), assistant_(with), rows_(win),
+    : win_(win), assistant_(with), rows_(win, &kept_form()),
       bytes_(
           at("table_bytes"), [this](uint32_t index) { return byte_cells(index); },
           [this](table_rows rows) { return copy_rows(transcript_part::rows, rows); }),
@@ -119,11 +133,11 @@ ret_t dialog::start() {
     for (const binding& row : bindings)
         widget_on(at(row.name), row.type, [this, &row](const event&) { return (this->*row.handler)(); });
     frames_.on_hold("bytes", [this](uint32_t index) { return show_frame(index); });
-    device_session* device = served() ? served()() : nullptr;
-    const ret_t ret = assistant_.start(device, [this] { refresh(); });
-    if (!assistant_.history().empty()) rows_.show(assistant_.history().front());
+    if (served()) device_ = served()();
+    const ret_t ret = assistant_.start(device_.session, [this] { refresh(); });
     offer_sent();
     show_as(byte_form::hex);
+    if (ret != RET_OK) show_result({text_deaf, "failed"});
     refresh();
     return ret;
 }
@@ -163,6 +177,15 @@ void dialog::refresh() {
     widget_set_style_state(at("label_counts"), now.dropped > 0 ? "warning" : "");
     for (const char* name : {"button_clear", "button_copy", "button_save"})
         widget_set_enable(at(name), now.rows > 0);
+    show_device();
+}
+
+void dialog::show_device() {
+    const assistant_port port = assistant_.port();
+    std::string text = port == assistant_port::closed ? text_not_connected : device_.name;
+    if (port == assistant_port::lost) text += text_port_lost;
+    widget_set_text_utf8(at("label_device"), text.c_str());
+    widget_set_style_state(at("label_device"), port == assistant_port::lost ? "failed" : "");
 }
 
 void dialog::show_result(const shown_result& result) {
@@ -188,10 +211,10 @@ ret_t dialog::send() {
     const traffic_wire frame = assistant_frame(form);
     const std::string shown = hex_pairs_from_bytes(frame.bytes());
     widget_set_text_utf8(at("edit_send_frame"), shown.c_str());
-    const ret_t ret = assistant_.send(form, [this, alive = std::weak_ptr(alive_)](assistant_sent what) {
+    const assistant_start how = assistant_.send(form, [this, alive = std::weak_ptr(alive_)](assistant_sent what) {
         if (!alive.expired()) sent(what);
     });
-    if (ret != RET_OK) return err_display_show(text_still_sending);
+    if (how != assistant_start::started) return err_display_show(not_sent_texts[static_cast<std::size_t>(how)]);
     focused_ = widget_get_focused(at("button_send"));
     return widget_set_enable(at("button_send"), false);
 }
@@ -210,10 +233,10 @@ void dialog::sent(assistant_sent what) {
 void dialog::offer_sent() {
     std::vector<std::pair<int32_t, std::string>> options{{no_entry, text_choose_sent}};
     for (const assistant_form& entry : assistant_.history()) {
-        const bool cut = entry.data.size() > entry_data_shown;
-        const std::string data = tk_utf8_cut(entry.data, entry_data_shown) + (cut ? "…" : "");
+        std::string data = tk_utf8_first(entry.data, entry_data_shown);
+        if (data != entry.data) data += "…";
         options.emplace_back(static_cast<int32_t>(options.size()) - 1,
-                             tk_format("%u · %s · %s · %s · %s", entry.identifier, data.c_str(),
+                             tk_format("%u  %s  %s  %s  %s", entry.identifier, data.c_str(),
                                        assistant_option_text(assistant_channels, entry.channel),
                                        assistant_option_text(assistant_formats, entry.format),
                                        assistant_option_text(assistant_speeds, entry.speed)));
@@ -259,9 +282,16 @@ ret_t dialog::make_text(const text_wish& wish, serial_assistant::text_made made,
         const shown_result result = done(how);
         if (!alive.expired() && open()) show_result(result);
     };
-    const ret_t ret = assistant_.make_text(wish, std::move(made), shown);
-    if (ret != RET_OK) show_result({text_still_making, "warning"});
-    return ret;
+    switch (assistant_.make_text(wish, std::move(made), shown)) {
+    case assistant_start::started:
+        return RET_OK;
+    case assistant_start::busy:
+        show_result({text_still_making, "warning"});
+        return RET_FAIL;
+    default:
+        show_result({text_no_thread, "failed"});
+        return RET_FAIL;
+    }
 }
 
 ret_t dialog::copy_rows(transcript_part part, table_rows rows) {
@@ -291,7 +321,7 @@ ret_t dialog::save() {
 
 } // namespace
 
-void serial_send_serve(std::function<device_session*()> device) { served() = std::move(device); }
+void serial_send_serve(std::function<assistant_device()> device) { served() = std::move(device); }
 
 ret_t serial_send_init(widget* win, const void* /*context*/) {
     RETURN_IF_NOT(win != nullptr, "win != NULL", __func__, RET_BAD_PARAMS);
@@ -306,5 +336,6 @@ serial_assistant& serial_send_assistant() {
 
 void serial_send_forget() {
     open_dialog().reset();
+    kept_form().reset();
     the_assistant().reset();
 }

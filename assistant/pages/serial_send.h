@@ -5,10 +5,15 @@
 #include "toolkit/ravel/widget.h"
 
 #include <functional>
+#include <string>
 
-/// What the dialog asks for when it opens: the session whose port it uses, null when there is none yet. Before the
-/// dialog is opened.
-void serial_send_serve(std::function<device_session*()> device);
+/// The module that the dialog is about.
+struct assistant_device {
+    device_session* session = nullptr; ///< whose port it uses, until the program ends; null: there is none yet
+    std::string name;                  ///< model and port as shown; empty while it is not connected
+};
+/// What the dialog asks for when it opens. Before it is opened.
+void serial_send_serve(std::function<assistant_device()> device);
 
 /// Init routine of "serial_send": starts the assistant's threads, if they do not run yet, and binds the dialog.
 /// RET_BAD_PARAMS for a missing window; RET_FAIL without threads (the dialog can be closed then).

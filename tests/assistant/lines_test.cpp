@@ -20,18 +20,22 @@ TEST(lines, a_row_in_both_forms) {
     EXPECT_EQ(line_time_text(row.local_us), "01:00:02.003");
 }
 
-TEST(lines, a_frame_with_the_words_of_the_form) {
+TEST(lines, a_frame_has_the_words_of_the_form_for_its_channel_and_those_of_traffic_for_its_type) {
     transcript_frame frame{
         .local_us = one_o_clock, .identifier = 0x12345678, .channel = 3, .type = 0x88, .size = 2};
     frame.room[0] = 0xDE;
-    EXPECT_EQ(frame_line(frame),
-              "2024-10-04 01:00:02.003\tUART2_TO_CANFD2\t0x12345678\t扩展帧 CANFD加速\t2\tDE 00\n");
+    EXPECT_EQ(frame_line(frame), "2024-10-04 01:00:02.003\tUART2_TO_CANFD2\t0x12345678\t扩展帧-canfd\t2\tDE 00\n");
     EXPECT_EQ(frame_data_text(frame, 2), "DE 00");
     EXPECT_EQ(frame_data_text(frame, 1), "DE ..");
-    frame.type = 0;
+    for (const auto& [type, text] : {std::pair<uint8_t, const char*>{0x00, "标准帧-can"},
+                                     {0x08, "扩展帧-can"},
+                                     {0x80, "标准帧-canfd"},
+                                     {0x88, "扩展帧-canfd"}}) {
+        frame.type = type;
+        EXPECT_EQ(frame_type_text(frame), text);
+    }
     frame.identifier = 5;
     frame.channel = 9;
-    EXPECT_EQ(frame_type_text(frame), "标准帧 CANFD不加速");
     EXPECT_EQ(frame_identifier_text(frame), "0x05");
     EXPECT_STREQ(frame_channel_text(frame), "未知");
 }

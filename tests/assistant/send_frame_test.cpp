@@ -69,6 +69,20 @@ TEST(send_frame, what_is_no_hex_digit_counts_as_0) {
     EXPECT_EQ(data_of("09afAF")[1], 0xAF);
 }
 
+TEST(send_frame, a_character_counts_once_however_many_bytes_it_has) {
+    EXPECT_EQ(data_of("中"), std::vector<uint8_t>{0});
+    EXPECT_EQ(data_of("1中2é3"), (std::vector<uint8_t>{0x10, 0x20, 0x30, 0, 0}));
+    std::string long_text;
+    for (int i = 0; i < 63; ++i) long_text += "中";
+    std::vector<uint8_t> expected(64);
+    expected[31] = 0x0A;
+    EXPECT_EQ(data_of(long_text + "aa"), expected) << "64 of them are read";
+    EXPECT_EQ(assistant_hint("1中"), "长度 2：数据 1 字节，补 1 个 00；非十六进制字符为 0");
+    EXPECT_EQ(assistant_hint(long_text + "aa"),
+              "长度 64：数据 32 字节，补 32 个 00；非十六进制字符为 0；只取前 64 个字符");
+    EXPECT_EQ(assistant_hint(long_text + "a").find("只取"), std::string::npos);
+}
+
 TEST(send_frame, bounds_follow_the_kind_of_frame) {
     EXPECT_EQ(assistant_identifier_max(0), 4096u);
     EXPECT_EQ(assistant_identifier_max(8), 0x40000000u);

@@ -4,6 +4,7 @@
 #include "serial/mode_text.h"
 #include "tests/support/session_fixture.h"
 #include "toolkit/core/hex_text.h"
+#include "toolkit/core/thread.h"
 
 #include <algorithm>
 #include <atomic>
@@ -55,7 +56,7 @@ class assistant_at_port : public session_test {
     }
     assistant_sent send(const assistant_form& form) {
         std::optional<assistant_sent> what;
-        EXPECT_EQ(one->send(form, [&what](assistant_sent is) { what = is; }), RET_OK);
+        EXPECT_EQ(one->send(form, [&what](assistant_sent is) { what = is; }), assistant_start::started);
         EXPECT_TRUE(wait([&what] { return what.has_value(); }));
         return what.value_or(assistant_sent::failed);
     }
@@ -114,20 +115,41 @@ TEST_F(assistant_at_port, every_channel_and_kind_reaches_the_module) {
             for (const assistant_option& speed : assistant_speeds) {
                 ASSERT_EQ(send({channel.value, format.value, speed.value, 1, "AB"}), assistant_sent::written);
                 ASSERT_TRUE(module->wait_traffic(0, ++sent, 10000));
-                const bytes frame = module->traffic_received().back().frame;
-                EXPECT_EQ(frame[3], channel.value);
-                EXPECT_EQ(frame[4], format.value + speed.value);
+                const traffic_wire frame = assistant_frame({channel.value, format.value, speed.value, 1, "AB"});
+                EXPECT_EQ(module->traffic_received().back().frame,
+                          bytes(frame.bytes().begin(), frame.bytes().end()));
             }
     EXPECT_EQ(one->history().size(), 20u);
 }
 
 TEST_F(assistant_at_port, one_frame_at_a_time) {
     open();
-    EXPECT_EQ(one->send({.data = "11"}, {}), RET_OK);
-    EXPECT_EQ(one->send({.data = "11"}, {}), RET_FAIL);
+    EXPECT_EQ(one->send({.data = "11"}, {}), assistant_start::started);
+    EXPECT_EQ(one->send({.data = "11"}, {}), assistant_start::busy);
     ASSERT_TRUE(wait([this] { return one->history().size() == 1; }));
     EXPECT_EQ(send({.data = "22"}), assistant_sent::written);
-    EXPECT_EQ(one->send({.channel = 6, .data = "11"}, {}), RET_FAIL);
+    EXPECT_EQ(one->send({.channel = 6, .data = "11"}, {}), assistant_start::no_frame);
+}
+
+TEST_F(assistant_at_port, without_a_thread_nothing_is_sent_or_made_and_nothing_is_under_way) {
+    open();
+    const auto fail = [](const std::string&) { return RET_FAIL; };
+    tk_thread_refuse(2);
+    EXPECT_EQ(one->send({.data = "11"}, {}), assistant_start::no_thread);
+    EXPECT_EQ(one->make_text({}, fail, {}), assistant_start::no_thread);
+    EXPECT_TRUE(one->history().empty());
+    EXPECT_EQ(send({.data = "22"}), assistant_sent::written);
+    EXPECT_EQ(one->make_text({}, fail, {}), assistant_start::started);
+}
+
+TEST_F(assistant_at_port, threads_that_could_not_be_started_start_the_next_time) {
+    plug("VKT610B");
+    connect();
+    tk_thread_refuse(1);
+    EXPECT_EQ(begin(), RET_FAIL);
+    ASSERT_EQ(begin(), RET_OK);
+    module->babble(good);
+    EXPECT_TRUE(wait([this] { return one->log().counts().frames == 1; }));
 }
 
 TEST_F(assistant_at_port, without_an_open_port_nothing_is_sent) {
@@ -139,20 +161,86 @@ TEST_F(assistant_at_port, without_an_open_port_nothing_is_sent) {
     EXPECT_EQ(one->log().counts().sent, 0u);
 }
 
-TEST_F(assistant_at_port, it_waits_for_a_port_without_spinning) {
-    assistant_timing_get().look_again_ms = 20;
+/// Until a timer has fired as often as the assistant's pause between two looks would have ended.
+void let_looks_pass(int count) {
+    int passed = 0;
+    timer_add([&] { return ++passed < count ? RET_REPEAT : RET_REMOVE; }, assistant_timing_get().look_again_ms);
+    ASSERT_TRUE(idle_run_until([&] { return passed >= count; }, session_patience_ms));
+}
+
+TEST_F(assistant_at_port, while_no_port_is_open_it_sleeps) {
     plug("VKT610B");
     ASSERT_EQ(begin(), RET_OK);
-    com::fault_clear();
+    let_looks_pass(20);
+    EXPECT_EQ(one->looks(), 0u);
     connect();
+    module->babble(good);
+    EXPECT_TRUE(wait_bytes(good.size())) << "woken by the opening";
+    disconnect();
+    const uint64_t before = one->looks();
+    let_looks_pass(20);
+    EXPECT_LE(one->looks(), before + 1) << "one look finds that it was closed";
+    connect();
+    module->babble(good);
+    EXPECT_TRUE(wait_bytes(2 * good.size()));
+}
+
+TEST_F(assistant_at_port, once_the_port_has_vanished_it_sleeps_until_one_is_opened) {
+    plug("VKT610B");
+    connect();
+    ASSERT_EQ(begin(), RET_OK);
     module->babble(good);
     ASSERT_TRUE(wait_bytes(good.size()));
     module->hang_up();
+    const uint64_t before = one->looks();
     com::fault_clear();
-    const int64_t begin_ms = time_now_ms();
-    ASSERT_TRUE(wait([] { return com::call_count(com::call::clear_comm_error) >= 6; }));
-    EXPECT_GE(time_now_ms() - begin_ms, 80);
-    EXPECT_EQ(com::call_count(com::call::read_file), 0u);
+    let_looks_pass(20);
+    EXPECT_LE(one->looks(), before + 1) << "one look finds that it has vanished";
+    EXPECT_LE(com::call_count(com::call::clear_comm_error), 1u);
+    module.reset();
+    plug("VKT610B");
+    connect();
+    module->babble(good);
+    EXPECT_TRUE(wait_bytes(2 * good.size()));
+}
+
+TEST_F(assistant_at_port, how_the_port_is_is_known_and_a_change_refreshes) {
+    const auto becomes = [this](assistant_port what) {
+        const int before = refreshes;
+        return wait([&] { return one->port() == what && refreshes > before; });
+    };
+    EXPECT_EQ(one->port(), assistant_port::closed);
+    plug("VKT610B");
+    ASSERT_EQ(begin(), RET_OK);
+    EXPECT_EQ(one->port(), assistant_port::closed);
+    connect();
+    EXPECT_EQ(one->port(), assistant_port::open);
+    EXPECT_TRUE(wait([this] { return refreshes > 0; }));
+    disconnect();
+    EXPECT_EQ(one->port(), assistant_port::closed);
+    connect();
+    EXPECT_EQ(one->port(), assistant_port::open);
+    settle();
+    module->hang_up();
+    EXPECT_TRUE(becomes(assistant_port::lost));
+    module.reset();
+    plug("VKT610B");
+    connect();
+    EXPECT_TRUE(wait([this] { return one->port() == assistant_port::open; }));
+}
+
+TEST_F(assistant_at_port, it_listens_at_the_device_that_it_was_given_last) {
+    device_session other(vkt610b_family, {});
+    ASSERT_EQ(one->start(&other, {}), RET_OK);
+    const uint32_t running = workers_running();
+    plug("VKT610B");
+    connect();
+    ASSERT_EQ(begin(), RET_OK);
+    EXPECT_EQ(workers_running(), running);
+    ASSERT_EQ(one->start(nullptr, {}), RET_OK) << "the same again";
+    module->babble(good);
+    EXPECT_TRUE(wait_bytes(good.size()));
+    one.reset(); // before the other device
 }
 
 TEST_F(assistant_at_port, a_session_gets_the_port) {
@@ -219,8 +307,9 @@ TEST_F(assistant_at_port, a_full_store_becomes_a_text_on_a_thread) {
         EXPECT_FALSE(idle_is_gui_thread());
         return RET_FAIL;
     };
-    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, [&](ret_t ret) { ended = ret; }), RET_OK);
-    EXPECT_EQ(one->make_text({}, made, {}), RET_FAIL) << "one at a time";
+    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, [&](ret_t ret) { ended = ret; }),
+              assistant_start::started);
+    EXPECT_EQ(one->make_text({}, made, {}), assistant_start::busy) << "one at a time";
     ASSERT_TRUE(wait([&] { return ended.has_value(); }));
     EXPECT_EQ(*ended, RET_FAIL);
     EXPECT_EQ(lines, 0x10000u);
@@ -238,7 +327,7 @@ TEST_F(assistant_at_port, a_text_of_some_rows) {
                       return RET_OK;
                   },
                   [&](ret_t ret) { ended = ret; }),
-              RET_OK);
+              assistant_start::started);
     ASSERT_TRUE(wait([&] { return ended == RET_OK; }));
     EXPECT_EQ(text, "1970-01-01 00:00:00.000 rx 01\n1970-01-01 00:00:00.000 rx 02\n");
 }
@@ -251,7 +340,8 @@ TEST_F(assistant_at_port, a_text_of_what_is_cleared_meanwhile_is_none) {
         lines = static_cast<std::size_t>(std::ranges::count(text, '\n'));
         return RET_OK;
     };
-    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, [&](ret_t ret) { ended = ret; }), RET_OK);
+    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, [&](ret_t ret) { ended = ret; }),
+              assistant_start::started);
     one->log().clear();
     ASSERT_TRUE(wait([&] { return ended.has_value(); }));
     EXPECT_EQ(lines, 0u) << "whichever came first";
@@ -270,9 +360,25 @@ class assistant_end : public assistant_at_port {
     }
 };
 
-TEST_F(assistant_end, while_it_looks_for_a_port) {
+TEST_F(assistant_end, while_it_waits_for_a_port) {
+    plug("VKT610B");
+    ASSERT_EQ(begin(), RET_OK);
+    end();
+}
+
+TEST_F(assistant_end, while_it_waits_for_another_port) {
+    plug("VKT610B");
+    connect();
+    ASSERT_EQ(begin(), RET_OK);
+    module->hang_up();
+    let_looks_pass(2);
+    end();
+}
+
+TEST_F(assistant_end, between_two_looks) {
     assistant_timing_get().look_again_ms = 60000;
     plug("VKT610B");
+    connect();
     ASSERT_EQ(begin(), RET_OK);
     end();
 }
@@ -290,9 +396,40 @@ TEST_F(assistant_end, while_a_frame_waits_for_the_port) {
     open();
     const port_lease other = session().take_port(1000);
     bool reported = false;
-    ASSERT_EQ(one->send({.data = "11"}, [&reported](assistant_sent) { reported = true; }), RET_OK);
+    ASSERT_EQ(one->send({.data = "11"}, [&reported](assistant_sent) { reported = true; }),
+              assistant_start::started);
     end();
     EXPECT_FALSE(reported) << "nobody is there any more";
+}
+
+TEST_F(assistant_end, while_a_write_is_pending) {
+    open();
+    com::fault_clear();
+    com::fault_set(com::call::write_file, 0, 1, 997);
+    bool reported = false;
+    ASSERT_EQ(one->send({.data = "11"}, [&reported](assistant_sent) { reported = true; }),
+              assistant_start::started);
+    ASSERT_TRUE(wait([] { return com::call_count(com::call::wait_for_single_object) > 0; }));
+    end();
+    EXPECT_FALSE(reported);
+    EXPECT_TRUE(port_is_free());
+    EXPECT_FALSE(std::filesystem::exists(folder / "serial_send.json")) << "what did not go out is not kept";
+}
+
+TEST_F(assistant_end, while_a_text_is_saved_the_file_is_whole_or_not_there) {
+    const std::string file = (folder / "saved.txt").string();
+    one->log().received(bytes(0x100000, 0x41), {});
+    std::atomic<bool> written = false;
+    const auto made = [&](const std::string& text) {
+        const ret_t ret = fs_write_whole(file.c_str(), text);
+        written = ret == RET_OK;
+        return ret;
+    };
+    ASSERT_EQ(one->make_text({.form = byte_form::chars}, made, {}), assistant_start::started);
+    end();
+    const std::size_t whole = 0x10000u * std::string("1970-01-01 00:00:00.000 rx AAAAAAAAAAAAAAAA\n").size();
+    ASSERT_EQ(std::filesystem::exists(file), written);
+    EXPECT_EQ(written ? std::filesystem::file_size(file) : whole, whole);
 }
 
 TEST_F(assistant_end, while_a_text_is_made) {
@@ -302,7 +439,7 @@ TEST_F(assistant_end, while_a_text_is_made) {
         whole = std::ranges::count(text, '\n') == 0x10000;
         return RET_OK;
     };
-    ASSERT_EQ(one->make_text({}, made, {}), RET_OK);
+    ASSERT_EQ(one->make_text({}, made, {}), assistant_start::started);
     end();
     EXPECT_TRUE(whole) << "a text that was broken off is none";
 }

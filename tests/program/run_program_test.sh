@@ -16,6 +16,8 @@
 #   #! status N            the program's exit status (0)
 #   #! prints TEXT         the program must print TEXT
 #   #! module TEXT         a line of vkt_sim's report must be TEXT
+#   #! received HEX        a CAN frame that the modules received ("AA 05 ..."); all of them, in order, if any is given
+#   #! after COMMAND       shell command, run in the tree's bin/ when the program has ended; it must succeed
 #   #! not-module TEXT     no line of vkt_sim's report may begin with TEXT
 #   #! ends-within MS      from the first "ok ... close", or "FAIL ...", to the program's end (1500)
 #   #! allow-conditions    failed preconditions may be logged
@@ -202,6 +204,11 @@ done < <(directive module)
 while IFS= read -r text; do
     grep -q "^$text" "$tree/report.txt" && problem "in the modules' report: $text"
 done < <(directive not-module)
+wanted=$(directive received)
+got=$(sed -n 's/^received=[0-9]* //p' "$tree/report.txt" 2>/dev/null)
+[ -z "$wanted" ] || [ "$wanted" = "$got" ] || problem "the modules received: $got"
+mapfile -t commands < <(directive after)
+for command in "${commands[@]}"; do eval "$command" || problem "failed: $command"; done
 if [ -s "$tree/close_ms" ]; then
     took=$((ended_ms - $(cat "$tree/close_ms")))
     limit=$(directive ends-within)

@@ -511,4 +511,43 @@ TEST_F(lease, drains_one_burst_and_says_what_failed) {
     EXPECT_EQ(console.text(), "ReadFile failed with error 87\n");
 }
 
+// ---- waiting for an opening ----
+
+TEST_F(lease, each_opening_has_its_number) {
+    EXPECT_EQ(port.open(port_path), RET_OK);
+    EXPECT_EQ(port.wait_opened(0), 1u);
+    EXPECT_EQ(port.open(port_path), RET_OK);
+    EXPECT_EQ(port.wait_opened(0), 2u) << "of those it missed, the last";
+    EXPECT_EQ(port.wait_opened(1), 2u);
+}
+
+TEST_F(lease, a_wait_ends_with_the_next_opening) {
+    EXPECT_EQ(port.open(port_path), RET_OK);
+    std::atomic<bool> waiting = false;
+    worker waiter;
+    ASSERT_EQ(waiter.start({"waiter"},
+                           [&] {
+                               waiting = true;
+                               return static_cast<uint32_t>(port.wait_opened(1));
+                           }),
+              RET_OK);
+    ASSERT_TRUE(wait_for([&] { return waiting.load(); }));
+    port.close();
+    EXPECT_EQ(port.open(absent_path), RET_FAIL);
+    EXPECT_TRUE(waiter.running()) << "neither a close nor an open that fails ends it";
+    EXPECT_EQ(port.open(port_path), RET_OK);
+    EXPECT_TRUE(waiter.wait_ended(patience));
+    EXPECT_EQ(waiter.result(), 2u);
+}
+
+TEST_F(lease, a_port_that_its_holder_closed_is_not_open) {
+    port_lease mine = open_and_take();
+    mine.close_port();
+    worker waiter;
+    ASSERT_EQ(waiter.start({"waiter"}, [&] { return static_cast<uint32_t>(port.wait_opened(0)); }), RET_OK);
+    waiter.request_stop();
+    EXPECT_TRUE(waiter.wait_ended(patience));
+    EXPECT_EQ(waiter.result(), 0u) << "a stop ends the wait";
+}
+
 } // namespace

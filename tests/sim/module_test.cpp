@@ -219,6 +219,19 @@ TEST(SimLine, BabbleIsSentOutOfTurn) {
     EXPECT_EQ(port.read(3), (bytes{0x01, 0x02, 0x03}));
 }
 
+TEST(SimLine, AModeThatItIsPutInIsTheOneThatItAnswersIn) {
+    const auto module = start(sim::model::vkt610b);
+    port_end port("COM7");
+    module->set_mode("transfer");
+    EXPECT_EQ(module->mode(), "transfer");
+    const bytes frame = {0xAA, 0x05, 0x04, 0x01, 0x00, 0x23, 0x01, 0x00, 0x00};
+    port.write(frame);
+    ASSERT_TRUE(module->wait_traffic(0, 1, patience_ms));
+    EXPECT_EQ(module->traffic_received()[0].frame, frame);
+    module->set_mode("config");
+    EXPECT_EQ(port.ask(write_r0, 7), write_ok);
+}
+
 TEST(SimLine, NothingComesBackAsAnEchoBeforeThePortIsOpened) {
     const auto module = start(sim::model::vkt531a);
     const bytes said = {'a', '\r', '\n'};

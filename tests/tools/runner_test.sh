@@ -21,7 +21,7 @@ END
 # The modules hand each command on, and report when they are ended.
 cat >"$work/stage/bin/vkt_sim" <<'END'
 #!/bin/bash
-trap 'echo handshakes=1 >"$report"; exit 0' TERM
+trap 'printf "handshakes=1\nreceived=7 AA 01\nreceived=9 AB 02\n" >"$report"; exit 0' TERM
 while [ $# -gt 0 ]; do case $1 in --report) report=$2 ;; esac; shift; done
 echo "VKT_COM_PORTS=COM7=/dev/null"
 while read -r command; do echo "$command" >"$FAKE_GIVEN"; done
@@ -57,6 +57,10 @@ for stage in stage wine; do
     mkfifo "$FAKE_GIVEN"
     expect 0 "got plug COM7" $stage "$sim" "$order" "#! module handshakes=1" "#! prints got plug COM7"
     rm "$FAKE_GIVEN"
+    expect 0 "" $stage "$sim" "#! received AA 01" "#! received AB 02" "#! after [ -d ../log ]"
+    expect 1 "the modules received: AA 01" $stage "$sim" "#! received AB 02" "#! received AA 01"
+    expect 1 "the modules received: AA 01" $stage "$sim" "#! received AA 01"
+    expect 1 "failed: [ -d none ]" $stage "#! after [ -d none ]"
     expect 1 'never came to: on "ok   2" plug COM7' $stage "$sim" '#! on "ok   2" plug COM7'
 done
 

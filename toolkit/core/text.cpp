@@ -153,3 +153,17 @@ std::string tk_utf8_cut(const std::string& utf8, std::size_t max_bytes) {
     if (is_continuation(utf8[end])) end = max_bytes;
     return utf8.substr(0, end);
 }
+
+std::string tk_utf8_heads(std::string_view utf8) {
+    std::string heads;
+    for (std::size_t i = 0; i < utf8.size(); ++i)
+        if (i == 0 || !is_continuation(utf8[i])) heads += utf8[i];
+    return heads;
+}
+
+std::string tk_utf8_first(std::string_view utf8, std::size_t max) {
+    std::size_t end = 0;
+    for (std::size_t count = 0; count < max && end < utf8.size(); ++count)
+        for (++end; end < utf8.size() && is_continuation(utf8[end]);) ++end;
+    return std::string(utf8.substr(0, end));
+}

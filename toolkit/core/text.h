@@ -27,3 +27,8 @@ std::string tk_format(const char* format, ...) PLATFORM_PRINTF(1, 2);
 
 /// The first `max_bytes` bytes of a UTF-8 text, cut between characters.
 std::string tk_utf8_cut(const std::string& utf8, std::size_t max_bytes);
+/// The first byte of each character of a UTF-8 text: as many bytes as it has characters, ASCII ones as they are. A
+/// continuation byte that follows nothing counts as one.
+std::string tk_utf8_heads(std::string_view utf8);
+/// The first `max` characters of a UTF-8 text.
+std::string tk_utf8_first(std::string_view utf8, std::size_t max);

@@ -2,6 +2,9 @@
 #include "tests/assistant/pages/assistant_stage.h"
 
 #include "toolkit/core/date_time.h"
+#include "toolkit/core/idle.h"
+
+#include <chrono>
 
 namespace {
 
@@ -14,16 +17,51 @@ class serial_send_keep : public assistant_stage {
     }
     static constexpr const char* saved_file = "serial_send_20250929_130509.txt";
     static constexpr const char* line = "2025-09-29 13:05:09.000 rx ";
-    /// The longest that the window's thread was away while something was under way, in milliseconds.
-    static int64_t longest_stall(const std::function<bool()>& done) {
-        int64_t longest = 0, last = time_now_ms();
-        EXPECT_TRUE(wait([&] {
-            const int64_t now = time_now_ms();
-            longest = std::max(longest, now - last);
-            last = now;
-            return done();
-        }));
+    using clock = std::chrono::steady_clock;
+    static double ms_since(clock::time_point begin) {
+        return std::chrono::duration<double, std::milli>(clock::now() - begin).count();
+    }
+    /// The best of some measurements, in milliseconds: another program may take the processor for a while. No more
+    /// are made once one is good enough.
+    static double best(double good_enough, const std::function<double()>& measure) {
+        double least = measure();
+        for (int i = 1; i < 20 && least > good_enough; ++i) least = std::min(least, measure());
+        return least;
+    }
+    /// The longest that the window's thread was away until `done`.
+    static double longest_stall(const std::function<bool()>& done) {
+        double longest = 0;
+        auto last = clock::now();
+        const auto turn = [&] {
+            longest = std::max(longest, ms_since(last));
+            last = clock::now();
+            return RET_REPEAT;
+        };
+        const uint32_t timer = timer_add(turn, 1);
+        EXPECT_TRUE(wait(done));
+        timer_remove(timer);
         return longest;
+    }
+    /// How long it takes to open the dialog and show its first rows.
+    static double opening() {
+        const auto begin = clock::now();
+        EXPECT_EQ(navigator_to("serial_send"), RET_OK);
+        table_client_fill(in("table_bytes"));
+        table_client_fill(in("table_frames"));
+        const double took = ms_since(begin);
+        does("click ~/button_exit\n");
+        return took;
+    }
+    /// Receives bytes of which every fourth row is a frame; the last frame is waited for with 76 bytes.
+    static void fill_store(std::size_t size) {
+        std::vector<uint8_t> all;
+        while (all.size() < size) {
+            for (const uint8_t byte : good()) all.push_back(byte);
+            all.resize(all.size() + 50, 0x41);
+        }
+        log().received(all, time_stamp_now());
+        ASSERT_TRUE(wait([size] { return log().counts().frames == size / 64 - 1; }));
+        settle();
     }
 };
 
@@ -65,7 +103,7 @@ TEST_F(serial_send_keep, chosen_frames_are_copied_as_lines) {
          "click ~/table_frames/serial_send_frame[0]/time\nkey Ctrl+c\n");
     ASSERT_TRUE(wait([] { return !clip_board_get_text().empty(); }));
     EXPECT_EQ(clip_board_get_text(),
-              "2025-09-29 13:05:09.000\tUART2_TO_CANFD2\t0x12345678\t扩展帧 CANFD加速\t3\tDE AD 01\n");
+              "2025-09-29 13:05:09.000\tUART2_TO_CANFD2\t0x12345678\t扩展帧-canfd\t3\tDE AD 01\n");
 }
 
 TEST_F(serial_send_keep, the_record_is_saved_to_a_file) {
@@ -83,23 +121,65 @@ TEST_F(serial_send_keep, a_file_that_cannot_be_written_is_reported) {
     std::filesystem::remove_all(saved_file);
 }
 
-TEST_F(serial_send_keep, a_full_store_is_shown_scrolled_and_saved_without_a_stall) {
+// What a person notices is longer than one picture of the screen.
+TEST_F(serial_send_keep, a_full_store_is_shown_as_soon_as_a_small_one) {
     open();
-    log().received(std::vector<uint8_t>(0x100000, 0x41), time_stamp_now());
+    fill_store(0x1000);
     does("click ~/button_exit\n");
+    const double small = best(0, opening);
+    log().clear();
+    fill_store(transcript_store_size);
+    EXPECT_LE(best(small + VKT_STALL_MAX_MS, opening), small + VKT_STALL_MAX_MS);
     open();
-    ASSERT_TRUE(wait([] { return rows("table_bytes") == 0x10000; }));
-    int64_t slowest = 0;
-    for (uint32_t row = 0; row < 0x10000; row += 1111) {
-        const int64_t begin = time_now_ms();
-        table_client_show_row(in("table_bytes"), row);
-        table_client_fill(in("table_bytes"));
-        slowest = std::max(slowest, time_now_ms() - begin);
+    EXPECT_EQ(rows("table_bytes"), 0x10000u);
+    EXPECT_EQ(rows("table_frames"), 0x3FFFu);
+}
+
+TEST_F(serial_send_keep, a_full_store_is_scrolled_without_a_stall) {
+    open();
+    fill_store(transcript_store_size);
+    for (const char* table : {"table_bytes", "table_frames"}) {
+        const uint32_t count = rows(table);
+        for (uint32_t row = 0; row < count; row += count / 50) {
+            const auto scroll = [&] {
+                const auto begin = clock::now();
+                table_client_show_row(in(table), row);
+                table_client_fill(in(table));
+                return ms_since(begin);
+            };
+            EXPECT_LE(best(VKT_STALL_MAX_MS, scroll), VKT_STALL_MAX_MS) << table << " " << row;
+        }
     }
-    EXPECT_LE(slowest, 200) << "a filling costs the visible rows only";
-    EXPECT_EQ(widget_dispatch_simple_event(in("button_save"), event_type::click), RET_OK);
-    EXPECT_LE(longest_stall([] { return shown("label_result") == std::string("已保存 ") + saved_file; }), 1000);
+}
+
+TEST_F(serial_send_keep, a_full_store_is_saved_and_copied_without_a_stall) {
+    open();
+    fill_store(transcript_store_size);
+    // The thread that makes the text wants the processor too.
+    constexpr double stall_max_ms = 4.0 * VKT_STALL_MAX_MS;
+    const auto stall_of = [](const char* button, const std::string& result) {
+        return [=] {
+            widget_set_text_utf8(in("label_result"), "");
+            EXPECT_EQ(widget_dispatch_simple_event(in(button), event_type::click), RET_OK);
+            return longest_stall([&] { return shown("label_result") == result; });
+        };
+    };
+    EXPECT_LE(best(stall_max_ms, stall_of("button_save", std::string("已保存 ") + saved_file)), stall_max_ms);
     EXPECT_EQ(std::filesystem::file_size(saved_file), 0x10000u * (27 + 47 + 1));
+    EXPECT_LE(best(stall_max_ms, stall_of("button_copy", "已复制")), stall_max_ms);
+    EXPECT_EQ(clip_board_get_text().size(), 0x10000u * (27 + 47 + 1));
+}
+
+TEST_F(serial_send_keep, a_history_that_cannot_be_written_keeps_no_frame_from_going_out) {
+    std::filesystem::create_directories(std::filesystem::path("serial_send.json") / "in the way");
+    open_connected();
+    said_clear();
+    does("type ~/serial_send_data AB\nclick ~/button_send\nwait ~/combo_box_sent enabled 1\n"
+         "expect ~/label_result state ok\n");
+    ASSERT_TRUE(module->wait_traffic(0, 1, 10000));
+    EXPECT_EQ(combo_box_count_options(in("combo_box_sent")), 2) << "it is offered, and the prompt";
+    EXPECT_THAT(said(), testing::HasSubstr("serial_send.json cannot be written"));
+    std::filesystem::remove_all("serial_send.json");
 }
 
 TEST_F(serial_send_keep, the_last_frames_are_offered_and_fill_the_form) {
@@ -112,7 +192,7 @@ TEST_F(serial_send_keep, the_last_frames_are_offered_and_fill_the_form) {
         "pick ~/combo_box_ex_frame_type 标准帧\npick ~/combo_box_ex_can_canfd_or CANFD不加速\n"
         "type ~/serial_send_id 5\ntype ~/serial_send_data AB\nclick ~/button_send\nwait ~/button_send enabled 1\n");
     ASSERT_TRUE(wait([] { return combo_box_count_options(in("combo_box_sent")) == 3; }));
-    const std::string old = "70000 · 0011223344556677… · SPI1_TO_CANFD1 · 扩展帧 · CANFD加速";
+    const std::string old = "70000  0011223344556677…  SPI1_TO_CANFD1  扩展帧  CANFD加速";
     for (int round = 0; round < 2; ++round) {
         does("pick ~/combo_box_sent \"" + old + "\"\n");
         EXPECT_EQ(shown("serial_send_id"), "70000");
@@ -121,12 +201,37 @@ TEST_F(serial_send_keep, the_last_frames_are_offered_and_fill_the_form) {
         EXPECT_EQ(shown("label_id_hex"), "= 0x11170");
         EXPECT_EQ(shown("combo_box_sent"), "选择最近发送的帧");
     }
-    does("type ~/serial_send_id 70001\nclick ~/button_exit\n");
+    does("click ~/button_exit\n");
     serial_send_forget(); // as after a restart
     open();
     EXPECT_EQ(combo_box_count_options(in("combo_box_sent")), 3) << "and the prompt";
-    EXPECT_EQ(shown("serial_send_id"), "5") << "the last one stands in the form";
-    EXPECT_EQ(shown("serial_send_data"), "AB");
+}
+
+TEST_F(serial_send_keep, a_first_opening_shows_the_defaults_and_a_later_one_what_stood_there) {
+    sent_history("./serial_send.json")
+        .add({.channel = 4, .format = 8, .speed = 128, .identifier = 5, .data = "AB"});
+    open();
+    EXPECT_EQ(combo_box_count_options(in("combo_box_sent")), 2) << "it is only offered";
+    EXPECT_EQ(shown("combo_box_ex_channal"), "UART1_TO_CANFD1");
+    EXPECT_EQ(shown("combo_box_ex_frame_type"), "标准帧");
+    EXPECT_EQ(shown("combo_box_ex_can_canfd_or"), "CANFD不加速");
+    EXPECT_EQ(shown("serial_send_id"), "1");
+    EXPECT_EQ(shown("serial_send_data"), "1122");
+    does("pick ~/combo_box_ex_channal UART2_TO_CANFD2\npick ~/combo_box_ex_frame_type 扩展帧\n"
+         "pick ~/combo_box_ex_can_canfd_or CANFD加速\ntype ~/serial_send_id 70001\n"
+         "type ~/serial_send_data 00112233445566778899\nclick ~/char_flag\nclick ~/button_exit\n");
+    open();
+    EXPECT_EQ(shown("combo_box_ex_channal"), "UART2_TO_CANFD2");
+    EXPECT_EQ(shown("combo_box_ex_frame_type"), "扩展帧");
+    EXPECT_EQ(shown("combo_box_ex_can_canfd_or"), "CANFD加速");
+    EXPECT_EQ(shown("serial_send_id"), "70001");
+    EXPECT_EQ(shown("label_id_hex"), "= 0x11171");
+    EXPECT_EQ(shown("serial_send_data"), "00112233445566778899");
+    does("type ~/serial_send_id 1073741825\n");
+    EXPECT_EQ(shown("serial_send_id"), "107374182") << "with its limits";
+    does("click ~/combo_box_sent\nkey Down\nkey Enter\nwait ~/serial_send_data text AB\nclick ~/button_exit\n");
+    open();
+    EXPECT_EQ(shown("serial_send_data"), "AB") << "also what was taken from those sent last";
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "tests/assistant/pages/assistant_stage.h"
 
 #include "dev_b/pages/vkt610b_pages.h"
+#include "toolkit/core/thread.h"
 #include "toolkit/core/worker.h"
 
 device_session& assistant_stage::data_session() { return device(vkt610b_pages).session; }
@@ -30,6 +31,16 @@ TEST_F(serial_send, the_button_of_the_home_page_opens_the_same) {
     EXPECT_FALSE(visible("button_serial_assistant"));
     widget_dispatch_simple_event(at("button_serial_assistant"), event_type::click);
     EXPECT_NE(dialog(), nullptr);
+}
+
+TEST_F(serial_send, it_shows_the_module_and_its_port) {
+    open();
+    EXPECT_EQ(shown("label_device"), "未连接");
+    does("click ~/button_exit\n");
+    open_connected();
+    does("expect ~/label_device text \"VKT610B · COM7\"\nexpect ~/label_device state \"\"\n");
+    module->hang_up();
+    does("wait ~/label_device text \"VKT610B · COM7　串口已断开\"\nexpect ~/label_device state failed\n");
 }
 
 TEST_F(serial_send, its_options_and_what_is_chosen_at_first) {
@@ -81,6 +92,16 @@ TEST_F(serial_send, a_faster_frame_raises_the_limit_of_the_data) {
     EXPECT_EQ(shown("label_send_hint"), "长度 16：数据 8 字节，补 8 个 00");
 }
 
+TEST_F(serial_send, characters_of_more_than_a_byte_count_once) {
+    open();
+    does("type ~/serial_send_data 1中中中中中中中中中中中中中中中中中\nclick ~/button_send\n"
+         "wait err_display exists 1\nclick err_display/ok\n");
+    EXPECT_EQ(shown("serial_send_data"), "1中中中中中中中中中中中中中中中");
+    EXPECT_EQ(shown("label_send_hint"), "长度 16：数据 8 字节，补 8 个 00；非十六进制字符为 0");
+    EXPECT_THAT(shown("edit_send_frame"),
+                testing::StartsWith("AA 17 04 01 00 01 00 00 00 10 00 00 00 00 00 00 00 00 00"));
+}
+
 TEST_F(serial_send, the_module_receives_the_frame_that_is_shown) {
     open_connected();
     does("pick ~/combo_box_ex_channal SPI2_TO_CANFD2\npick ~/combo_box_ex_frame_type 扩展帧\n"
@@ -118,6 +139,27 @@ TEST_F(serial_send, while_somebody_has_the_port_nothing_is_sent) {
     EXPECT_EQ(message_seen, "请先连接设备");
 }
 
+TEST_F(serial_send, a_thread_that_cannot_start_is_said_as_such) {
+    tk_thread_refuse(1);
+    EXPECT_EQ(navigator_to("serial_send"), RET_FAIL);
+    EXPECT_EQ(shown("label_result"), "创建线程失败，不能接收");
+    does("expect ~/label_result state failed\nclick ~/button_exit\n");
+    open_connected();
+    EXPECT_EQ(shown("label_result"), "");
+    answer_message();
+    tk_thread_refuse(1);
+    does("click ~/button_send\n");
+    EXPECT_TRUE(wait([this] { return !message_seen.empty(); }));
+    EXPECT_EQ(message_seen, "创建线程失败，本帧未发送");
+    EXPECT_TRUE(usable("button_send"));
+    say({0x41});
+    tk_thread_refuse(1);
+    does("click ~/button_copy\n");
+    EXPECT_EQ(shown("label_result"), "创建线程失败");
+    does("expect ~/label_result state failed\nclick ~/button_copy\nwait ~/label_result text 已复制\n"
+         "click ~/button_send\nwait ~/combo_box_sent enabled 1\n");
+}
+
 TEST_F(serial_send, what_comes_in_is_shown_in_two_forms) {
     open_connected();
     EXPECT_FALSE(usable("button_clear"));
@@ -140,7 +182,7 @@ TEST_F(serial_send, every_good_frame_is_a_line) {
     say(good());
     does("wait ~/table_frames/serial_send_frame[0]/channel text UART2_TO_CANFD2\n"
          "expect ~/table_frames/serial_send_frame[0]/id text 0x12345678\n"
-         "expect ~/table_frames/serial_send_frame[0]/type text \"扩展帧 CANFD加速\"\n"
+         "expect ~/table_frames/serial_send_frame[0]/type text \"扩展帧-canfd\"\n"
          "expect ~/table_frames/serial_send_frame[0]/bytes text \"DE AD 01\"\n"
          "wait ~/label_counts text \"收 14 字节　发 0 字节　帧 1\"\n");
     std::vector<uint8_t> bad = good();

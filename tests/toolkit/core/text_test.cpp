@@ -148,4 +148,21 @@ TEST(text, cut_stays_between_characters) {
         << "no UTF-8: cut where it stands";
 }
 
+TEST(text, characters_are_counted_and_not_their_bytes) {
+    EXPECT_EQ(tk_utf8_heads(""), "");
+    EXPECT_EQ(tk_utf8_heads("a中\xC3\xA9z\xF0\x9F\x98\x80"), "a\xE4\xC3z\xF0");
+    EXPECT_EQ(tk_utf8_heads("\x80\x80"), "\x80") << "no UTF-8";
+}
+
+TEST(text, the_first_characters_are_whole_ones) {
+    const std::string text = "a中\xF0\x9F\x98\x80z";
+    EXPECT_EQ(tk_utf8_first(text, 0), "");
+    EXPECT_EQ(tk_utf8_first(text, 1), "a");
+    EXPECT_EQ(tk_utf8_first(text, 2), "a中");
+    EXPECT_EQ(tk_utf8_first(text, 3), "a中\xF0\x9F\x98\x80");
+    EXPECT_EQ(tk_utf8_first(text, 4), text);
+    EXPECT_EQ(tk_utf8_first(text, 5), text);
+    EXPECT_EQ(tk_utf8_first("\x80\x80z", 1), "\x80\x80") << "no UTF-8";
+}
+
 } // namespace
