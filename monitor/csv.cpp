@@ -30,11 +30,13 @@ void csv_recorder::add(const traffic_record& record) {
     log_console(path_ + " cannot be written: lines are dropped\n");
 }
 
-// A disk that fills up may have taken part of a line; the next one that fits begins a line of its own.
+// A disk that fills up may have taken part of a line, or nothing of it; the next one that fits begins a line of its
+// own.
 bool csv_recorder::append(const std::string& line) {
     fs_file_ptr file(fs_open_file(os_fs(), path_.c_str(), "a+"));
     if (file == nullptr) return false;
-    const std::string text = (torn_ ? "\n" : "") + line;
+    const int last = torn_ ? fs_file_last_byte(file.get()) : -1;
+    const std::string text = (last < 0 || last == '\n' ? "" : "\n") + line;
     const bool whole = fs_file_write(file.get(), text.data(), text.size()) == static_cast<int64_t>(text.size());
     torn_ = fs_file_close(file.release()) != RET_OK || !whole;
     return !torn_;

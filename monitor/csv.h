@@ -27,5 +27,5 @@ class csv_recorder {
 
     const std::string path_;
     std::atomic<uint64_t> dropped_{0};
-    bool torn_ = false; ///< the file may end within a line
+    bool torn_ = false; ///< the last line failed: the file may end within it
 };

@@ -1,5 +1,9 @@
 #include "monitor/periodic.h"
 
+#include "toolkit/core/text.h"
+
+#include <algorithm>
+
 void periodic_add_data(std::span<uint8_t> data, uint8_t step) {
     uint32_t carry = step;
     for (std::size_t i = data.size(); i > 0; --i) {
@@ -14,6 +18,10 @@ uint32_t periodic_add_identifier(uint32_t identifier, uint32_t step, uint32_t fo
     const uint32_t sum = identifier + step;
     if (format == 0 && sum > standard_max) return 0;
     return format == 1 && sum > extended_max ? 0 : sum;
+}
+
+uint32_t periodic_period_ms(const std::string& text) {
+    return static_cast<uint32_t>(std::clamp(tk_atoi(text.c_str()), period_min_ms, period_max_ms));
 }
 
 void periodic_sender::start(const traffic_request& sent, const periodic_step& step) {

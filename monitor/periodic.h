@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 
 /// What a tick adds.
 struct periodic_step {
@@ -22,6 +23,11 @@ void periodic_add_data(std::span<uint8_t> data, uint8_t step);
 /// Adds `step` to an identifier. One above 0x7FF (standard, format 0), or of 0x20000000 and more (extended, format
 /// 1), becomes 0; others wrap at 32 bits. Any thread.
 uint32_t periodic_add_identifier(uint32_t identifier, uint32_t step, uint32_t format);
+
+/// Milliseconds from one tick to the next.
+inline constexpr int32_t period_min_ms = 1, period_max_ms = 3600000;
+/// The period that a text says, in decimal, held to these; what is no number counts as 0. Any thread.
+uint32_t periodic_period_ms(const std::string& text);
 
 /// The ticks of one run of periodic sending.
 class periodic_sender {

@@ -47,6 +47,7 @@ class page {
     void show_link();
     void show_counts();
     void ask_counts();
+    void show_copied(uint32_t copied, uint32_t chosen);
     void timers_end();
 
     /// Whether frames can be sent.
@@ -71,6 +72,7 @@ class page {
     bool waits_ = false;  ///< the button, until the frame has been sent
     uint32_t timer_ = 0;  ///< of periodic sending
     uint32_t counts_ = 0; ///< timer that shows the counts next
+    uint32_t copied_ = 0; ///< timer that takes the word of a copy away
     uint32_t leaving_ = 0;
     traffic_link link_ = traffic_link::none;
 };
@@ -96,7 +98,8 @@ ret_t page::start() {
                                                          *device_.session, [this] { refresh(); },
                                                          paused ? traffic_run::pause : traffic_run::run);
     widget_set_value_int(at(setting_paused), paused ? 1 : 0);
-    table_ = std::make_unique<data_table>(traffic_, at("table_client"));
+    table_ = std::make_unique<data_table>(
+        traffic_, at("table_client"), [this](uint32_t copied, uint32_t chosen) { show_copied(copied, chosen); });
     bind();
     show_link();
     show_counts();
@@ -110,6 +113,7 @@ void page::bind() {
     on("button_clear", event_type::click, &page::clear);
     on(setting_paused, event_type::value_changed, &page::pause);
     on("check_button_send_timer", event_type::value_changed, &page::switch_periodic);
+    widget_set_visible(at("label_copied"), false); // an empty one would take room
     widget_set_text_utf8(at("label_device"), device_.name.c_str());
 }
 
@@ -154,11 +158,26 @@ void page::show_counts() {
 }
 
 void page::timers_end() {
-    for (uint32_t* timer : {&timer_, &counts_, &leaving_})
+    for (uint32_t* timer : {&timer_, &counts_, &copied_, &leaving_})
         if (const uint32_t id = std::exchange(*timer, 0); id != 0) timer_remove(id);
 }
 
 // ---- the table ----
+
+void page::show_copied(uint32_t copied, uint32_t chosen) {
+    const copied_words words = data_copied_words(copied, chosen);
+    widget_set_text_utf8(at("label_copied"), words.text.c_str());
+    widget_set_style_state(at("label_copied"), words.style);
+    widget_set_visible(at("label_copied"), true);
+    if (copied_ != 0) timer_remove(copied_);
+    copied_ = timer_add(
+        [this] {
+            copied_ = 0;
+            if (navigator_find(window_name) == win_) widget_set_visible(at("label_copied"), false);
+            return RET_REMOVE;
+        },
+        data_copied_ms());
+}
 
 ret_t page::pause() {
     const bool paused = widget_get_value_int(at(setting_paused)) != 0;
@@ -260,6 +279,11 @@ ret_t page::leave() {
 
 uint32_t& data_page_leave_ms() {
     static uint32_t ms = 1500;
+    return ms;
+}
+
+uint32_t& data_copied_ms() {
+    static uint32_t ms = 5000;
     return ms;
 }
 

@@ -22,6 +22,8 @@ ret_t data_page_init(widget* win, const void* context);
 
 /// How long leaving takes: the module needs its time to be back in configuration mode. Tests shorten it.
 uint32_t& data_page_leave_ms();
+/// How long the page says that rows have been copied. Tests shorten it.
+uint32_t& data_copied_ms();
 /// Test aid: the traffic of the page; it is made when it is asked for first.
 traffic& data_page_traffic();
 /// Test aid: ends the traffic and forgets it; the page must be closed.

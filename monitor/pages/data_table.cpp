@@ -5,7 +5,7 @@
 #include "toolkit/table_view/table_view.h"
 
 #include <algorithm>
-#include <vector>
+#include <utility>
 
 namespace {
 
@@ -38,7 +38,13 @@ std::string line_of(uint32_t index, const traffic_record& record) {
 
 } // namespace
 
-data_table::data_table(traffic& from, widget* table) : traffic_(from), table_(table) {
+copied_words data_copied_words(uint32_t copied, uint32_t chosen) {
+    if (copied == chosen) return {tk_format("已复制 %u 行", copied), "ok"};
+    return {tk_format("只复制前 %u 行，共选 %u 行", copied, chosen), "warning"};
+}
+
+data_table::data_table(traffic& from, widget* table, std::function<void(uint32_t, uint32_t)> copied)
+    : traffic_(from), table_(table), copied_(std::move(copied)) {
     table_client_set_on_load_data(table_, [this](uint32_t index, widget* row) { return fill(index, row); });
     refresh();
     table_client_set_on_create_row(table_, [this](uint32_t, widget* row) { return bind_row(row); });
@@ -70,9 +76,10 @@ ret_t data_table::fill(uint32_t index, widget* row) {
     for (const cell& one : cells) widget_set_text_utf8(widget_child(row, one.name), one.text(record).c_str());
     const bool sent = record.direction == traffic_direction::tx;
     widget_set_style_state(widget_child(row, "direction"), sent ? "tx" : "");
-    const bool odd = index % 2 != 0;
-    if (table_row_chosen(row)) return widget_set_style_state(row, odd ? "odd chosen" : "even chosen");
-    return widget_set_style_state(row, odd ? "odd" : "even");
+    std::string style = index % 2 != 0 ? "odd" : "even";
+    if (sent) style += " tx";
+    if (table_row_chosen(row)) style += " chosen";
+    return widget_set_style_state(row, style.c_str());
 }
 
 // What is held is what was seen when the pointer went down, however many records come meanwhile.
@@ -92,7 +99,10 @@ ret_t data_table::bind_row(widget* row) {
 ret_t data_table::copy(uint32_t first, uint32_t last) {
     std::string text;
     traffic_record record;
-    const uint32_t end = std::min(last, first + (data_copy_max - 1));
-    for (uint32_t index = first; index <= end && record_at(index, &record); ++index) text += line_of(index, record);
-    return clip_board_set_text(text.c_str());
+    const uint32_t end = last - first < data_copy_max ? last + 1 : first + data_copy_max;
+    uint32_t index = first;
+    for (; index < end && record_at(index, &record); ++index) text += line_of(index, record);
+    const ret_t ret = clip_board_set_text(text.c_str());
+    if (ret == RET_OK && copied_) copied_(index - first, last - first + 1);
+    return ret;
 }

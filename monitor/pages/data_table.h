@@ -5,13 +5,16 @@
 #include "toolkit/ravel/widget.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <string>
 
 /// The table of one opening of the page; it must not outlive the traffic.
 class data_table {
   public:
-    /// Binds the table widget of a page.
-    data_table(traffic& from, widget* table);
+    /// Binds the table widget of a page; `copied` is called when rows have been copied, with how many of the chosen
+    /// ones (data_copy_max at most).
+    data_table(traffic& from, widget* table, std::function<void(uint32_t copied, uint32_t chosen)> copied);
     data_table(const data_table&) = delete;
     data_table& operator=(const data_table&) = delete;
 
@@ -29,6 +32,7 @@ class data_table {
 
     traffic& traffic_;
     widget* table_;
+    std::function<void(uint32_t, uint32_t)> copied_;
     uint64_t shown_ = 0;                           ///< the newest record when the table was refreshed last
     std::map<const widget*, traffic_record> rows_; ///< what each row shows
     traffic_record held_;                          ///< under the pointer when it went down
@@ -36,3 +40,10 @@ class data_table {
 
 /// Rows that are copied at most: a text of about 3 MB.
 inline constexpr uint32_t data_copy_max = 20000;
+/// What the page says for a while when rows were copied.
+struct copied_words {
+    std::string text;
+    const char* style; ///< state of the style sheet
+};
+/// `copied` of `chosen` rows went to the clipboard. Any thread.
+copied_words data_copied_words(uint32_t copied, uint32_t chosen);

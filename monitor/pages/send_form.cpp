@@ -14,7 +14,6 @@
 namespace {
 
 constexpr int32_t length_usual = 8;
-constexpr int32_t period_max_ms = 3600000;
 constexpr const char* lengths_name = "combo_box_ex_data_len";
 constexpr const char* check_name = "combo_box_ex_crc_mode";
 
@@ -28,7 +27,7 @@ struct number_range {
 constexpr number_range numbers[] = {
     {"edit_id_add", 0, std::numeric_limits<int32_t>::max()},
     {"edit_data_add", 0, 255},
-    {"edit_timer", 1, period_max_ms},
+    {"edit_timer", period_min_ms, period_max_ms},
 };
 
 constexpr const char* periodic_names[] = {"edit_id_add", "edit_data_add", "edit_timer", "check_button_id_add",
@@ -188,10 +187,7 @@ periodic_step send_form::step() const {
             .data = static_cast<uint8_t>(tk_atoi(widget_get_text_utf8(at("edit_data_add")).c_str()))};
 }
 
-uint32_t send_form::period_ms() const {
-    const int32_t typed = tk_atoi(widget_get_text_utf8(at("edit_timer")).c_str());
-    return static_cast<uint32_t>(std::clamp(typed, 1, period_max_ms));
-}
+uint32_t send_form::period_ms() const { return periodic_period_ms(widget_get_text_utf8(at("edit_timer"))); }
 
 void send_form::lock_periodic(bool locked) const {
     for (const char* name : periodic_names) widget_set_enable(at(name), !locked);

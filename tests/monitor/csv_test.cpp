@@ -10,6 +10,11 @@
 #include <algorithm>
 #include <filesystem>
 
+#ifndef _WIN32
+#include <csignal>
+#include <sys/resource.h>
+#endif
+
 using testing::EndsWith;
 
 namespace {
@@ -104,7 +109,66 @@ TEST_F(csv_file, a_full_disk_drops_lines) {
     EXPECT_EQ(console.take(), path + " cannot be written: lines are dropped\n");
     std::filesystem::remove(path);
     csv.add(sent(2));
-    EXPECT_EQ(content(), "\n" + csv_line(sent(2))) << "part of a line may have been taken";
+    EXPECT_EQ(content(), csv_line(sent(2)));
+}
+
+/// While it lives no file grows beyond so many bytes: a disk that is full from there on.
+class disk_of {
+  public:
+    explicit disk_of(std::uintmax_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit now{static_cast<rlim_t>(bytes), before_.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &now);
+    }
+    ~disk_of() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    disk_of(const disk_of&) = delete;
+    disk_of& operator=(const disk_of&) = delete;
+
+  private:
+    rlimit before_{};
+    void (*handler_)(int);
+};
+
+TEST_F(csv_file, of_a_line_that_was_stored_in_part_the_next_one_is_apart) {
+    csv_recorder csv(path);
+    console_capture console;
+    csv.add(sent(1));
+    const std::string first = content();
+    for (const std::uintmax_t room : {10u, 12u}) { // the second time within the line end that comes first
+        const disk_of full(first.size() + room);
+        csv.add(sent(1));
+    }
+    EXPECT_EQ(csv.dropped(), 2u);
+    const std::string torn = content();
+    EXPECT_EQ(torn, first + csv_line(sent(1)).substr(0, 10) + "\n" + csv_line(sent(1)).substr(0, 1));
+    for (int i = 2; i < 4; ++i) csv.add(sent(static_cast<std::size_t>(i)));
+    EXPECT_EQ(content(), torn + "\n" + csv_line(sent(2)) + csv_line(sent(3)));
+}
+
+TEST_F(csv_file, of_a_line_of_which_nothing_was_stored_no_empty_line_is_left) {
+    csv_recorder csv(path);
+    console_capture console;
+    csv.add(sent(1));
+    const std::string first = content();
+    {
+        const disk_of full(first.size());
+        csv.add(sent(1));
+        csv.add(sent(1));
+    }
+    EXPECT_EQ(csv.dropped(), 2u);
+    EXPECT_EQ(content(), first);
+    for (int i = 2; i < 4; ++i) csv.add(sent(static_cast<std::size_t>(i)));
+    EXPECT_EQ(content(), first + csv_line(sent(2)) + csv_line(sent(3)));
+}
+
+TEST_F(csv_file, an_older_file_without_a_line_end_is_gone_on_with_as_it_is) {
+    ASSERT_EQ(fs_append(path.c_str(), "older"), RET_OK);
+    csv_recorder csv(path);
+    csv.add(sent(1));
+    EXPECT_EQ(content(), "older" + csv_line(sent(1)));
 }
 #endif
 

@@ -54,6 +54,27 @@ TEST(periodic_identifier, others_wrap_at_32_bits) {
     EXPECT_EQ(periodic_add_identifier(0, 0xFFFFFFFF, 0), 0u);
 }
 
+TEST(periodic_period, is_a_millisecond_to_an_hour) {
+    struct {
+        const char* text;
+        uint32_t ms;
+    } const cases[] = {{"1", 1},
+                       {"100", 100},
+                       {" 50", 50},
+                       {"50 ms", 50},
+                       {"3600000", 3600000},
+                       {"3600001", 3600000},
+                       {"2147483648", 3600000},
+                       {"99999999999999999999", 3600000},
+                       {"0", 1},
+                       {"-1", 1},
+                       {"-99999999999999999999", 1},
+                       {"", 1},
+                       {"soon", 1},
+                       {"0x10", 1}};
+    for (const auto& one : cases) EXPECT_EQ(periodic_period_ms(one.text), one.ms) << one.text;
+}
+
 TEST(periodic_sender_test, counts_up_from_what_was_sent_first) {
     periodic_sender sender;
     traffic_request first{.channel = 3, .identifier = 0x7FE, .length = 2};

@@ -136,6 +136,12 @@ int64_t fs_file_read(fs_file_t* file, void* bytes, std::size_t size) {
     return static_cast<int64_t>(got);
 }
 
+int fs_file_last_byte(fs_file_t* file) {
+    if (file == nullptr || !file->readable) return -1;
+    turn(file, fs_file_t::direction::reading);
+    return std::fseek(file->stream, -1, SEEK_END) == 0 ? std::fgetc(file->stream) : -1;
+}
+
 bool fs_file_read_line(fs_file_t* file, std::string* line, std::size_t max_bytes) {
     if (file == nullptr || line == nullptr) return false;
     line->clear();

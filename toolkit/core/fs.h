@@ -29,6 +29,9 @@ int64_t fs_file_read(fs_file_t* file, void* bytes, std::size_t size);
 /// Reads one line without its line end ("\n" or "\r\n") into `line`. A longer line than `max_bytes` is cut between
 /// characters and the rest of it skipped. False at the end of the file.
 bool fs_file_read_line(fs_file_t* file, std::string* line, std::size_t max_bytes);
+/// The last byte of a file that can be read; -1 when it has none or is no file that has an end. What is written
+/// next in mode "a+" still goes behind it.
+int fs_file_last_byte(fs_file_t* file);
 /// Flushes and closes; RET_FAIL when what was written could not all be stored.
 ret_t fs_file_close(fs_file_t* file);
 

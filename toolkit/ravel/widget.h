@@ -104,8 +104,9 @@ ret_t widget_set_style_state(widget* w, const char* state);
 ret_t widget_set_tooltip(widget* w, const char* text);
 
 // Properties by name: "x", "y", "w", "h" (pixels in the parent), "window_x", "window_y" (pixels in the native
-// window; read only), "value", "enable", "visible", and any dynamic property of the layout ("single_instance",
-// "to_modal", "clock", ...). Getters answer `fallback` when there is none.
+// window; read only), "text_w" (pixels that a label's text needs; read only), "value", "enable", "visible", and any
+// dynamic property of the layout ("single_instance", "to_modal", "clock", ...). Getters answer `fallback` when
+// there is none.
 int32_t widget_get_prop_int(const widget* w, const char* name, int32_t fallback);
 bool widget_get_prop_bool(const widget* w, const char* name, bool fallback);
 std::string widget_get_prop_str(const widget* w, const char* name, const char* fallback);

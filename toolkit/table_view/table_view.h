@@ -4,6 +4,12 @@
 // (ui/NAME.ui, root a QWidget; its height is the row's). Rows are reused as the table scrolls. For what changes
 // with every filling a row has labels with the style class "cell" (toolkit/ravel/layouts.md).
 //
+// Its property "header" names a widget with the columns' captions, in a box of its own above the table. Such a
+// table has rows as wide as their longest content: a cell without a maximum width (the last one) is as wide as the
+// longest text that was seen in it since the table was empty, and what does not fit scrolls sideways, the header
+// with it, by the bar, the wheel with Shift, and Left and Right. Without that property a row is as wide as the
+// view.
+//
 // Whatever asks for a refresh (new rows, another place, another size) asks for one filling of the visible rows. The
 // first one after a quiet time comes with the next turn of the event loop; the next ones keep at least
 // table_rows_pace_ms where rows came or changed, so that however often they do, the table costs the same, and

@@ -81,6 +81,17 @@ class data_stage : public app_test {
     bool wait_received(std::size_t count) {
         return wait([this, count] { return module->traffic_received().size() >= count; });
     }
+    /// Until nothing has come in for a while, and all of it is shown.
+    static bool quiet() {
+        constexpr int64_t quiet_ms = 200;
+        uint64_t seen = 0;
+        int64_t since = time_now_ms();
+        return wait([&] {
+            const uint64_t now = data_page_traffic().counters().bytes_read;
+            if (std::exchange(seen, now) != now) since = time_now_ms();
+            return time_now_ms() - since > quiet_ms && rows() == data_page_traffic().size();
+        });
+    }
     static std::string csv() { return file_text("can_record_data.csv"); }
     static std::string settings() { return file_text("setting.json"); }
     /// Sends by the button and waits until the next may be sent.

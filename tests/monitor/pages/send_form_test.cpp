@@ -130,6 +130,55 @@ TEST_F(send_form_page, a_settings_file_that_cannot_be_read_stops_nothing) {
     EXPECT_EQ(received().front().substr(0, 10), "AC0F040500");
 }
 
+struct settings_file {
+    const char* label;
+    std::string text;
+};
+void PrintTo(const settings_file& one, std::ostream* out) { *out << one.label; }
+
+class bad_settings : public data_stage, public testing::WithParamInterface<settings_file> {};
+INSTANTIATE_TEST_SUITE_P(
+    files, bad_settings,
+    testing::Values(settings_file{"empty", ""}, settings_file{"no_json", "[general]\nfifo_size=7\n"},
+                    settings_file{"an_array", R"(["fifo_size"])"},
+                    settings_file{"cut_short", R"({"fifo_size":"50)"},
+                    settings_file{"ten_megabytes", R"({"a":")" + std::string(10u << 20, 'x') + R"("})"},
+                    settings_file{
+                        "wrong_types",
+                        R"({"fifo_size":{},"combo_box_ex_channel":[],"combo_box_type_1":null,)"
+                        R"("combo_box_type_2":1.5,"combo_box_ex_data_len":true,"combo_box_ex_crc_mode":{},)"
+                        R"("edit_can_id":null,"edit_data":[],"check_button_read_puase":{}})"}),
+    [](const auto& one) { return one.param.label; });
+
+// Read-only and a folder of that name: below, and tests of settings.
+TEST_P(bad_settings, show_the_usual_ones_and_change_none_of_the_rest) {
+    std::ofstream("setting.json", std::ios::binary) << GetParam().text;
+    open_page();
+    EXPECT_EQ(shown("combo_box_ex_channel"), "uart1-can1");
+    EXPECT_EQ(shown("combo_box_type_1"), "标准帧");
+    EXPECT_EQ(shown("combo_box_type_2"), "CAN");
+    EXPECT_EQ(shown("combo_box_ex_data_len"), "8");
+    EXPECT_EQ(shown("edit_can_id"), "1");
+    EXPECT_EQ(shown("edit_data"), "00 11 22 33 44 55 66 77");
+    EXPECT_FALSE(checked("check_button_read_puase"));
+    does("pick ~/combo_box_ex_channel spi1-can2\n");
+    EXPECT_THAT(settings(), HasSubstr("\"combo_box_ex_channel\": \"spi1-can2\""));
+    send();
+    ASSERT_TRUE(wait_received(1));
+    EXPECT_EQ(received().front().substr(0, 10), "AC0F040500");
+}
+
+TEST_F(send_form_page, a_read_only_settings_file_stops_nothing) {
+    std::ofstream("setting.json", std::ios::binary) << R"({"edit_can_id":"7"})";
+    std::filesystem::permissions("setting.json", std::filesystem::perms::owner_read);
+    open_page();
+    EXPECT_EQ(shown("edit_can_id"), "7");
+    does("type ~/edit_can_id 8\nkey Tab\n");
+    send();
+    ASSERT_TRUE(wait_received(1));
+    EXPECT_EQ(received().front().substr(8, 10), "0008000000");
+}
+
 TEST_F(send_form_page, a_protocol_brings_its_lengths_and_keeps_the_chosen_one_if_it_can) {
     open_page();
     does("pick ~/combo_box_ex_data_len 5\npick ~/combo_box_type_2 CANFD\n"
@@ -272,6 +321,32 @@ TEST_F(periodic_page, leaving_ends_it) {
     send();
     ASSERT_TRUE(wait_received(sent + 1));
     EXPECT_EQ(module->traffic_received().size(), sent + 1);
+}
+
+class saved_period : public periodic_page, public testing::WithParamInterface<const char*> {};
+INSTANTIATE_TEST_SUITE_P(texts, saved_period, testing::Values("0", "-5", "soon", ""));
+
+TEST_P(saved_period, of_none_is_the_shortest) {
+    std::ofstream("setting.json", std::ios::binary) << R"({"edit_timer":")" << GetParam() << R"("})";
+    open_page(plain());
+    does(
+        "pick ~/combo_box_ex_crc_mode 不带校验\npick ~/combo_box_ex_data_len 0\nclick ~/check_button_send_timer\n");
+    ASSERT_TRUE(wait_received(10));
+    does("click ~/check_button_send_timer\n"); // the window answers all the while
+    EXPECT_TRUE(usable("button_write"));
+}
+
+TEST_F(periodic_page, a_saved_period_that_is_huge_sends_once_and_can_be_ended) {
+    std::ofstream("setting.json", std::ios::binary) << R"({"edit_timer":"99999999999999999999"})";
+    open_page(plain());
+    does("pick ~/combo_box_ex_crc_mode 不带校验\nclick ~/check_button_send_timer\n");
+    ASSERT_TRUE(wait_received(1));
+    EXPECT_FALSE(usable("button_write"));
+    does("click ~/check_button_send_timer\n");
+    EXPECT_TRUE(usable("button_write"));
+    send();
+    ASSERT_TRUE(wait_received(2));
+    EXPECT_EQ(received().size(), 2u);
 }
 
 TEST_F(periodic_page, numbers_out_of_bounds_cannot_be_typed) {

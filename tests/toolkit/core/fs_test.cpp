@@ -155,6 +155,17 @@ TEST_F(fs_files, opening_for_writing_empties_and_for_appending_does_not) {
     EXPECT_EQ(content("a"), "");
 }
 
+TEST_F(fs_files, the_last_byte_is_seen_before_something_is_appended) {
+    const fs_file_ptr file = open("f", "a+");
+    EXPECT_EQ(fs_file_last_byte(file.get()), -1) << "an empty file has none";
+    EXPECT_EQ(fs_file_write(file.get(), "ab\xFF", 3), 3);
+    EXPECT_EQ(fs_file_last_byte(file.get()), 0xFF);
+    EXPECT_EQ(fs_file_write(file.get(), "c", 1), 1);
+    EXPECT_EQ(fs_file_last_byte(file.get()), 'c');
+    EXPECT_EQ(fs_file_last_byte(nullptr), -1);
+    EXPECT_EQ(fs_file_last_byte(open("g", "wb").get()), -1) << "it cannot be read";
+}
+
 TEST_F(fs_files, a_write_to_a_file_opened_for_reading_fails) {
     ASSERT_EQ(fs_append(path("a").c_str(), "x"), RET_OK);
     fs_file_ptr file = open("a", "rb");

@@ -41,7 +41,9 @@ struct pairing {
     std::vector<const char*> grounds;
 };
 const pairing texts[] = {
-    {"text", {"surface", "card", "select", "hover", "zebra", "error-soft", "line", "bar", "bar-ok", "bar-failed"}},
+    {"text",
+     {"surface", "card", "select", "hover", "zebra", "tx-odd", "tx-even", "error-soft", "line", "bar", "bar-ok",
+      "bar-failed"}},
     {"hint", {"surface", "card", "zebra"}},
     {"accent", {"surface", "card"}},
     {"accent-hover", {"surface", "card", "hover", "select"}},
@@ -49,7 +51,7 @@ const pairing texts[] = {
     {"ok", {"surface", "card", "zebra"}},
     {"warning", {"surface", "card", "zebra"}},
     {"error", {"surface", "card", "zebra", "error-soft"}},
-    {"tx", {"card", "zebra"}},
+    {"tx", {"card", "zebra", "select", "tx-odd", "tx-even"}},
     {"card", {"text"}}, // tooltips
 };
 const pairing marks[] = {
@@ -98,6 +100,32 @@ TEST_P(both_sheets, texts_can_be_read_on_their_grounds) {
 
 TEST_P(both_sheets, edges_and_marks_stand_out) {
     for (const pairing& row : marks) expect_contrast(row, 3);
+}
+
+TEST_P(both_sheets, rows_of_records_have_their_grounds) {
+    struct ground {
+        const char* state;
+        const char* color;
+    };
+    constexpr ground grounds[] = {{"even", "card"},
+                                  {"odd", "zebra"},
+                                  {"even tx", "tx-even"},
+                                  {"odd tx", "tx-odd"},
+                                  {"even chosen", "select"},
+                                  {"odd chosen", "select"},
+                                  {"even tx chosen", "select"},
+                                  {"odd tx chosen", "select"}};
+    open(ui_window(ui_widget("QWidget", "row", "0 0 300 28", ui_dynamic("class", "ground record_row"))));
+    for (const ground& one : grounds) {
+        widget_set_style_state(at("row"), one.state);
+        const QImage seen = picture(at("row"), 0);
+        for (const QPoint spot : {QPoint(0, 0), QPoint(150, 14), QPoint(299, 27)})
+            EXPECT_EQ(seen.pixelColor(spot).name(), style_color(one.color).name()) << one.state;
+    }
+    for (const char* other : {"card", "zebra", "select", "tx-odd"})
+        EXPECT_NE(style_color("tx-even").name(), style_color(other).name());
+    for (const char* other : {"card", "zebra", "select"})
+        EXPECT_NE(style_color("tx-odd").name(), style_color(other).name());
 }
 
 TEST_F(style, items_of_a_list_are_written_in_20_pixels_in_every_state) {

@@ -62,11 +62,15 @@ cell_glyphs::glyph& cell_glyphs::of(QChar character) {
     return at->second;
 }
 
-int cell_glyphs::width(const QString& text) {
+qreal cell_glyphs::exact_width(const QString& text) {
     qreal sum = 0;
     for (const QChar c : text) sum += of(c).advance;
-    return static_cast<int>(std::lround(sum));
+    return sum;
 }
+
+int cell_glyphs::width(const QString& text) { return static_cast<int>(std::lround(exact_width(text))); }
+
+int cell_glyphs::room(const QString& text) { return static_cast<int>(std::ceil(exact_width(text))); }
 
 QString cell_glyphs::cut(const QString& text, int room) {
     const QChar dots(u'…');

@@ -20,6 +20,8 @@ class cell_glyphs {
     static bool can_show(const QString& text);
     /// Width in pixels of a text that it can show.
     int width(const QString& text);
+    /// Pixels that a text needs, to be drawn uncut.
+    int room(const QString& text);
     /// As much of a text as `room` pixels hold; "…" ends one that is cut.
     QString cut(const QString& text, int room);
     /// Draws such a text with its base line at `at`.
@@ -31,6 +33,7 @@ class cell_glyphs {
         qreal advance = 0;
     };
     glyph& of(QChar character);
+    qreal exact_width(const QString& text);
     void make(QChar character, glyph* into) const;
 
     QFont font_;

@@ -2,6 +2,7 @@
 
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/qt/drive_widgets.h"
+#include "toolkit/ravel/qt/widget_class.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
 #include <QApplication>
@@ -118,6 +119,10 @@ QPoint drive_spot(const widget_state* state) {
         const auto* inner = spin->findChild<QLineEdit*>();
         if (inner != nullptr) return inner->geometry().center();
     }
+    if (dynamic_cast<cell_widget*>(w) != nullptr) { // a long one may stand partly outside its table
+        const QRect seen = drive_part_in_view(w);
+        if (!seen.isEmpty()) return seen.center();
+    }
     return w->rect().center();
 }
 
@@ -160,14 +165,21 @@ void drive_release(QWidget* w, const QPoint& at) {
     mouse(w, at, QEvent::MouseButtonRelease, false, Qt::LeftButton);
 }
 
-void drive_wheel(QWidget* w, const QPoint& at, int delta) {
+QRect drive_part_in_view(const QWidget* w) {
+    QRect part = w->rect();
+    for (const QWidget* around = w->parentWidget(); around != nullptr; around = around->parentWidget())
+        part &= around->rect().translated(-w->mapTo(around, QPoint(0, 0)));
+    return part;
+}
+
+void drive_wheel(QWidget* w, const QPoint& at, int delta, bool shift) {
     const QPointer<QWidget> alive(w);
     drive_move(w, at);
     if (alive == nullptr || w->window()->windowHandle() == nullptr) return;
     QWindow* window = w->window()->windowHandle();
     const QPointF local = w->mapTo(w->window(), at);
-    QWheelEvent turn(local, window->mapToGlobal(local), QPoint(), QPoint(0, delta), Qt::NoButton, Qt::NoModifier,
-                     Qt::NoScrollPhase, false);
+    QWheelEvent turn(local, window->mapToGlobal(local), QPoint(), QPoint(0, delta), Qt::NoButton,
+                     shift ? Qt::ShiftModifier : Qt::NoModifier, Qt::NoScrollPhase, false);
     QSpontaneKeyEvent::mark(&turn);
     qApp->notify(window, &turn); // sendEvent would take the mark off again
 }

@@ -22,7 +22,9 @@ void drive_drag(QWidget* w, const QPoint& at);
 void drive_press(QWidget* w, const QPoint& at);
 void drive_release(QWidget* w, const QPoint& at);
 /// `delta` in eighths of a degree, positive away from the user; 120 is one notch of most wheels.
-void drive_wheel(QWidget* w, const QPoint& at, int delta);
+void drive_wheel(QWidget* w, const QPoint& at, int delta, bool shift = false);
+/// What is seen of a widget as far as the widgets around it cut it, in its own pixels.
+QRect drive_part_in_view(const QWidget* w);
 
 /// One stroke of a key, to whatever has the keyboard focus.
 void drive_stroke(const drive_key& key);

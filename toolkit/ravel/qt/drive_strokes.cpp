@@ -212,16 +212,9 @@ drive_strokes key_strokes(const drive_action& a) {
 }
 
 /// The part of a widget that what is around it leaves in view; empty when there is none.
-QRect part_in_view(const QWidget* w) {
-    QRect part = w->rect();
-    for (const QWidget* around = w->parentWidget(); around != nullptr; around = around->parentWidget())
-        part &= around->rect().translated(-w->mapTo(around, QPoint(0, 0)));
-    return part;
-}
-
 drive_strokes wheel_strokes(const drive_action& a) {
     return {stroke_on(a.widget, [delta = a.number](widget_state* state, int64_t) {
-        const QPoint at = part_in_view(state->w).center();
+        const QPoint at = drive_part_in_view(state->w).center();
         const std::string obstacle = drive_obstacle(state, at);
         if (!obstacle.empty()) return bad(obstacle);
         drive_wheel(state->w, at, delta);

@@ -158,21 +158,30 @@ void cell_widget::changeEvent(QEvent* event) {
     QLabel::changeEvent(event);
 }
 
+cell_glyphs& cell_widget::glyphs() const {
+    if (glyphs_ == nullptr || scale_ != devicePixelRatioF()) {
+        scale_ = devicePixelRatioF();
+        glyphs_ = &cell_glyphs_of(font(), palette().color(foregroundRole()), scale_);
+    }
+    return *glyphs_;
+}
+
+int cell_widget::text_width() const {
+    const QString text = shown();
+    const int own = cell_glyphs::can_show(text) ? glyphs().room(text) : fontMetrics().horizontalAdvance(text);
+    return own + width() - contentsRect().width();
+}
+
 void cell_widget::paintEvent(QPaintEvent*) {
     const QString text = shown();
     if (text.isEmpty()) return;
-    const QColor ink = palette().color(foregroundRole());
-    if (glyphs_ == nullptr || scale_ != devicePixelRatioF()) {
-        scale_ = devicePixelRatioF();
-        glyphs_ = &cell_glyphs_of(font(), ink, scale_);
-    }
     const bool pictures = cell_glyphs::can_show(text);
     const QFontMetrics metrics = fontMetrics();
     const Qt::Alignment place = QStyle::visualAlignment(layoutDirection(), alignment());
     QPoint at = contentsRect().topLeft() + QPoint(0, metrics.ascent());
     if ((place & (Qt::AlignRight | Qt::AlignHCenter)) != 0) {
         const int spare = std::max(0, contentsRect().width() -
-                                          (pictures ? glyphs_->width(text) : metrics.horizontalAdvance(text)));
+                                          (pictures ? glyphs().width(text) : metrics.horizontalAdvance(text)));
         at.rx() += (place & Qt::AlignRight) != 0 ? spare : spare / 2;
     }
     if ((place & (Qt::AlignBottom | Qt::AlignVCenter)) != 0) {
@@ -180,8 +189,8 @@ void cell_widget::paintEvent(QPaintEvent*) {
         at.ry() += (place & Qt::AlignBottom) != 0 ? spare : spare / 2;
     }
     QPainter painter(this);
-    if (pictures) return glyphs_->draw(&painter, at, glyphs_->cut(text, contentsRect().width()));
-    painter.setPen(ink);
+    if (pictures) return glyphs().draw(&painter, at, glyphs().cut(text, contentsRect().width()));
+    painter.setPen(palette().color(foregroundRole()));
     painter.drawText(at, text);
 }
 

@@ -121,6 +121,8 @@ class cell_widget final : public QLabel {
     /// What show_text was given last; before, the layout's text.
     QString shown() const { return shown_.isNull() ? text() : shown_; }
     void show_text(const QString& text);
+    /// Pixels that its text needs, to be seen uncut.
+    int text_width() const;
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
@@ -129,9 +131,11 @@ class cell_widget final : public QLabel {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    class cell_glyphs& glyphs() const;
+
     QString shown_;
-    class cell_glyphs* glyphs_ = nullptr; ///< of its font and colour; null: to be looked up
-    qreal scale_ = 0;
+    mutable cell_glyphs* glyphs_ = nullptr; ///< of its font and colour; null: to be looked up
+    mutable qreal scale_ = 0;
 };
 
 /// Read-only text in monospace that wraps at blanks.

@@ -1,5 +1,6 @@
 // Showing, enabling, focus, marks, and properties by name.
 #include "toolkit/ravel/qt/detail.h"
+#include "toolkit/ravel/qt/widget_class.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
 #include <QApplication>
@@ -24,6 +25,12 @@ QPoint place_in_window(const QWidget* w) {
     return native_window() == nullptr ? QPoint() : w->mapTo(native_window(), QPoint(0, 0));
 }
 
+int text_width(const QWidget* w) {
+    if (const auto* cell = dynamic_cast<const cell_widget*>(w)) return cell->text_width();
+    const auto* label = dynamic_cast<const QLabel*>(w);
+    return label == nullptr ? 0 : label->sizeHint().width();
+}
+
 struct place_property {
     const char* name;
     int (*get)(const QWidget*);
@@ -36,6 +43,7 @@ constexpr place_property place_properties[] = {
     {"h", [](const QWidget* w) { return w->height(); }, [](QWidget* w, int v) { w->resize(w->width(), v); }},
     {"window_x", [](const QWidget* w) { return place_in_window(w).x(); }, nullptr},
     {"window_y", [](const QWidget* w) { return place_in_window(w).y(); }, nullptr},
+    {"text_w", text_width, nullptr},
 };
 
 /// A property as a variant; invalid when there is none.

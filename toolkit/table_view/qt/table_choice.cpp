@@ -48,6 +48,8 @@ void table_widget::move_to(int64_t row, bool growing) {
 }
 
 void table_widget::keyPressEvent(QKeyEvent* what) {
+    if (what->key() == Qt::Key_Left && turn_aside(-side_step)) return;
+    if (what->key() == Qt::Key_Right && turn_aside(side_step)) return;
     if (choice_ == table_choice::none) return QAbstractScrollArea::keyPressEvent(what);
     if (what->matches(QKeySequence::Copy) && copy && anchor_ >= 0) {
         copy(*chosen());

@@ -17,7 +17,6 @@ constexpr uint32_t rows_max = std::numeric_limits<int>::max() - 1;
 } // namespace
 
 table_widget::table_widget(QWidget* parent) : QAbstractScrollArea(parent), row_height_(fallback_row_height) {
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     asked_.setSingleShot(true);
     asked_.setTimerType(Qt::PreciseTimer);
     QObject::connect(&asked_, &QTimer::timeout, this, [this] { fill(); });
@@ -32,6 +31,7 @@ void table_widget::ask(int pace_ms) {
 
 void table_widget::set_rows(uint32_t count) {
     count_ = std::min(count, rows_max);
+    if (count_ == 0) wide_ = 0;
     first_ = first_row();
     cut_choice();
     move_bar();
@@ -89,6 +89,9 @@ bool table_widget::fill() {
     while (pool_.size() < shown && add_row(first + static_cast<uint32_t>(pool_.size()))) {
     }
     for (std::size_t i = 0; i < pool_.size(); ++i) fill_row(i, first, shown);
+    move_side_bar();
+    place_rows();
+    for (const row_widget& row : pool_) row.state->w->setVisible(row.index >= 0);
     filling_ = false;
     return true;
 }
@@ -101,24 +104,20 @@ bool table_widget::add_row(uint32_t index) {
         return false;
     }
     row_height_ = row->w->minimumHeight() > 0 ? row->w->minimumHeight() : fallback_row_height;
-    pool_.push_back({row, -1});
+    pool_.push_back({row, -1, {}});
+    if (header() != nullptr)
+        for (const auto* cell : row->w->findChildren<cell_widget*>())
+            if (cell->maximumWidth() == QWIDGETSIZE_MAX) pool_.back().cells.push_back(cell);
     if (create) create(index, handle_of(row));
     return true;
 }
 
 void table_widget::fill_row(std::size_t position, uint32_t first, uint32_t shown) {
     row_widget& row = pool_[position];
-    QWidget* w = row.state->w;
-    if (position >= shown) {
-        row.index = -1;
-        w->hide();
-        return;
-    }
-    row.index = int64_t{first} + static_cast<int64_t>(position);
-    const QRect place(0, static_cast<int>(position) * row_height_, viewport()->width(), row_height_);
-    if (w->geometry() != place) w->setGeometry(place);
+    row.index = position < shown ? int64_t{first} + static_cast<int64_t>(position) : -1;
+    if (row.index < 0) return;
     if (load) load(first + static_cast<uint32_t>(position), handle_of(row.state));
-    w->show();
+    measure(row);
 }
 
 int64_t table_widget::index_of(const widget_state* row) const {
@@ -130,8 +129,9 @@ int64_t table_widget::index_of(const widget_state* row) const {
 void table_widget::resizeEvent(QResizeEvent*) { ask(); }
 void table_widget::showEvent(QShowEvent*) { ask(); }
 
-void table_widget::scrollContentsBy(int, int) {
-    if (moving_bar_) return;
+void table_widget::scrollContentsBy(int dx, int dy) {
+    if (dx != 0) place_rows();
+    if (moving_bar_ || dy == 0) return;
     first_ = static_cast<uint32_t>(verticalScrollBar()->value());
     ask();
 }

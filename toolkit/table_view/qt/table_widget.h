@@ -2,11 +2,16 @@
 #pragma once
 
 #include "toolkit/ravel/qt/detail.h"
+#include "toolkit/ravel/qt/widget_class.h"
 #include "toolkit/table_view/table_view.h"
 
 #include <QAbstractScrollArea>
 #include <QElapsedTimer>
+#include <QPointer>
 #include <QTimer>
+
+/// Pixels that a key or a notch of the wheel moves a table sideways.
+constexpr int side_step = 64;
 
 class table_widget final : public QAbstractScrollArea {
   public:
@@ -35,6 +40,7 @@ class table_widget final : public QAbstractScrollArea {
     void resizeEvent(QResizeEvent* what) override;
     void showEvent(QShowEvent* what) override;
     void scrollContentsBy(int dx, int dy) override;
+    void wheelEvent(QWheelEvent* what) override;
     void keyPressEvent(QKeyEvent* what) override;
     void mousePressEvent(QMouseEvent* what) override;
     void mouseMoveEvent(QMouseEvent* what) override;
@@ -45,12 +51,19 @@ class table_widget final : public QAbstractScrollArea {
   private:
     struct row_widget {
         widget_state* state;
-        int64_t index; ///< -1: kept for later, hidden
+        int64_t index;                         ///< -1: kept for later, hidden
+        std::vector<const cell_widget*> cells; ///< as wide as their texts
     };
     void ask(int pace_ms = table_fill_pace_ms);
     void move_bar();
     bool add_row(uint32_t index);
     void fill_row(std::size_t position, uint32_t first, uint32_t shown);
+    QWidget* header();
+    void measure(const row_widget& row);
+    int row_width() const;
+    void move_side_bar();
+    void place_rows();
+    bool turn_aside(int pixels);
     int visible_rows() const;
     int whole_rows() const;
     void cut_choice();
@@ -68,6 +81,8 @@ class table_widget final : public QAbstractScrollArea {
     uint32_t came_ = 0;  ///< rows inserted above since the last filling: what shows has lower indexes by so many
     uint32_t first_ = 0; ///< where the next filling begins, as far as there are rows below
     int row_height_;
+    QPointer<QWidget> header_; ///< null until it is looked for, or when there is none
+    int wide_ = 0;             ///< pixels of the widest row that was seen since the table was empty
     bool filling_ = false;
     bool moving_bar_ = false; ///< by the program: nothing is asked for
 };
