@@ -36,6 +36,18 @@ TEST_F(running, ends_when_the_main_window_is_closed) {
     EXPECT_EQ(tk_exit_status(), 0);
 }
 
+TEST_F(running, shows_the_window_without_anything_in_it_too) {
+    EXPECT_FALSE(native_window()->isVisible());
+    bool seen = false;
+    later([&seen] {
+        seen = native_window()->isVisible();
+        tk_quit(0);
+    });
+    EXPECT_EQ(tk_run(), RET_OK);
+    EXPECT_TRUE(seen);
+    EXPECT_FALSE(native_window()->isVisible()) << "gone with the loop";
+}
+
 TEST_F(running, ends_with_a_status) {
     open(ui_window(""), "home");
     later([] { tk_quit(3); });
