@@ -414,6 +414,16 @@ TEST_F(Drive, WaitWaits) {
     good("wait under text changed 5000\nexpect under contains ang\n");
 }
 
+TEST_F(Drive, NothingIsPlayedOrWaitedForWithoutWhatItTakes) {
+    EXPECT_FALSE(drive_wait({}, 1));
+    EXPECT_EQ(drive_play("close\n", {[](const std::string&) {}, {}}), RET_BAD_PARAMS);
+    EXPECT_EQ(drive_play("close\n", {{}, [](bool) {}}), RET_BAD_PARAMS);
+    EXPECT_EQ(tk_drive(nullptr), RET_BAD_PARAMS);
+    EXPECT_EQ(drive_paint(nullptr), RET_BAD_PARAMS);
+    EXPECT_TRUE(drive_wait([] { return true; }, 0)) << "no time needed";
+    EXPECT_FALSE(drive_wait([] { return false; }, 1));
+}
+
 TEST_F(Drive, WaitGivesUp) {
     EXPECT_THAT(bad("wait under text changed 60"), HasSubstr("expected text \"changed\", found \"under\""));
 }
