@@ -545,15 +545,137 @@ TEST_F(placing, a_form_has_labels_fields_and_whole_rows) {
 }
 
 TEST_F(placing, size_policies_hold) {
-    const auto policy = [](const char* across, int stretch) {
-        return tk_format("<property name=\"sizePolicy\"><sizepolicy hsizetype=\"%s\" vsizetype=\"Preferred\">"
-                         "<horstretch>%d</horstretch><verstretch>0</verstretch></sizepolicy></property>",
-                         across, stretch);
+    const auto policy = [](const char* across, const char* down, int stretch_across, int stretch_down) {
+        return tk_format("<property name=\"sizePolicy\"><sizepolicy hsizetype=\"%s\" vsizetype=\"%s\">"
+                         "<horstretch>%d</horstretch><verstretch>%d</verstretch></sizepolicy></property>",
+                         across, down, stretch_across, stretch_down);
     };
-    in_box("<layout class=\"QHBoxLayout\">" + tight() + item(ui_widget("QFrame", "a", "", policy("Expanding", 1))) +
-           item(ui_widget("QFrame", "b", "", policy("Expanding", 4))) + "</layout>");
+    const auto pair = [&](const char* box, const std::string& first, const std::string& second) {
+        in_box("<layout class=\"" + std::string(box) + "\">" + tight() +
+               item(ui_widget("QPushButton", "a", "", size("minimumSize", 20, 20) + first)) +
+               item(ui_widget("QPushButton", "b", "", size("minimumSize", 20, 20) + second)) + "</layout>");
+    };
+    pair("QHBoxLayout", policy("Expanding", "Expanding", 1, 0), policy("Expanding", "Expanding", 4, 0));
     EXPECT_EQ(place("a"), "0 0 60 200");
     EXPECT_EQ(place("b"), "60 0 240 200");
+    pair("QVBoxLayout", policy("Expanding", "Expanding", 0, 3), policy("Expanding", "Expanding", 0, 1));
+    EXPECT_EQ(place("a"), "0 0 300 150");
+    EXPECT_EQ(place("b"), "0 150 300 50");
+    pair("QHBoxLayout", policy("Ignored", "Expanding", 0, 0), policy("Fixed", "Expanding", 0, 0));
+    const int own = widget_get_prop_int(at("b"), "w", -1);
+    EXPECT_LT(own, 150);
+    EXPECT_EQ(widget_get_prop_int(at("a"), "w", -1), 300 - own);
+    pair("QVBoxLayout", policy("Expanding", "Fixed", 0, 0), policy("Expanding", "Ignored", 0, 0));
+    EXPECT_LT(widget_get_prop_int(at("a"), "h", -1), 100);
+    EXPECT_EQ(widget_get_prop_int(at("b"), "h", -1), 200 - widget_get_prop_int(at("a"), "h", -1));
+}
+
+struct settable {
+    const char* name;
+    const char* ui_class;
+    const char* kind;
+    const char* value;
+};
+const settable settables[] = {
+    {"accessibleName", "QLabel", "string", "x"},
+    {"alignment", "QLabel", "set", "Qt::AlignRight|Qt::AlignTop"},
+    {"autoDefault", "QPushButton", "bool", "true"},
+    {"autoExclusive", "QPushButton", "bool", "true"},
+    {"buttonSymbols", "QSpinBox", "enum", "QAbstractSpinBox::NoButtons"},
+    {"checkable", "QPushButton", "bool", "true"},
+    {"checked", "QCheckBox", "bool", "true"},
+    {"default", "QPushButton", "bool", "true"},
+    {"editable", "QComboBox", "bool", "true"},
+    {"enabled", "QLabel", "bool", "false"},
+    {"flat", "QPushButton", "bool", "true"},
+    {"focusPolicy", "QLabel", "enum", "Qt::ClickFocus"},
+    {"frameShadow", "QFrame", "enum", "QFrame::Sunken"},
+    {"frameShape", "QFrame", "enum", "QFrame::VLine"},
+    {"horizontalScrollBarPolicy", "QScrollArea", "enum", "Qt::ScrollBarAlwaysOn"},
+    {"iconSize", "QPushButton", "size", "<width>7</width><height>9</height>"},
+    {"indent", "QLabel", "number", "5"},
+    {"invertedAppearance", "QScrollBar", "bool", "true"},
+    {"layoutDirection", "QLabel", "enum", "Qt::RightToLeft"},
+    {"lineWrapMode", "QPlainTextEdit", "enum", "QPlainTextEdit::NoWrap"},
+    {"margin", "QLabel", "number", "5"},
+    {"maxLength", "QLineEdit", "number", "5"},
+    {"maxVisibleItems", "QComboBox", "number", "5"},
+    {"maximum", "QSpinBox", "number", "5"},
+    {"maximumSize", "QLabel", "size", "<width>7</width><height>9</height>"},
+    {"minimum", "QSpinBox", "number", "5"},
+    {"minimumSize", "QLabel", "size", "<width>7</width><height>9</height>"},
+    {"openExternalLinks", "QLabel", "bool", "true"},
+    {"orientation", "QScrollBar", "enum", "Qt::Horizontal"},
+    {"pageStep", "QScrollBar", "number", "5"},
+    {"placeholderText", "QLineEdit", "string", "x"},
+    {"plainText", "QPlainTextEdit", "string", "x"},
+    {"prefix", "QSpinBox", "string", "x"},
+    {"readOnly", "QLineEdit", "bool", "true"},
+    {"shortcut", "QPushButton", "string", "Ctrl+B"},
+    {"singleStep", "QSpinBox", "number", "5"},
+    {"sizeAdjustPolicy", "QComboBox", "enum", "QComboBox::AdjustToContents"},
+    {"suffix", "QSpinBox", "string", "x"},
+    {"tabChangesFocus", "QPlainTextEdit", "bool", "false"},
+    {"text", "QLabel", "string", "x"},
+    {"textFormat", "QLabel", "enum", "Qt::PlainText"},
+    {"textInteractionFlags", "QLabel", "set", "Qt::TextSelectableByMouse"},
+    {"textVisible", "QProgressBar", "bool", "false"},
+    {"toolTip", "QLabel", "string", "x"},
+    {"undoRedoEnabled", "QPlainTextEdit", "bool", "true"},
+    {"value", "QSpinBox", "number", "5"},
+    {"verticalScrollBarPolicy", "QScrollArea", "enum", "Qt::ScrollBarAlwaysOn"},
+    {"visible", "QLabel", "bool", "false"},
+    {"widgetResizable", "QScrollArea", "bool", "false"},
+    {"windowTitle", "QLabel", "string", "x"},
+    {"wordWrap", "QLabel", "bool", "true"},
+    {"wrapping", "QSpinBox", "bool", "true"},
+};
+
+TEST_F(layouts, every_property_that_one_may_set_is_set) {
+    for (const settable& row : settables) {
+        const std::string property =
+            tk_format("<property name=\"%s\"><%s>%s</%s></property>", row.name, row.kind, row.value, row.kind);
+        open(ui_window(ui_widget(row.ui_class, "without", "0 0 9 9") +
+                       ui_widget(row.ui_class, "with", "0 0 9 9", property)));
+        ASSERT_NE(win, nullptr) << row.name;
+        const QVariant value = qwidget_of(at("with"))->property(row.name);
+        ASSERT_TRUE(value.isValid()) << row.name;
+        EXPECT_NE(value, qwidget_of(at("without"))->property(row.name)) << row.name;
+        window_manager_close_window_force(window_manager(), win);
+        settle();
+    }
+}
+
+TEST_F(layouts, what_the_designer_adds_beside_the_widget_is_passed_over) {
+    write_layout("win",
+                 "<ui version=\"4.0\"><class>t</class><author>a</author><comment>c</comment>"
+                 "<exportmacro>e</exportmacro><layoutdefault spacing=\"6\"/><customwidgets><x/></customwidgets>" +
+                     ui_widget("QWidget", "root", "0 0 9 9") + "<tabstops/><resources/><connections/></ui>");
+    EXPECT_NE(window_open("win"), nullptr) << window_open_error();
+}
+
+TEST_F(layouts, elements_and_includes_go_as_deep_as_they_may) {
+    const auto nested = [](int depth) { // the root is one, its widget the second
+        std::string inside;
+        for (int i = 0; i < depth; ++i)
+            inside = "<widget class=\"QWidget\" name=\"w" + std::to_string(i) + "\">" + inside + "</widget>";
+        return "<ui>" + inside + "</ui>";
+    };
+    write_layout("deep", nested(100));
+    EXPECT_NE(window_open("deep"), nullptr) << window_open_error();
+    write_layout("deeper", nested(101));
+    EXPECT_EQ(window_open("deeper"), nullptr);
+    EXPECT_THAT(window_open_error(), HasSubstr("nested too deeply"));
+    for (int level = 0; level < 9; ++level)
+        write_layout("level" + std::to_string(level),
+                     ui_window(ui_widget("QWidget", "in" + std::to_string(level), "0 0 9 9",
+                                         ui_dynamic("include", "level" + std::to_string(level + 1)))));
+    write_layout("level9", ui_window(ui_widget("QLabel", "last", "0 0 9 9")));
+    widget* just = window_open("level1");
+    ASSERT_NE(just, nullptr) << window_open_error();
+    EXPECT_NE(widget_lookup(just, "last"), nullptr);
+    EXPECT_EQ(window_open("level0"), nullptr);
+    EXPECT_THAT(window_open_error(), EndsWith("level9.ui:0: includes itself, or includes go too deep"));
 }
 
 TEST_F(layouts, tab_key_follows_the_tab_stops) {

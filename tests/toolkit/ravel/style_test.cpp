@@ -523,6 +523,8 @@ TEST_F(style, a_palette_with_light_text_is_dark) {
     palette.setColor(QPalette::Window, QColor("#202020"));
     palette.setColor(QPalette::WindowText, Qt::white);
     EXPECT_TRUE(palette_is_dark(palette));
+    palette.setColor(QPalette::Window, Qt::white);
+    EXPECT_FALSE(palette_is_dark(palette)) << "one that says nothing";
     // The system's, whatever the program has chosen for itself.
     theme_set_dark(true);
     EXPECT_FALSE(system_info_is_dark()) << "the platform of the tests is light";
