@@ -258,6 +258,14 @@ TEST_F(Drive, TypesReplacesAndAppends) {
     EXPECT_THAT(events_, ElementsAre("edit", "edit"));
 }
 
+TEST_F(Drive, TypingLetsGoOfTheButtonThatItClickedWith) {
+    for (const event_type type : {event_type::pointer_down, event_type::pointer_up})
+        widget_on(get("edit"), type,
+                  [this, type](const event&) { return hear(type == event_type::pointer_down ? "down" : "up"); });
+    good("type edit a\nappend edit b\n");
+    EXPECT_THAT(events_, ElementsAre("down", "up", "down", "up"));
+}
+
 TEST_F(Drive, TypesIntoASpinBox) {
     good("type spin 42\nexpect spin value 42\nkey Up\nexpect spin value 43\nwheel spin -120\nexpect spin value "
          "42\n");

@@ -378,6 +378,13 @@ TEST_F(layouts, those_of_the_program_are_all_sound) {
     EXPECT_EQ(said, "");
 }
 
+TEST_F(layouts, a_dialog_cannot_be_included) {
+    write_layout("part", ui_dialog(""));
+    write_layout("bad", ui_window(ui_widget("QWidget", "outer", "0 0 9 9", ui_dynamic("include", "part"))));
+    EXPECT_EQ(window_open("bad"), nullptr);
+    EXPECT_THAT(window_open_error(), EndsWith("/ui/part.ui:3: the root of an included layout must be a QWidget"));
+}
+
 TEST_F(layouts, include_renames_twins) {
     write_layout("channel",
                  ui_window(ui_widget("QLineEdit", "edit_ch1", "1 2 30 20") +
