@@ -1,6 +1,7 @@
 // Start, main loop, end: each test has the toolkit to itself.
 #include "tests/toolkit/ravel/stage.h"
 
+#include "toolkit/ravel/drive.h"
 #include "toolkit/ravel/qt/assets.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
@@ -186,6 +187,25 @@ TEST_F(running, starts_again_after_its_end_and_holds_the_size_to_its_bounds) {
     EXPECT_EQ(native_window()->windowTitle(), "again");
     EXPECT_EQ(system_info_get_app_type(), app_type::simulator);
     EXPECT_EQ(tk_ext_widgets_init(), RET_OK);
+}
+
+TEST_F(running, before_its_start_and_after_its_end_nothing_is_done) {
+    tk_exit();
+    EXPECT_FALSE(system_info_is_dark());
+    EXPECT_EQ(theme_set_dark(true), RET_BAD_PARAMS);
+    EXPECT_FALSE(theme_is_dark());
+    EXPECT_EQ(assets_manager_preload_style(), RET_BAD_PARAMS);
+    EXPECT_EQ(system_info_set_default_font("default"), RET_BAD_PARAMS);
+    EXPECT_EQ(clip_board_set_text("x"), RET_BAD_PARAMS);
+    EXPECT_EQ(clip_board_get_text(), "");
+    EXPECT_EQ(tk_run(), RET_FAIL);
+    EXPECT_EQ(tk_ext_widgets_init(), RET_FAIL);
+    EXPECT_EQ(window_manager_back(window_manager()), RET_BAD_PARAMS);
+    EXPECT_EQ(drive_play("close", {[](const std::string&) {}, [](bool) {}}), RET_BAD_PARAMS);
+    EXPECT_FALSE(drive_wait([] { return true; }, 0));
+    EXPECT_EQ(drive_window_size(640, 480), RET_FAIL);
+    idle_restart();
+    ASSERT_EQ(tk_init(800, 600, app_type::desktop, "again", (layout_folder() + "../..").c_str()), RET_OK);
 }
 
 TEST_F(running, themes_fonts_and_strings) {
