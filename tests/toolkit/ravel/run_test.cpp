@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <thread>
 
 using testing::ElementsAre;
@@ -253,6 +254,25 @@ TEST_F(running, cursor_is_the_arrow_when_the_theme_has_none) {
 }
 
 #ifndef NDEBUG
+TEST(system_look, is_that_of_the_system_whatever_the_program_looks_like) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe"; // what is known of the system is known once a process
+    const auto dark_one = [] {
+        tk_pre_init();
+        int count = 1;
+        char name[] = "dark";
+        char* arguments[] = {name, nullptr};
+        QApplication application(count, arguments);
+        QPalette palette;
+        palette.setColor(QPalette::Window, QColor("#202020"));
+        palette.setColor(QPalette::WindowText, Qt::white);
+        QApplication::setPalette(palette);
+        const bool before = system_info_is_dark();
+        QApplication::setPalette(QPalette(Qt::white));
+        std::_Exit(before && system_info_is_dark() ? 0 : 1);
+    };
+    EXPECT_EXIT(dark_one(), testing::ExitedWithCode(0), "");
+}
+
 TEST(wrong_thread, a_widget_function_called_there_aborts) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     const auto call = [] {
