@@ -209,8 +209,18 @@ TEST_F(Drive, AGoodScriptEndsWithStatus0) {
 TEST_F(Drive, LinesThatWereNotPlayedAreAFailure) {
     write("cut.drive", "click button\nwait button text never 60000\nclose\n");
     ASSERT_EQ(tk_drive(path("cut.drive").c_str()), RET_OK);
-    QTimer::singleShot(400, [] { QCoreApplication::exit(0); });
+    std::string said;
+    log_set_capture(
+        [](const std::string& line, void* to) {
+            *static_cast<std::string*>(to) += line;
+            if (line.starts_with("ok   1 ")) QTimer::singleShot(0, [] { QCoreApplication::exit(0); });
+        },
+        &said);
     tk_run();
+    log_set_capture(nullptr, nullptr);
+    EXPECT_THAT(said,
+                testing::EndsWith("ok   1 click button\nFAIL 2 wait button text never 60000: the program ended "
+                                  "before this line was played\n"));
     EXPECT_EQ(tk_exit_status(), 3);
 }
 
