@@ -21,12 +21,16 @@ bool same_number(std::string_view text, std::span<const uint8_t> bytes) {
 }
 
 /// Marks a text that is not the number which is sent for it.
+ret_t mark_unlike(const bound_row& at, const std::string& text, std::span<const uint8_t> sent, const char* why) {
+    if (same_number(text, sent)) return widget_set_refused(at.w, nullptr);
+    return widget_set_refused(at.w, (why + ("：发送的是 " + hex_pairs_from_bytes(sent))).c_str());
+}
+
 ret_t mark_text(const bound_row& at) {
     const std::string text = widget_get_text_utf8(at.w);
     std::vector<uint8_t> sent(at.what().place.bytes());
     hex_pairs_to_bytes(text, sent);
-    if (same_number(text, sent)) return widget_set_refused(at.w, nullptr);
-    return widget_set_refused(at.w, ("不是十六进制数：发送的是 " + hex_pairs_from_bytes(sent)).c_str());
+    return mark_unlike(at, text, sent, "不是十六进制数");
 }
 
 void fill_text(const bound_row& at) {
@@ -43,9 +47,11 @@ ret_t show_image_digits(const bound_row& at) {
 ret_t leave_text(const bound_row& at) {
     const std::string typed = widget_get_text_utf8(at.w);
     const std::string formed = hex_edit_form(typed);
-    if (formed != typed) widget_set_text_utf8(at.w, formed.c_str());
+    // Formed already it is taken for the one that was shown, and not stored.
+    if (formed == typed) return mark_unlike(at, typed, row_image_bytes(at), "未采用");
+    widget_set_text_utf8(at.w, formed.c_str());
     mark_text(at);
-    return formed == typed ? RET_OK : row_store_text(at, formed); // formed already: nothing new
+    return row_store_text(at, formed);
 }
 
 ret_t change_pair(const bound_row& at) {

@@ -53,10 +53,23 @@ TEST(command_line_options, width_height_and_console) {
 }
 
 TEST(command_line_options, what_is_absent_keeps_its_default) {
-    const auto options = command_line_options_of({"ravel.exe", "1024"});
-    EXPECT_EQ(options.width, 1024);
-    EXPECT_EQ(options.height, 750);
-    EXPECT_FALSE(options.console);
+    const struct {
+        std::vector<std::string> arguments;
+        int width, height;
+        bool console;
+    } rows[] = {
+        {{}, 1280, 750, false},
+        {{"ravel.exe"}, 1280, 750, false},
+        {{"ravel.exe", "1024"}, 1024, 750, false},
+        {{"ravel.exe", "1024", "600"}, 1024, 600, false},
+        {{"ravel.exe", "1024", "600", "true"}, 1024, 600, true},
+    };
+    for (const auto& row : rows) {
+        const auto options = command_line_options_of(row.arguments);
+        EXPECT_EQ(options.width, row.width) << row.arguments.size();
+        EXPECT_EQ(options.height, row.height) << row.arguments.size();
+        EXPECT_EQ(options.console, row.console) << row.arguments.size();
+    }
 }
 
 TEST(command_line_options, text_that_is_no_number_is_zero) {

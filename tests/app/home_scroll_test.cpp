@@ -32,6 +32,8 @@ TEST_F(home_scroll, at_the_default_size_nothing_scrolls) {
     EXPECT_EQ(prop("view1", "w"), 1280);
     EXPECT_FALSE(visible("scroll_bar_d_home"));
     EXPECT_FALSE(visible("scroll_bar_d_home_c"));
+    for (const char* bar : {"scroll_bar_d_home", "scroll_bar_d_home_c"})
+        EXPECT_EQ(widget_get_value_int(at(bar)), 0) << bar;
     EXPECT_EQ(x(), 0);
     EXPECT_EQ(y(), 0);
 }

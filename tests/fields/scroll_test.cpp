@@ -81,6 +81,32 @@ TEST_P(can_scrolling, the_wheel_goes_on_from_the_pages_own_position) {
     EXPECT_EQ(offset(), 36);
 }
 
+TEST_P(can_scrolling, the_position_starts_anew_when_nothing_overflows_for_a_while) {
+    for (int i = 0; i < 3; i++) wheel(-120);
+    EXPECT_EQ(widget_get_value_int(bar), 300);
+    scroll_view_set_virtual_h(view, 0);
+    toolkit_stage_settle();
+    EXPECT_FALSE(widget_get_visible(bar));
+    EXPECT_EQ(widget_get_value_int(bar), 0);
+    scroll_view_set_virtual_h(view, 3000);
+    toolkit_stage_settle();
+    EXPECT_TRUE(widget_get_visible(bar));
+    EXPECT_EQ(widget_get_value_int(bar), 0);
+    EXPECT_EQ(offset(), 0) << "where the bar is";
+    wheel(-120);
+    EXPECT_EQ(widget_get_value_int(bar), 100) << "one notch from the top";
+    EXPECT_EQ(offset(), 36);
+}
+
+TEST_P(can_scrolling, a_bar_that_was_turned_back_to_the_top_leaves_the_pages_own_position) {
+    for (int i = 0; i < 2; i++) wheel(-120);
+    for (int i = 0; i < 10; i++) does("wheel @/" + std::string(GetParam().bar) + " 120\n");
+    EXPECT_EQ(widget_get_value_int(bar), 0);
+    wheel(-120);
+    EXPECT_EQ(widget_get_value_int(bar), 300);
+    EXPECT_EQ(offset(), 109); // 109.8
+}
+
 INSTANTIATE_TEST_SUITE_P(both, can_scrolling, testing::ValuesIn(scroll_cases),
                          [](const auto& one) { return std::string(one.param.page); });
 

@@ -15,6 +15,7 @@
 #   #! on "TEXT" COMMAND   vkt_sim command, given when the program first prints TEXT (which it must do)
 #   #! status N            the program's exit status (0)
 #   #! prints TEXT         the program must print TEXT
+#   #! complains TEXT      the same, on its output and on its errors
 #   #! module TEXT         a line of vkt_sim's report must be TEXT
 #   #! received HEX        a CAN frame that the modules received ("AA 05 ..."); all of them, in order, if any is given
 #   #! after COMMAND       shell command, run in the tree's bin/ when the program has ended; it must succeed
@@ -192,6 +193,11 @@ expected=$(directive status)
 while IFS= read -r text; do
     cat "$tree/output.txt" "$tree/errors.txt" | grep -qF -- "$text" || problem "the program did not print: $text"
 done < <(directive prints)
+while IFS= read -r text; do
+    for stream in output errors; do
+        grep -qF -- "$text" "$tree/$stream.txt" || problem "not among the program's $stream: $text"
+    done
+done < <(directive complains)
 printed=$(wc -l <"$tree/output.txt")
 followed=$(cat "$tree/followed.txt" 2>/dev/null)
 [ "${followed:-0}" = "$printed" ] || problem "${followed:-0} of $printed printed lines were followed"

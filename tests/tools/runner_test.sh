@@ -17,6 +17,7 @@ echo "ok   1 click first"
 [ ! -p "$FAKE_GIVEN" ] || read -r command <"$FAKE_GIVEN"
 echo "got ${command:-nothing}"
 printf "last"
+echo "window up" >&2
 END
 # The modules hand each command on, and report when they are ended.
 cat >"$work/stage/bin/vkt_sim" <<'END'
@@ -53,6 +54,9 @@ order='#! on "ok   1 click" plug COM7'
 for stage in stage wine; do
     expect 0 "got nothing" $stage "#! prints window up" "#! prints last"
     expect 1 "the program did not print: window down" $stage "#! prints window down"
+    expect 0 "got nothing" $stage "#! complains window up"
+    expect 1 "not among the program's errors: got nothing" $stage "#! complains got nothing"
+    expect 1 "not among the program's output: window down" $stage "#! complains window down"
     expect 1 "status 0, expected 3" $stage "#! status 3"
     mkfifo "$FAKE_GIVEN"
     expect 0 "got plug COM7" $stage "$sim" "$order" "#! module handshakes=1" "#! prints got plug COM7"

@@ -501,24 +501,36 @@ TEST_F(vkt510a_page, frame_edits_name_what_failed) {
 }
 
 TEST_F(vkt510a_page, edits_that_are_gone_name_what_failed) {
-    const struct {
+    struct lost_case {
         const char* page;
-        const char* edit;
+        std::set<std::string> edits;
         event_type what;
         const char* message;
-    } rows[] = {
-        {"page_vkt510a_can", "edit_send_vkt510a", event_type::value_changing, "get changing failed!"},
-        {"page_vkt510a_change", "edit_vkt510a", event_type::value_changing, "get f_vchanging failed!"},
-        {"page_vkt510a_change", "edit1_vkt510a", event_type::blur, "get f_vblur failed!"},
-        {"page_vkt510a_change", "edit1_vkt510a", event_type::focus, "set f_vfocus failed!"},
     };
-    for (const auto& row : rows)
-        for (const page_table* table : vkt510a_pages.tables)
-            for (const page_row& field : table->rows)
-                if (std::string(table->name) == row.page && std::string(field.name) == row.edit) {
-                    EXPECT_EQ(page_event(*table, field, nullptr, *dev, {.type = row.what}), RET_BAD_PARAMS);
-                    EXPECT_EQ(console(), row.message);
-                }
+    const std::set<std::string> frame = {"edit_vkt510a", "edit1_vkt510a"};
+    const std::set<std::string> words = {"edit_send_vkt510a",   "edit_scherm_vkt510a", "edit_check0_vkt510a",
+                                         "edit_check1_vkt510a", "edit_check2_vkt510a", "edit_check3_vkt510a",
+                                         "edit_check4_vkt510a", "edit_check5_vkt510a"};
+    const lost_case lost[] = {
+        {"page_vkt510a_change", frame, event_type::value_changing, "get f_vchanging failed!"},
+        {"page_vkt510a_change", frame, event_type::focus, "set f_vfocus failed!"},
+        {"page_vkt510a_change", frame, event_type::blur, "get f_vblur failed!"},
+        {"page_vkt510a_can", words, event_type::value_changing, "get changing failed!"},
+    };
+    std::size_t named = 0;
+    for (const page_table* table : vkt510a_pages.tables)
+        for (const page_row& row : table->rows)
+            for (const event_type what : {event_type::value_changing, event_type::value_changed, event_type::focus,
+                                          event_type::blur, event_type::click}) {
+                std::string message;
+                for (const lost_case& one : lost)
+                    if (one.what == what && one.page == std::string(table->name) && one.edits.contains(row.name))
+                        message = one.message;
+                EXPECT_EQ(page_event(*table, row, nullptr, *dev, {.type = what}), RET_BAD_PARAMS);
+                EXPECT_EQ(console(), message) << table->name << " " << row.name;
+                if (!message.empty()) named++;
+            }
+    EXPECT_EQ(named, 3 * frame.size() + words.size());
 }
 
 // ---- code view

@@ -233,6 +233,16 @@ TEST_F(generic_page, frame_head_and_end_take_two_digits) {
     EXPECT_EQ(image()[54], 0);
     does("type @/edit 5a\nkey Tab\nexpect @/edit refused 0\n");
     EXPECT_EQ(image()[54], 0x5A);
+    const struct {
+        const char* typed;
+        bool refused;
+        int sent;
+    } rows[] = {{"5", false, 0x05}, {"05", false, 0x05}, {"", true, 0},
+                {" ", true, 0},     {"1G", true, 0x01},  {"fF", false, 0xFF}};
+    for (const auto& row : rows) {
+        does(tk_format("type @/edit \"%s\"\nkey Enter\nexpect @/edit refused %d\n", row.typed, row.refused));
+        EXPECT_EQ(image()[54], row.sent) << row.typed;
+    }
 }
 
 // ---- CAN page
@@ -347,6 +357,7 @@ TEST_F(generic_page, a_hex_edit_says_when_it_is_not_what_is_sent) {
         does("expect @/edit_send tooltip " + tip);
         show("page_can"); // filled again it is still so
         does("expect @/edit_send tooltip " + tip);
+        does("click @/edit_send\nexpect @/edit_send refused 0\n"); // the image's digits
     }
 }
 
@@ -404,6 +415,16 @@ TEST_F(generic_page, hex_edit_with_a_formed_text_is_left_alone) {
     EXPECT_EQ(text("can_sendf_flage"), "00 00 00 00");
     EXPECT_EQ(image()[48], 0);
     EXPECT_EQ(shown("edit_send"), "12 34 56 78");
+    // It says so: what is on show is not what is sent.
+    for (const char* typed : {"12 34 56 78", "12 34567890", "12 zz"})
+        does(tk_format(
+            "type @/edit_send \"%s\"\nkey Tab\nexpect @/edit_send text \"%s\"\nexpect @/edit_send refused 1\n"
+            "expect @/edit_send tooltip \"未采用：发送的是 00 00 00 00\"\n",
+            typed, typed));
+    does("type @/edit_send \"00 00 00 00\"\nkey Tab\nexpect @/edit_send refused 0\n");
+    does("type @/edit_send 12345678\nkey Tab\nexpect @/edit_send refused 0\n"
+         "type @/edit_send \"12 34 56 78\"\nkey Tab\nexpect @/edit_send refused 0\n");
+    EXPECT_EQ(image()[48], 0x12);
 }
 
 TEST_F(generic_page, hex_edit_takes_eleven_characters_of_anything) {
@@ -419,9 +440,15 @@ TEST_F(generic_page, hex_edit_without_an_edit_says_so) {
     const page_table& can = *generic_pages.tables[3];
     for (const page_row& row : can.rows)
         if (std::string("edit_send") == row.name) {
+            for (const event_type type : {event_type::focus, event_type::blur}) {
+                EXPECT_EQ(page_event(can, row, nullptr, *dev, {.type = type}), RET_BAD_PARAMS);
+                EXPECT_THAT(console(),
+                            FitsPattern("on_edit_send_focus:[0-9]+ condition\\(edit != NULL\\) failed!\n"));
+            }
+        } else {
             EXPECT_EQ(page_event(can, row, nullptr, *dev, {.type = event_type::focus}), RET_BAD_PARAMS);
+            EXPECT_EQ(console(), "") << row.name;
         }
-    EXPECT_THAT(console(), FitsPattern("on_edit_send_focus:[0-9]+ condition\\(edit != NULL\\) failed!\n"));
 }
 
 TEST_F(generic_page, greying_the_edit_under_the_cursor_is_harmless) {

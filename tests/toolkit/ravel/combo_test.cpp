@@ -71,6 +71,14 @@ TEST_F(combos, a_value_that_no_option_has_selects_and_shows_nothing) {
     EXPECT_EQ(widget_get_value_int(fixed), -1);
 }
 
+TEST_F(combos, enter_in_a_box_that_nobody_touched_is_no_change) {
+    told.take();
+    click(at("port"));
+    key("Enter");
+    key("Tab");
+    EXPECT_THAT(told.take(), IsEmpty());
+}
+
 TEST_F(combos, starts_without_a_choice_until_it_is_set_or_picked) {
     open(ui_window(ui_widget("QComboBox", "appended", "10 10 200 32") +
                    ui_widget("QComboBox", "given", "10 60 200 32")),

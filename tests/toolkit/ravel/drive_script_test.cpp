@@ -103,6 +103,58 @@ TEST(DriveScript, SaysLineAndReason) {
         EXPECT_THAT(refusal(std::string("click ") + path), HasSubstr("cannot read the widget")) << path;
 }
 
+struct verb_case {
+    const char* shortest; ///< with nothing left out that must be there
+    const char* usage;
+    int32_t fallback = 0;
+    const char* rest = ""; ///< what may follow
+};
+const verb_case verb_cases[] = {
+    {"pick w t", "pick WIDGET TEXT"},
+    {"click w", "click WIDGET"},
+    {"press w 1", "press WIDGET MS", 1},
+    {"type w t", "type WIDGET TEXT"},
+    {"append w t", "append WIDGET TEXT"},
+    {"key a", "key NAME"},
+    {"wheel w 1", "wheel WIDGET DELTA", 1},
+    {"wait w text t", "wait WIDGET PROPERTY VALUE [MS]", 5000, " 1"},
+    {"expect w text t", "expect WIDGET PROPERTY VALUE"},
+    {"expect-file p t", "expect-file PATH TEXT"},
+    {"wait-file p t", "wait-file PATH TEXT [MS]", 5000, " 1"},
+    {"shot p", "shot FILE"},
+    {"dump p", "dump FILE"},
+    {"clipboard p", "clipboard FILE"},
+    {"sleep 1", "sleep MS", 1},
+    {"close", "close"},
+};
+
+TEST(DriveScript, EveryVerbSaysWhatItExpects) {
+    for (const verb_case& verb : verb_cases) {
+        const std::string line = verb.shortest;
+        const auto actions = parse(line);
+        ASSERT_EQ(actions.size(), 1u) << line;
+        EXPECT_EQ(actions[0].verb, static_cast<drive_verb>(&verb - verb_cases)) << line;
+        EXPECT_EQ(actions[0].number, verb.fallback) << line;
+        EXPECT_EQ(refusal(line + verb.rest + " x"),
+                  std::string("line 1: too much in the line; expected: ") + verb.usage);
+        if (line == verb.usage) continue;
+        EXPECT_EQ(refusal(line.substr(0, line.rfind(' '))), std::string("line 1: expected: ") + verb.usage);
+    }
+}
+
+TEST(DriveScript, NumbersGoToTheirLimits) {
+    EXPECT_EQ(parse("sleep 3600000").at(0).number, 3600000);
+    EXPECT_EQ(parse("wheel a 3600000").at(0).number, 3600000);
+    EXPECT_EQ(parse("wheel a -3600000").at(0).number, -3600000);
+    EXPECT_EQ(parse("sleep 0").at(0).number, 0);
+    for (const char* line : {"sleep 3600001", "wheel a 3600001", "wheel a -3600001", "press a -1", "sleep +1"})
+        EXPECT_THAT(refusal(line), HasSubstr("cannot read the number")) << line;
+    drive_path path;
+    ASSERT_TRUE(drive_parse_path("a[1000000]", &path));
+    EXPECT_EQ(path[0].index, 1000000);
+    EXPECT_FALSE(drive_parse_path("a[1000001]", &path));
+}
+
 TEST(DriveScript, Paths) {
     drive_path path;
     ASSERT_TRUE(drive_parse_path("table_client/row[3]/data", &path));

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QImage>
+#include <QKeyEvent>
 #include <QTimer>
 
 #include <gmock/gmock.h>
@@ -68,6 +69,10 @@ std::string home_layout() {
     inside += widget_xml("QWidget", "list", 450, 300, 200, 100,
                          widget_xml("QLabel", "", 0, 40, 80, 20, text("second")) +
                              widget_xml("QLabel", "", 0, 10, 80, 20, text("first")));
+    inside +=
+        widget_xml("QWidget", "nameless_is_here", 10, 200, 200, 60,
+                   widget_xml("QWidget", "", 0, 0, 100, 30, flag("visible", false)) +
+                       widget_xml("QWidget", "", 0, 0, 100, 30, widget_xml("QCheckBox", "inside", 0, 0, 100, 30)));
     return ui(widget_xml("QWidget", "home", 0, 0, 700, 500, inside));
 }
 
@@ -204,8 +209,18 @@ TEST_F(Drive, AGoodScriptEndsWithStatus0) {
 TEST_F(Drive, LinesThatWereNotPlayedAreAFailure) {
     write("cut.drive", "click button\nwait button text never 60000\nclose\n");
     ASSERT_EQ(tk_drive(path("cut.drive").c_str()), RET_OK);
-    QTimer::singleShot(400, [] { QCoreApplication::exit(0); });
+    std::string said;
+    log_set_capture(
+        [](const std::string& line, void* to) {
+            *static_cast<std::string*>(to) += line;
+            if (line.starts_with("ok   1 ")) QTimer::singleShot(0, [] { QCoreApplication::exit(0); });
+        },
+        &said);
     tk_run();
+    log_set_capture(nullptr, nullptr);
+    EXPECT_THAT(said,
+                testing::EndsWith("ok   1 click button\nFAIL 2 wait button text never 60000: the program ended "
+                                  "before this line was played\n"));
     EXPECT_EQ(tk_exit_status(), 3);
 }
 
@@ -253,6 +268,14 @@ TEST_F(Drive, TypesReplacesAndAppends) {
     EXPECT_THAT(events_, ElementsAre("edit", "edit"));
 }
 
+TEST_F(Drive, TypingLetsGoOfTheButtonThatItClickedWith) {
+    for (const event_type type : {event_type::pointer_down, event_type::pointer_up})
+        widget_on(get("edit"), type,
+                  [this, type](const event&) { return hear(type == event_type::pointer_down ? "down" : "up"); });
+    good("type edit a\nappend edit b\n");
+    EXPECT_THAT(events_, ElementsAre("down", "up", "down", "up"));
+}
+
 TEST_F(Drive, TypesIntoASpinBox) {
     good("type spin 42\nexpect spin value 42\nkey Up\nexpect spin value 43\nwheel spin -120\nexpect spin value "
          "42\n");
@@ -263,6 +286,78 @@ TEST_F(Drive, KeysWithModifiers) {
          "key Delete\nexpect edit text \"\"\nkey Shift+x\nkey Space\nkey y\nexpect edit text \"X y\"\nkey "
          "Backspace\n"
          "expect edit text \"X \"\n");
+}
+
+/// Keys as they come to the native window: "press 0x41 A", with S, C and A before the text for the modifiers.
+class key_watch final : public QObject {
+  public:
+    key_watch() { qApp->installEventFilter(this); }
+    std::string take() { return std::exchange(seen_, {}); }
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (!watched->isWindowType()) return false;
+        if (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease) return false;
+        const auto* key = static_cast<QKeyEvent*>(event);
+        const auto has = [key](Qt::KeyboardModifier one) { return key->modifiers().testFlag(one); };
+        seen_ += tk_format("%s%x%s%s%s%s|", event->type() == QEvent::KeyPress ? "+" : "-", key->key(),
+                           has(Qt::ShiftModifier) ? " S" : "", has(Qt::ControlModifier) ? " C" : "",
+                           has(Qt::AltModifier) ? " A" : "",
+                           key->text().isEmpty() ? "" : (" " + drive_quote(key->text().toStdString())).c_str());
+        return false;
+    }
+
+  private:
+    std::string seen_;
+};
+
+TEST_F(Drive, KeysComeAsFromAKeyboard) {
+    key_watch watch;
+    const struct {
+        const char* name;
+        const char* seen;
+    } keys[] = {
+        {"Tab", "1000001 \"\\t\""},
+        {"Enter", "1000004 \"\\r\""},
+        {"Esc", "1000000 \"\x1b\""},
+        {"Space", "20 \" \""},
+        {"Backspace", "1000003 \"\b\""},
+        {"Delete", "1000007 \"\x7f\""},
+        {"Insert", "1000006"},
+        {"Up", "1000013"},
+        {"Down", "1000015"},
+        {"Left", "1000012"},
+        {"Right", "1000014"},
+        {"Home", "1000010"},
+        {"End", "1000011"},
+        {"PageUp", "1000016"},
+        {"PageDown", "1000017"},
+        {"F1", "1000030"},
+        {"F9", "1000038"},
+        {"F12", "100003b"},
+        {"a", "41 \"a\""},
+        {"7", "37 \"7\""},
+        {"Shift+x", "58 S \"X\""},
+        {"Ctrl+A", "41 C"},
+        {"Alt+y", "59 A"},
+        {"Ctrl+Shift+Home", "1000010 S C"},
+        {"Shift+Tab", "1000002 S \"\\t\""},
+    };
+    for (const auto& row : keys) {
+        drive_key key;
+        ASSERT_TRUE(drive_parse_key(row.name, &key));
+        drive_stroke(key);
+        EXPECT_EQ(watch.take(), std::string("+") + row.seen + "|-" + row.seen + "|") << row.name;
+    }
+    const struct {
+        const char* character;
+        const char* seen;
+    } typed[] = {
+        {"\n", "1000004 \"\\r\""}, {"\t", "1000001 \"\\t\""}, {"a", "41 \"a\""},
+        {"A", "41 S \"A\""},       {"5", "35 \"5\""},         {"ü", "1ffffff \"ü\""},
+    };
+    for (const auto& row : typed) {
+        drive_type(QString::fromUtf8(row.character));
+        EXPECT_EQ(watch.take(), std::string("+") + row.seen + "|-" + row.seen + "|") << row.character;
+    }
 }
 
 TEST_F(Drive, ClicksCheckBoxesOnWhatReacts) {
@@ -337,6 +432,16 @@ TEST_F(Drive, WaitWaits) {
     good("wait under text changed 5000\nexpect under contains ang\n");
 }
 
+TEST_F(Drive, NothingIsPlayedOrWaitedForWithoutWhatItTakes) {
+    EXPECT_FALSE(drive_wait({}, 1));
+    EXPECT_EQ(drive_play("close\n", {[](const std::string&) {}, {}}), RET_BAD_PARAMS);
+    EXPECT_EQ(drive_play("close\n", {{}, [](bool) {}}), RET_BAD_PARAMS);
+    EXPECT_EQ(tk_drive(nullptr), RET_BAD_PARAMS);
+    EXPECT_EQ(drive_paint(nullptr), RET_BAD_PARAMS);
+    EXPECT_TRUE(drive_wait([] { return true; }, 0)) << "no time needed";
+    EXPECT_FALSE(drive_wait([] { return false; }, 1));
+}
+
 TEST_F(Drive, WaitGivesUp) {
     EXPECT_THAT(bad("wait under text changed 60"), HasSubstr("expected text \"changed\", found \"under\""));
 }
@@ -368,6 +473,47 @@ TEST_F(Drive, TheWholePathOfAWidgetMeansIt) {
 TEST_F(Drive, RepeatedWidgetsAreReachedByIndex) {
     good("expect list/label[0] text first\nexpect list/label[1] text second\nexpect list/[1] text second\n"
          "expect list/label[2] exists 0\nexpect twin[1] exists 1\nexpect page_b/twin[0] exists 1\n");
+}
+
+TEST_F(Drive, ADumpedPathIsWhatAScriptWouldSay) {
+    good("dump \"" + path("a.txt") + "\"\n");
+    std::string dump;
+    ASSERT_TRUE(fs_read_all(path("a.txt").c_str(), &dump));
+    EXPECT_THAT(dump, HasSubstr("home/list/label[0] label \"first\" "));
+    EXPECT_THAT(dump, HasSubstr("home/list/label[1] label \"second\" "));
+    EXPECT_THAT(dump, HasSubstr("home/nameless_is_here/inside check_button")) << "looked through, as in a script";
+    EXPECT_THAT(dump, HasSubstr("home/nameless_is_here/view[0] view ")) << "but has a path itself";
+    EXPECT_THAT(dump, HasSubstr("home/nameless_is_here/view view ")) << "hidden: no place in the order";
+}
+
+TEST_F(Drive, EveryPropertyThatAScriptMayAskForHasAValue) {
+    widget_set_text_utf8(get("combo"), "two");
+    widget_set_prop_str(get("combo"), "state", "failed");
+    widget_set_refused(get("combo"), "why");
+    for (const std::string& name : drive_properties())
+        EXPECT_NE(drive_property(drive_find({{"combo"}}).state, name), "") << name;
+    EXPECT_EQ(drive_property(drive_find({{"combo"}}).state, "painted"), "0");
+    good("expect combo painted 1\nexpect near window_x 460\nexpect near window_y 180\n"
+         "expect near x 10\nexpect near y 10\nexpect combo contains tw\nexpect combo value 2\n");
+}
+
+TEST_F(Drive, AtMostEightOfSeveralAreListed) {
+    std::string list = "2 widgets are meant by twin: home/page_a/twin home/page_b/twin";
+    EXPECT_EQ(drive_find({{"twin"}}).error, list);
+    for (int extra = 0; extra < 8; ++extra) {
+        const std::string name = "many" + std::to_string(extra);
+        write(("res/default/ui/" + name + ".ui").c_str(),
+              ui(widget_xml("QWidget", name.c_str(), 0, 0, 700, 500, widget_xml("QLabel", "same", 0, 0, 9, 9))));
+        window_open(name.c_str());
+    }
+    list = "8 widgets are meant by same:";
+    for (int extra = 8; extra-- > 0;) list += " many" + std::to_string(extra) + "/same";
+    EXPECT_EQ(drive_find({{"same"}}).error, list);
+    write("res/default/ui/ninth.ui",
+          ui(widget_xml("QWidget", "ninth", 0, 0, 700, 500, widget_xml("QLabel", "same", 0, 0, 9, 9))));
+    window_open("ninth");
+    EXPECT_THAT(drive_find({{"same"}}).error, StartsWith("9 widgets are meant by same: ninth/same many7/same"));
+    EXPECT_THAT(drive_find({{"same"}}).error, testing::EndsWith("many1/same ..."));
 }
 
 TEST_F(Drive, ExpectFile) {

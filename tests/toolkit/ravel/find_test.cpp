@@ -66,6 +66,87 @@ TEST_F(finding, window_of_a_widget_and_of_itself) {
     EXPECT_EQ(widget_get_window(window_manager()), nullptr);
 }
 
+struct call {
+    const char* name;
+    ret_t (*on)(widget* w);
+};
+
+TEST_F(finding, what_is_no_widget_is_refused_everywhere) {
+    open(ui_window(""));
+    const call calls[] = {
+        {"build", [](widget* w) { return widget_build(w); }},
+        {"foreach", [](widget* w) { return widget_foreach(w, [](widget*) { return RET_OK; }); }},
+        {"off", [](widget* w) { return widget_off(w, 1); }},
+        {"long_press", [](widget* w) { return widget_set_long_press_ms(w, 10); }},
+        {"dispatch", [](widget* w) { return widget_dispatch_simple_event(w, event_type::click); }},
+        {"text", [](widget* w) { return widget_set_text_utf8(w, "x"); }},
+        {"value", [](widget* w) { return widget_set_value_int(w, 1); }},
+        {"visible", [](widget* w) { return widget_set_visible(w, true); }},
+        {"enable", [](widget* w) { return widget_set_enable(w, true); }},
+        {"focused", [](widget* w) { return widget_set_focused(w); }},
+        {"refused", [](widget* w) { return widget_set_refused(w, "x"); }},
+        {"style_state", [](widget* w) { return widget_set_style_state(w, "ok"); }},
+        {"tooltip", [](widget* w) { return widget_set_tooltip(w, "x"); }},
+        {"prop_int", [](widget* w) { return widget_set_prop_int(w, "a", 1); }},
+        {"prop_bool", [](widget* w) { return widget_set_prop_bool(w, "a", true); }},
+        {"prop_str", [](widget* w) { return widget_set_prop_str(w, "a", "b"); }},
+        {"range", [](widget* w) { return widget_set_range(w, 1, 2); }},
+        {"quit", [](widget* w) { return dialog_quit(w, 1); }},
+        {"esc", [](widget* w) { return dialog_set_esc_closes(w, true); }},
+        {"close", [](widget* w) { return window_manager_close_window_force(window_manager(), w); }},
+        {"switch", [](widget* w) { return window_manager_switch_to(window_manager(), nullptr, w, true); }},
+    };
+    for (const call& one : calls) EXPECT_EQ(one.on(nullptr), RET_BAD_PARAMS) << one.name;
+    EXPECT_EQ(widget_get_value_int(nullptr), 0);
+    EXPECT_EQ(widget_get_text_utf8(nullptr), "");
+    EXPECT_EQ(widget_get_prop_int(nullptr, "a", 7), 7);
+    EXPECT_TRUE(widget_get_prop_bool(nullptr, "a", true));
+    EXPECT_EQ(widget_get_prop_str(nullptr, "a", "none"), "none");
+    EXPECT_EQ(widget_on(nullptr, event_type::click, [](const event&) { return RET_OK; }), 0U);
+    EXPECT_EQ(dialog_modal(nullptr), 0U);
+    EXPECT_FALSE(widget_get_visible(nullptr) || widget_get_enable(nullptr) || widget_get_focused(nullptr) ||
+                 widget_get_refused(nullptr) || widget_is_dialog(nullptr));
+}
+
+TEST_F(finding, what_is_of_another_kind_is_refused_everywhere) {
+    open(ui_window(ui_widget("QLabel", "label", "0 0 9 9")));
+    const call calls[] = {
+        {"value", [](widget* w) { return widget_set_value_int(widget_get_window(w), 1); }},
+        {"append", [](widget* w) { return combo_box_append_option(w, 1, "x"); }},
+        {"reset", [](widget* w) { return combo_box_reset_options(w); }},
+        {"options",
+         [](widget* w) {
+             return combo_box_set_options(w, {{1, "x"}});
+         }},
+        {"limit", [](widget* w) { return edit_set_text_limit(w, 0, 1); }},
+        {"int_limit", [](widget* w) { return edit_set_int_limit(w, 0, 1, 1); }},
+        {"range", [](widget* w) { return widget_set_range(w, 1, 2); }},
+        {"page", [](widget* w) { return pages_set_active(w, 0); }},
+        {"page_by_name", [](widget* w) { return pages_set_active_by_name(w, "x"); }},
+        {"offset", [](widget* w) { return scroll_view_set_offset(w, 0, 0); }},
+        {"virtual_w", [](widget* w) { return scroll_view_set_virtual_w(w, 1); }},
+        {"virtual_h", [](widget* w) { return scroll_view_set_virtual_h(w, 1); }},
+        {"quit", [](widget* w) { return dialog_quit(w, 1); }},
+        {"esc", [](widget* w) { return dialog_set_esc_closes(w, true); }},
+        {"close", [](widget* w) { return window_manager_close_window_force(window_manager(), w); }},
+        {"close_by", [](widget* w) { return window_manager_close_window_force(w, widget_get_window(w)); }},
+        {"switch", [](widget* w) { return window_manager_switch_to(window_manager(), nullptr, w, true); }},
+        {"switch_by", [](widget* w) { return window_manager_switch_to(w, nullptr, widget_get_window(w), true); }},
+        {"back", [](widget* w) { return window_manager_back(w); }},
+        {"back_to_home", [](widget* w) { return window_manager_back_to_home(w); }},
+        {"cursor", [](widget* w) { return window_manager_set_cursor(w, "cursor"); }},
+    };
+    for (const call& one : calls) EXPECT_EQ(one.on(at("label")), RET_BAD_PARAMS) << one.name;
+    EXPECT_EQ(combo_box_count_options(at("label")), 0);
+    EXPECT_FALSE(combo_box_has_option_text(at("label"), "x"));
+    EXPECT_EQ(scroll_view_get_offset_x(at("label")), 0);
+    EXPECT_EQ(scroll_view_get_offset_y(at("label")), 0);
+    EXPECT_EQ(window_manager_get_top_window(at("label")), nullptr);
+    EXPECT_EQ(window_manager_get_top_main_window(at("label")), nullptr);
+    EXPECT_EQ(dialog_modal(at("label")), 0U);
+    EXPECT_EQ(window_manager_get_top_window(window_manager()), win) << "nothing was closed";
+}
+
 TEST_F(finding, a_handle_of_a_destroyed_window_is_noticed) {
     open(ui_window(""), "home");
     widget* gone = open(ui_window(ui_widget("QLineEdit", "edit", "0 0 90 30")), "second");

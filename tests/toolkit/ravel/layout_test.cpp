@@ -103,6 +103,72 @@ INSTANTIATE_TEST_SUITE_P(
         refused_layout{"not_designer", "<html/>\n", "1: is not a Designer file"},
         refused_layout{"empty", "", "1: Premature end of document."},
         refused_layout{"no_widget", "<ui>\n</ui>\n", "1: there is no <widget>"},
+        refused_layout{"item_of_none", ui_window("<layout class=\"QVBoxLayout\">\n<item/></layout>"),
+                       "6: an item holds one thing"},
+        refused_layout{"thing_in_layout", ui_window("<layout class=\"QVBoxLayout\">\n<thing/></layout>"),
+                       "6: <thing> is not known in a layout"},
+        refused_layout{"thing_in_item",
+                       ui_window("<layout class=\"QVBoxLayout\">\n<item>\n<thing/></item></layout>"),
+                       "7: <thing> is not known in a layout"},
+        refused_layout{
+            "inner_layout",
+            ui_window("<layout class=\"QVBoxLayout\"><item>\n<layout class=\"QSpiral\"/></item></layout>"),
+            "6: layout class \"QSpiral\" is not known"},
+        refused_layout{"layout_value",
+                       ui_window("<layout class=\"QVBoxLayout\">\n<property name=\"sizeConstraint\">"
+                                 "<enum>QLayout::Askew</enum></property></layout>"),
+                       "6: bad value for property \"sizeConstraint\""},
+        refused_layout{"alignment",
+                       ui_window("<layout class=\"QVBoxLayout\">\n<item alignment=\"Qt::AlignAskew\">" +
+                                 ui_widget("QLabel", "l", "") + "</item></layout>"),
+                       "6: unknown alignment \"Qt::AlignAskew\""},
+        refused_layout{"spacer_property",
+                       ui_window("<layout class=\"QVBoxLayout\"><item><spacer>\n" + ui_number("colour", 3) +
+                                 "</spacer></item></layout>"),
+                       "6: a spacer's property \"colour\" is not known"},
+        refused_layout{"spacer_policy",
+                       ui_window("<layout class=\"QVBoxLayout\"><item><spacer>\n<property name=\"sizeType\">"
+                                 "<enum>QSizePolicy::Wide</enum></property></spacer></item></layout>"),
+                       "6: unknown size policy"},
+        refused_layout{"size_policy",
+                       ui_window("<property name=\"sizePolicy\">\n<sizepolicy hsizetype=\"Wide\" "
+                                 "vsizetype=\"Fixed\"/></property>"),
+                       "6: unknown size policy \"Wide\""},
+        refused_layout{"size_policy_part",
+                       ui_window("<property name=\"sizePolicy\">\n<sizepolicy hsizetype=\"Fixed\" "
+                                 "vsizetype=\"Fixed\"><horstretch>0</horstretch></sizepolicy></property>"),
+                       "6: <verstretch> is missing"},
+        refused_layout{
+            "rect_part",
+            ui_window("<property name=\"geometry\">\n<rect><x>0</x><y>0</y><width>9</width></rect></property>"),
+            "6: <height> is missing"},
+        refused_layout{"no_value", ui_window("<property name=\"enabled\"></property>"),
+                       "5: property \"enabled\" has no value"},
+        refused_layout{"page_number",
+                       ui_window(ui_widget("QStackedWidget", "p", "0 0 1 1", ui_text("currentIndex", "last"))),
+                       "7: a number is wanted"},
+        refused_layout{
+            "second_content",
+            ui_window(ui_widget("QScrollArea", "a", "0 0 1 1",
+                                ui_widget("QWidget", "one", "0 0 1 1") + ui_widget("QWidget", "two", "0 0 1 1"))),
+            "10: a scroll area holds one widget"},
+        refused_layout{"buddy_of_an_edit",
+                       ui_window(ui_widget("QLineEdit", "e", "0 0 1 1",
+                                           "<property name=\"buddy\"><cstring>e</cstring></property>\n")),
+                       "7: only a label has a buddy"},
+        refused_layout{"rename",
+                       ui_window(ui_widget("QWidget", "i", "0 0 1 1",
+                                           ui_dynamic("include", "x") + ui_dynamic("rename", "a=b,c"))),
+                       "5: rename wants \"from=to\", not \"c\""},
+        refused_layout{"include_into_layout",
+                       ui_window(ui_widget("QWidget", "i", "0 0 1 1",
+                                           ui_dynamic("include", "x") + "<layout class=\"QVBoxLayout\"/>")),
+                       "5: a widget with a layout cannot include"},
+        refused_layout{"connections",
+                       "<ui>\n<widget class=\"QWidget\" name=\"x\"/>\n<connections><x/></connections></ui>",
+                       "3: <connections> must be empty"},
+        refused_layout{"two_roots", "<ui>\n<widget class=\"QWidget\"/>\n<widget class=\"QWidget\"/></ui>",
+                       "3: <widget> is not known here"},
         refused_layout{"includes_itself",
                        ui_window(ui_widget("QWidget", "i", "0 0 1 1", ui_dynamic("include", "bad"))),
                        "0: includes itself, or includes go too deep"}),
@@ -312,6 +378,13 @@ TEST_F(layouts, those_of_the_program_are_all_sound) {
     EXPECT_EQ(said, "");
 }
 
+TEST_F(layouts, a_dialog_cannot_be_included) {
+    write_layout("part", ui_dialog(""));
+    write_layout("bad", ui_window(ui_widget("QWidget", "outer", "0 0 9 9", ui_dynamic("include", "part"))));
+    EXPECT_EQ(window_open("bad"), nullptr);
+    EXPECT_THAT(window_open_error(), EndsWith("/ui/part.ui:3: the root of an included layout must be a QWidget"));
+}
+
 TEST_F(layouts, include_renames_twins) {
     write_layout("channel",
                  ui_window(ui_widget("QLineEdit", "edit_ch1", "1 2 30 20") +
@@ -363,6 +436,253 @@ TEST_F(layouts, boxes_grids_and_spacers_place_their_items) {
     EXPECT_EQ(widget_get_prop_int(at("b"), "y", -1), 20 + 30 + 4);
     EXPECT_GE(widget_get_prop_int(at("c"), "x", -1), widget_get_prop_int(at("b"), "x", -1) + 50 + 8);
     EXPECT_EQ(widget_get_prop_int(win, "w", 0), 1000) << "a window fills the native one";
+}
+
+/// A layout in a box of 300 by 200 pixels.
+class placing : public stage {
+  protected:
+    void in_box(const std::string& layout) { open(ui_window(ui_widget("QWidget", "box", "0 0 300 200", layout))); }
+    /// "x y w h" inside the box.
+    std::string place(const char* name) const {
+        std::string text;
+        for (const char* part : {"x", "y", "w", "h"})
+            text += std::to_string(widget_get_prop_int(at(name), part, -1)) + " ";
+        return text.substr(0, text.size() - 1);
+    }
+    static std::string tight() { return ui_number("margin", 0) + ui_number("spacing", 0); }
+    static std::string item(const std::string& content, const std::string& attributes = "") {
+        return "<item " + attributes + ">" + content + "</item>";
+    }
+    static std::string frame(const char* name) { return ui_widget("QFrame", name, ""); }
+    static std::string size(const char* property, int w, int h) {
+        return tk_format("<property name=\"%s\"><size><width>%d</width><height>%d</height></size></property>",
+                         property, w, h);
+    }
+    static std::string fixed(const char* name) {
+        return ui_widget("QFrame", name, "", size("minimumSize", 50, 30) + size("maximumSize", 50, 30));
+    }
+    static std::string spacer(const char* orientation, const char* type, int w, int h) {
+        std::string text = "<spacer><property name=\"orientation\"><enum>Qt::" + std::string(orientation) +
+                           "</enum></property>" + size("sizeHint", w, h);
+        if (*type != '\0')
+            text += "<property name=\"sizeType\"><enum>QSizePolicy::" + std::string(type) + "</enum></property>";
+        return text + "</spacer>";
+    }
+};
+
+TEST_F(placing, a_grid_has_stretches_and_spans) {
+    in_box("<layout class=\"QGridLayout\" rowstretch=\"1,3,4\" columnstretch=\"2,1\">" + tight() +
+           item(frame("a"), "row=\"0\" column=\"0\"") + item(frame("b"), "row=\"0\" column=\"1\" rowspan=\"2\"") +
+           item(frame("c"), "row=\"1\" column=\"0\"") + item(frame("d"), "row=\"2\" column=\"0\" colspan=\"2\"") +
+           "</layout>");
+    EXPECT_EQ(place("a"), "0 0 200 25");
+    EXPECT_EQ(place("b"), "200 0 100 100");
+    EXPECT_EQ(place("c"), "0 25 200 75");
+    EXPECT_EQ(place("d"), "0 100 300 100");
+}
+
+TEST_F(placing, a_grid_has_least_sizes_spacings_and_margins) {
+    in_box("<layout class=\"QGridLayout\" rowstretch=\"0,1\" columnstretch=\"0,1\" rowminimumheight=\"40,10\" "
+           "columnminimumwidth=\"70,5\">" +
+           ui_number("margin", 9) + ui_number("topMargin", 11) + ui_number("rightMargin", 12) +
+           ui_number("bottomMargin", 13) + ui_number("horizontalSpacing", 6) + ui_number("verticalSpacing", 8) +
+           item(frame("a"), "row=\"0\" column=\"0\"") + item(frame("b"), "row=\"1\" column=\"1\"") + "</layout>");
+    EXPECT_EQ(place("a"), "9 11 70 40");
+    EXPECT_EQ(place("b"), "85 59 203 128");
+}
+
+TEST_F(placing, an_item_may_be_aligned) {
+    in_box("<layout class=\"QGridLayout\">" + tight() +
+           item(fixed("a"), "row=\"0\" column=\"0\" alignment=\"Qt::AlignRight|Qt::AlignBottom\"") + "</layout>");
+    EXPECT_EQ(place("a"), "250 170 50 30");
+    in_box("<layout class=\"QVBoxLayout\">" + tight() +
+           item(fixed("a"), "alignment=\"Qt::AlignHCenter|Qt::AlignTop\"") + "</layout>");
+    EXPECT_EQ(place("a"), "125 0 50 30");
+}
+
+TEST_F(placing, a_box_has_stretches) {
+    in_box("<layout class=\"QHBoxLayout\" stretch=\"1,2\">" + tight() + item(frame("a")) + item(frame("b")) +
+           "</layout>");
+    EXPECT_EQ(place("a"), "0 0 100 200");
+    EXPECT_EQ(place("b"), "100 0 200 200");
+    in_box("<layout class=\"QVBoxLayout\" stretch=\"0,1\">" + tight() + item(fixed("a")) +
+           item("<layout class=\"QHBoxLayout\" stretch=\"3,1\">" + tight() + item(frame("b")) + item(frame("c")) +
+                "</layout>") +
+           "</layout>");
+    EXPECT_EQ(place("b"), "0 30 225 170");
+    EXPECT_EQ(place("c"), "225 30 75 170");
+}
+
+TEST_F(placing, spacers_take_what_is_left_or_their_own_size) {
+    const auto row = [&](const std::string& gap) {
+        in_box("<layout class=\"QHBoxLayout\">" + tight() + item(fixed("a")) + item(gap) + item(fixed("b")) +
+               item(gap) + "</layout>");
+        return widget_get_prop_int(at("b"), "x", -1);
+    };
+    EXPECT_EQ(row(spacer("Horizontal", "", 0, 0)), 50 + 100);
+    EXPECT_EQ(row(spacer("Horizontal", "Expanding", 0, 0)), 50 + 100);
+    const auto column = [&](const std::string& gap, const std::string& rest) {
+        in_box("<layout class=\"QVBoxLayout\">" + tight() + item(fixed("a")) + item(gap) + item(fixed("b")) +
+               item(rest) + "</layout>");
+        return widget_get_prop_int(at("b"), "y", -1);
+    };
+    const std::string rest = spacer("Vertical", "", 0, 0);
+    EXPECT_EQ(column(rest, rest), 30 + 70);
+    EXPECT_EQ(column(spacer("Vertical", "Fixed", 5, 17), rest), 30 + 17);
+    const std::string rest_across = spacer("Horizontal", "Expanding", 0, 0);
+    in_box("<layout class=\"QHBoxLayout\">" + tight() + item(fixed("a")) +
+           item(spacer("Horizontal", "Fixed", 17, 5)) + item(fixed("b")) + item(rest_across) + "</layout>");
+    EXPECT_EQ(widget_get_prop_int(at("b"), "x", -1), 50 + 17);
+}
+
+TEST_F(placing, a_form_has_labels_fields_and_whole_rows) {
+    const std::string line = ui_number("horizontalSpacing", 10) + ui_number("verticalSpacing", 0) +
+                             "<property name=\"fieldGrowthPolicy\"><enum>QFormLayout::AllNonFixedFieldsGrow</enum>"
+                             "</property>" +
+                             ui_number("margin", 0);
+    in_box("<layout class=\"QFormLayout\">" + line + item(fixed("label"), "row=\"0\" column=\"0\"") +
+           item(fixed("field"), "row=\"0\" column=\"1\"") +
+           item(ui_widget("QFrame", "whole", "", size("minimumSize", 10, 40)),
+                "row=\"1\" column=\"0\" colspan=\"2\"") +
+           "</layout>");
+    EXPECT_EQ(place("label"), "0 0 50 30");
+    EXPECT_EQ(place("field"), "60 0 50 30");
+    EXPECT_EQ(widget_get_prop_int(at("whole"), "y", -1), 30);
+    EXPECT_EQ(widget_get_prop_int(at("whole"), "w", -1), 300);
+}
+
+TEST_F(placing, size_policies_hold) {
+    const auto policy = [](const char* across, const char* down, int stretch_across, int stretch_down) {
+        return tk_format("<property name=\"sizePolicy\"><sizepolicy hsizetype=\"%s\" vsizetype=\"%s\">"
+                         "<horstretch>%d</horstretch><verstretch>%d</verstretch></sizepolicy></property>",
+                         across, down, stretch_across, stretch_down);
+    };
+    const auto pair = [&](const char* box, const std::string& first, const std::string& second) {
+        in_box("<layout class=\"" + std::string(box) + "\">" + tight() +
+               item(ui_widget("QPushButton", "a", "", size("minimumSize", 20, 20) + first)) +
+               item(ui_widget("QPushButton", "b", "", size("minimumSize", 20, 20) + second)) + "</layout>");
+    };
+    pair("QHBoxLayout", policy("Expanding", "Expanding", 1, 0), policy("Expanding", "Expanding", 4, 0));
+    EXPECT_EQ(place("a"), "0 0 60 200");
+    EXPECT_EQ(place("b"), "60 0 240 200");
+    pair("QVBoxLayout", policy("Expanding", "Expanding", 0, 3), policy("Expanding", "Expanding", 0, 1));
+    EXPECT_EQ(place("a"), "0 0 300 150");
+    EXPECT_EQ(place("b"), "0 150 300 50");
+    pair("QHBoxLayout", policy("Ignored", "Expanding", 0, 0), policy("Fixed", "Expanding", 0, 0));
+    const int own = widget_get_prop_int(at("b"), "w", -1);
+    EXPECT_LT(own, 150);
+    EXPECT_EQ(widget_get_prop_int(at("a"), "w", -1), 300 - own);
+    pair("QVBoxLayout", policy("Expanding", "Fixed", 0, 0), policy("Expanding", "Ignored", 0, 0));
+    EXPECT_LT(widget_get_prop_int(at("a"), "h", -1), 100);
+    EXPECT_EQ(widget_get_prop_int(at("b"), "h", -1), 200 - widget_get_prop_int(at("a"), "h", -1));
+}
+
+struct settable {
+    const char* name;
+    const char* ui_class;
+    const char* kind;
+    const char* value;
+};
+const settable settables[] = {
+    {"accessibleName", "QLabel", "string", "x"},
+    {"alignment", "QLabel", "set", "Qt::AlignRight|Qt::AlignTop"},
+    {"autoDefault", "QPushButton", "bool", "true"},
+    {"autoExclusive", "QPushButton", "bool", "true"},
+    {"buttonSymbols", "QSpinBox", "enum", "QAbstractSpinBox::NoButtons"},
+    {"checkable", "QPushButton", "bool", "true"},
+    {"checked", "QCheckBox", "bool", "true"},
+    {"default", "QPushButton", "bool", "true"},
+    {"editable", "QComboBox", "bool", "true"},
+    {"enabled", "QLabel", "bool", "false"},
+    {"flat", "QPushButton", "bool", "true"},
+    {"focusPolicy", "QLabel", "enum", "Qt::ClickFocus"},
+    {"frameShadow", "QFrame", "enum", "QFrame::Sunken"},
+    {"frameShape", "QFrame", "enum", "QFrame::VLine"},
+    {"horizontalScrollBarPolicy", "QScrollArea", "enum", "Qt::ScrollBarAlwaysOn"},
+    {"iconSize", "QPushButton", "size", "<width>7</width><height>9</height>"},
+    {"indent", "QLabel", "number", "5"},
+    {"invertedAppearance", "QScrollBar", "bool", "true"},
+    {"layoutDirection", "QLabel", "enum", "Qt::RightToLeft"},
+    {"lineWrapMode", "QPlainTextEdit", "enum", "QPlainTextEdit::NoWrap"},
+    {"margin", "QLabel", "number", "5"},
+    {"maxLength", "QLineEdit", "number", "5"},
+    {"maxVisibleItems", "QComboBox", "number", "5"},
+    {"maximum", "QSpinBox", "number", "5"},
+    {"maximumSize", "QLabel", "size", "<width>7</width><height>9</height>"},
+    {"minimum", "QSpinBox", "number", "5"},
+    {"minimumSize", "QLabel", "size", "<width>7</width><height>9</height>"},
+    {"openExternalLinks", "QLabel", "bool", "true"},
+    {"orientation", "QScrollBar", "enum", "Qt::Horizontal"},
+    {"pageStep", "QScrollBar", "number", "5"},
+    {"placeholderText", "QLineEdit", "string", "x"},
+    {"plainText", "QPlainTextEdit", "string", "x"},
+    {"prefix", "QSpinBox", "string", "x"},
+    {"readOnly", "QLineEdit", "bool", "true"},
+    {"shortcut", "QPushButton", "string", "Ctrl+B"},
+    {"singleStep", "QSpinBox", "number", "5"},
+    {"sizeAdjustPolicy", "QComboBox", "enum", "QComboBox::AdjustToContents"},
+    {"suffix", "QSpinBox", "string", "x"},
+    {"tabChangesFocus", "QPlainTextEdit", "bool", "false"},
+    {"text", "QLabel", "string", "x"},
+    {"textFormat", "QLabel", "enum", "Qt::PlainText"},
+    {"textInteractionFlags", "QLabel", "set", "Qt::TextSelectableByMouse"},
+    {"textVisible", "QProgressBar", "bool", "false"},
+    {"toolTip", "QLabel", "string", "x"},
+    {"undoRedoEnabled", "QPlainTextEdit", "bool", "true"},
+    {"value", "QSpinBox", "number", "5"},
+    {"verticalScrollBarPolicy", "QScrollArea", "enum", "Qt::ScrollBarAlwaysOn"},
+    {"visible", "QLabel", "bool", "false"},
+    {"widgetResizable", "QScrollArea", "bool", "false"},
+    {"windowTitle", "QLabel", "string", "x"},
+    {"wordWrap", "QLabel", "bool", "true"},
+    {"wrapping", "QSpinBox", "bool", "true"},
+};
+
+TEST_F(layouts, every_property_that_one_may_set_is_set) {
+    for (const settable& row : settables) {
+        const std::string property =
+            tk_format("<property name=\"%s\"><%s>%s</%s></property>", row.name, row.kind, row.value, row.kind);
+        open(ui_window(ui_widget(row.ui_class, "without", "0 0 9 9") +
+                       ui_widget(row.ui_class, "with", "0 0 9 9", property)));
+        ASSERT_NE(win, nullptr) << row.name;
+        const QVariant value = qwidget_of(at("with"))->property(row.name);
+        ASSERT_TRUE(value.isValid()) << row.name;
+        EXPECT_NE(value, qwidget_of(at("without"))->property(row.name)) << row.name;
+        window_manager_close_window_force(window_manager(), win);
+        settle();
+    }
+}
+
+TEST_F(layouts, what_the_designer_adds_beside_the_widget_is_passed_over) {
+    write_layout("win",
+                 "<ui version=\"4.0\"><class>t</class><author>a</author><comment>c</comment>"
+                 "<exportmacro>e</exportmacro><layoutdefault spacing=\"6\"/><customwidgets><x/></customwidgets>" +
+                     ui_widget("QWidget", "root", "0 0 9 9") + "<tabstops/><resources/><connections/></ui>");
+    EXPECT_NE(window_open("win"), nullptr) << window_open_error();
+}
+
+TEST_F(layouts, elements_and_includes_go_as_deep_as_they_may) {
+    const auto nested = [](int depth) { // the root is one, its widget the second
+        std::string inside;
+        for (int i = 0; i < depth; ++i)
+            inside = "<widget class=\"QWidget\" name=\"w" + std::to_string(i) + "\">" + inside + "</widget>";
+        return "<ui>" + inside + "</ui>";
+    };
+    write_layout("deep", nested(100));
+    EXPECT_NE(window_open("deep"), nullptr) << window_open_error();
+    write_layout("deeper", nested(101));
+    EXPECT_EQ(window_open("deeper"), nullptr);
+    EXPECT_THAT(window_open_error(), HasSubstr("nested too deeply"));
+    for (int level = 0; level < 9; ++level)
+        write_layout("level" + std::to_string(level),
+                     ui_window(ui_widget("QWidget", "in" + std::to_string(level), "0 0 9 9",
+                                         ui_dynamic("include", "level" + std::to_string(level + 1)))));
+    write_layout("level9", ui_window(ui_widget("QLabel", "last", "0 0 9 9")));
+    widget* just = window_open("level1");
+    ASSERT_NE(just, nullptr) << window_open_error();
+    EXPECT_NE(widget_lookup(just, "last"), nullptr);
+    EXPECT_EQ(window_open("level0"), nullptr);
+    EXPECT_THAT(window_open_error(), EndsWith("level9.ui:0: includes itself, or includes go too deep"));
 }
 
 TEST_F(layouts, tab_key_follows_the_tab_stops) {

@@ -162,6 +162,34 @@ TEST_F(properties, labels_bars_and_long_texts_show_what_they_are_given) {
     EXPECT_EQ(widget_set_text_utf8(nullptr, "x"), RET_BAD_PARAMS);
 }
 
+/// Counts how often a widget is painted.
+class paint_count final : public QObject {
+  public:
+    explicit paint_count(widget* w) { qwidget_of(w)->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Paint) ++painted;
+        return false;
+    }
+    int painted = 0;
+};
+
+TEST_F(properties, what_shows_something_else_is_painted_anew) {
+    open(ui_window(ui_widget("QLabel", "cell", "0 0 90 30", ui_dynamic("class", "cell")) +
+                   ui_widget("QLabel", "label", "0 40 90 30") + ui_widget("QProgressBar", "bar", "0 80 90 30")));
+    for (const char* name : {"cell", "label", "bar"}) {
+        paint_count count(at(name));
+        qwidget_of(at(name))->repaint();
+        settle(); // nothing is left to come of the opening
+        count.painted = 0;
+        const auto change = [&](int to) {
+            return name == std::string("bar") ? widget_set_value_int(at(name), to)
+                                              : widget_set_text_utf8(at(name), std::to_string(to).c_str());
+        };
+        change(7);
+        EXPECT_TRUE(wait_until([&] { return count.painted > 0; })) << name;
+    }
+}
+
 TEST_F(properties, moving_label_moves_only_while_it_can_be_seen) {
     open(ui_window(ui_widget("QWidget", "box", "0 0 300 50",
                              ui_widget("QLabel", "moving", "0 0 200 30", ui_dynamic("class", "hscroll_label")))));

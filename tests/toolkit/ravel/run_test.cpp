@@ -1,6 +1,7 @@
 // Start, main loop, end: each test has the toolkit to itself.
 #include "tests/toolkit/ravel/stage.h"
 
+#include "toolkit/ravel/drive.h"
 #include "toolkit/ravel/qt/assets.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
@@ -9,6 +10,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <thread>
 
 using testing::ElementsAre;
@@ -34,6 +36,18 @@ TEST_F(running, ends_when_the_main_window_is_closed) {
     later([] { native_window()->close(); });
     EXPECT_EQ(tk_run(), RET_OK);
     EXPECT_EQ(tk_exit_status(), 0);
+}
+
+TEST_F(running, shows_the_window_without_anything_in_it_too) {
+    EXPECT_FALSE(native_window()->isVisible());
+    bool seen = false;
+    later([&seen] {
+        seen = native_window()->isVisible();
+        tk_quit(0);
+    });
+    EXPECT_EQ(tk_run(), RET_OK);
+    EXPECT_TRUE(seen);
+    EXPECT_FALSE(native_window()->isVisible()) << "gone with the loop";
 }
 
 TEST_F(running, ends_with_a_status) {
@@ -176,6 +190,25 @@ TEST_F(running, starts_again_after_its_end_and_holds_the_size_to_its_bounds) {
     EXPECT_EQ(tk_ext_widgets_init(), RET_OK);
 }
 
+TEST_F(running, before_its_start_and_after_its_end_nothing_is_done) {
+    tk_exit();
+    EXPECT_FALSE(system_info_is_dark());
+    EXPECT_EQ(theme_set_dark(true), RET_BAD_PARAMS);
+    EXPECT_FALSE(theme_is_dark());
+    EXPECT_EQ(assets_manager_preload_style(), RET_BAD_PARAMS);
+    EXPECT_EQ(system_info_set_default_font("default"), RET_BAD_PARAMS);
+    EXPECT_EQ(clip_board_set_text("x"), RET_BAD_PARAMS);
+    EXPECT_EQ(clip_board_get_text(), "");
+    EXPECT_EQ(tk_run(), RET_FAIL);
+    EXPECT_EQ(tk_ext_widgets_init(), RET_FAIL);
+    EXPECT_EQ(window_manager_back(window_manager()), RET_BAD_PARAMS);
+    EXPECT_EQ(drive_play("close", {[](const std::string&) {}, [](bool) {}}), RET_BAD_PARAMS);
+    EXPECT_FALSE(drive_wait([] { return true; }, 0));
+    EXPECT_EQ(drive_window_size(640, 480), RET_FAIL);
+    idle_restart();
+    ASSERT_EQ(tk_init(800, 600, app_type::desktop, "again", (layout_folder() + "../..").c_str()), RET_OK);
+}
+
 TEST_F(running, themes_fonts_and_strings) {
     EXPECT_EQ(assets_manager_set_theme("default"), RET_OK);
     EXPECT_EQ(assets_manager_set_theme("dark"), RET_NOT_IMPL);
@@ -221,6 +254,25 @@ TEST_F(running, cursor_is_the_arrow_when_the_theme_has_none) {
 }
 
 #ifndef NDEBUG
+TEST(system_look, is_that_of_the_system_whatever_the_program_looks_like) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe"; // what is known of the system is known once a process
+    const auto dark_one = [] {
+        tk_pre_init();
+        int count = 1;
+        char name[] = "dark";
+        char* arguments[] = {name, nullptr};
+        QApplication application(count, arguments);
+        QPalette palette;
+        palette.setColor(QPalette::Window, QColor("#202020"));
+        palette.setColor(QPalette::WindowText, Qt::white);
+        QApplication::setPalette(palette);
+        const bool before = system_info_is_dark();
+        QApplication::setPalette(QPalette(Qt::white));
+        std::_Exit(before && system_info_is_dark() ? 0 : 1);
+    };
+    EXPECT_EXIT(dark_one(), testing::ExitedWithCode(0), "");
+}
+
 TEST(wrong_thread, a_widget_function_called_there_aborts) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     const auto call = [] {

@@ -189,7 +189,8 @@ class staying : public stage {
                                   ui_widget("QWidget", "column", "200 10 90 480", ui_dynamic("stays", "whole")) +
                                   ui_widget("QLineEdit", "first", "10 50 100 30") +
                                   ui_widget("QLineEdit", "last", "10 450 100 30") +
-                                  ui_widget("QLineEdit", "right", "650 450 100 30"))) +
+                                  ui_widget("QLineEdit", "right", "650 450 100 30") +
+                                  ui_widget("QLineEdit", "beside", "151 60 40 30"))) +
             bars));
         scroll_view_set_virtual_h(at("view"), 500);
         scroll_view_set_virtual_w(at("view"), 800);
@@ -275,6 +276,17 @@ TEST_F(staying, what_stays_takes_the_keyboard_where_it_is) {
     key("Shift+Tab");
     ASSERT_TRUE(widget_get_focused(at("tab")));
     EXPECT_EQ(scroll_view_get_offset_y(at("view")), 100);
+}
+
+TEST_F(staying, what_stands_beside_it_is_not_under_it) {
+    click(at("first"));
+    widget_set_value_int(at("bar"), 50);
+    follow();
+    key("Shift+Tab");
+    key("Shift+Tab");
+    ASSERT_TRUE(widget_get_focused(at("beside")));
+    EXPECT_EQ(scroll_view_get_offset_y(at("view")), 50);
+    EXPECT_EQ(place("beside", "window_y"), 20);
 }
 
 TEST_F(staying, tab_steps_the_other_bar_from_side_to_side) {

@@ -452,6 +452,69 @@ TEST(sheets, every_picture_has_a_dark_one_at_both_sizes) {
     EXPECT_GE(seen, 30U);
 }
 
+TEST_P(both_sheets, the_base_style_draws_in_the_colours_of_the_sheet) {
+    const std::pair<QPalette::ColorRole, const char*> roles[] = {
+        {QPalette::Window, "surface"},
+        {QPalette::Base, "card"},
+        {QPalette::Button, "card"},
+        {QPalette::WindowText, "text"},
+        {QPalette::Text, "text"},
+        {QPalette::ButtonText, "text"},
+        {QPalette::Highlight, "select"},
+        {QPalette::HighlightedText, "text"},
+        {QPalette::PlaceholderText, "hint"},
+        {QPalette::Link, "accent"},
+        {QPalette::ToolTipBase, "text"},
+        {QPalette::ToolTipText, "card"},
+    };
+    const QPalette palette = QApplication::palette();
+    for (const auto& [role, name] : roles)
+        EXPECT_EQ(palette.color(QPalette::Active, role), style_color(name)) << role << " " << name;
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        EXPECT_EQ(palette.color(QPalette::Disabled, role), style_color("off-text")) << role;
+}
+
+/// With a sheet of its own until the test ends.
+class own_sheet : public style {
+  protected:
+    static constexpr const char* theme = "../styles/default.qss";
+    void TearDown() override {
+        style::TearDown();
+        std::filesystem::copy_file(VKT_SOURCE_TREE "/res/default/styles/default.qss", layout_folder() + theme,
+                                   std::filesystem::copy_options::overwrite_existing);
+        read_again();
+    }
+    static void use(const std::string& text) {
+        std::ofstream(layout_folder() + theme, std::ios::binary) << text;
+        read_again();
+    }
+    static void read_again() { ASSERT_TRUE(use_sheet(false)); }
+    QColor ground(const char* name) const { return picture(at(name), 0).pixelColor(3, 3); }
+};
+
+TEST_F(own_sheet, names_stand_for_values_and_one_that_has_none_shows_in_magenta) {
+    use("@paper: #102030;\n@paper-2:#405060;\r\nQLabel[class=\"a\"] { background: @paper; }\n"
+        "QLabel[class=\"b\"] { background: @paper-2; } QLabel[class=\"c\"] { background: @paper-3; }\n");
+    std::string labels;
+    for (const std::string name : {"a", "b", "c"})
+        labels += ui_widget("QLabel", name, "20 20 30 30", ui_dynamic("class", name));
+    open(ui_window(labels));
+    EXPECT_EQ(style_color("paper"), QColor("#102030"));
+    EXPECT_EQ(style_color("paper-3"), QColor(Qt::black)) << "for what is drawn by hand";
+    const std::pair<const char*, const char*> seen[] = {{"a", "#102030"}, {"b", "#405060"}, {"c", "#FF00FF"}};
+    for (const auto& [name, color] : seen) {
+        qwidget_of(at(name))->raise();
+        EXPECT_EQ(ground(name), QColor(color)) << name;
+    }
+}
+
+TEST_F(own_sheet, one_without_anything_in_it_is_none_and_the_old_one_stays) {
+    std::ofstream(layout_folder() + theme, std::ios::binary) << "";
+    EXPECT_FALSE(use_sheet(false));
+    EXPECT_FALSE(use_sheet(true)) << "the dark one has no rules of its own";
+    EXPECT_FALSE(theme_is_dark());
+}
+
 TEST_F(style, another_look_is_taken_by_what_is_open) {
     open(ui_window(
         ui_widget("QPushButton", "go", "20 20 120 32", ui_text("text", "go") + ui_dynamic("icon", "connect")) +
@@ -488,6 +551,8 @@ TEST_F(style, a_palette_with_light_text_is_dark) {
     palette.setColor(QPalette::Window, QColor("#202020"));
     palette.setColor(QPalette::WindowText, Qt::white);
     EXPECT_TRUE(palette_is_dark(palette));
+    palette.setColor(QPalette::Window, Qt::white);
+    EXPECT_FALSE(palette_is_dark(palette)) << "one that says nothing";
     // The system's, whatever the program has chosen for itself.
     theme_set_dark(true);
     EXPECT_FALSE(system_info_is_dark()) << "the platform of the tests is light";

@@ -54,19 +54,23 @@ void sort_by_place(states* found) {
     });
 }
 
+/// Those of a type below `base`, or all its children without one, in the order in which they stand on the screen.
+states numbered_below(const widget_state* base, const std::string& type) {
+    states found;
+    for (widget_state* state : below(base))
+        if (type.empty() ? state->parent == base : is_type(state, type)) found.push_back(state);
+    // What is hidden (a row kept for later) has no place in the order.
+    std::erase_if(found, [](const widget_state* state) { return state->w->isHidden(); });
+    sort_by_place(&found);
+    return found;
+}
+
 states matches_below(const widget_state* base, const drive_segment& segment) {
     states found;
-    const states all = below(base);
-    for (widget_state* state : all)
+    for (widget_state* state : below(base))
         if (!segment.name.empty() && state->name == segment.name) found.push_back(state);
     if (segment.index < 0) return found;
-    if (found.empty() && base != nullptr) {
-        for (widget_state* state : all)
-            if (segment.name.empty() ? state->parent == base : is_type(state, segment.name)) found.push_back(state);
-        // What is hidden (a row kept for later) has no place in the order.
-        std::erase_if(found, [&](const widget_state* state) { return state->w->isHidden(); });
-        sort_by_place(&found);
-    }
+    if (found.empty() && base != nullptr) found = numbered_below(base, segment.name);
     const auto at = static_cast<std::size_t>(segment.index);
     return at < found.size() ? states{found[at]} : states{};
 }
@@ -80,12 +84,12 @@ std::string names_of(const widget_state* state) {
 
 std::string own_segment(const widget_state* state) {
     if (!state->name.empty() || state->parent == nullptr) return state->name;
-    int32_t place = 0;
-    for (const widget_state* sibling : state->parent->children) {
-        if (sibling == state) break;
-        if (sibling->type == state->type) place++;
-    }
-    return state->type + tk_format("[%d]", place);
+    const widget_state* base = state->parent;
+    while (base->name.empty() && base->parent != nullptr) base = base->parent;
+    const states found = numbered_below(base, state->type);
+    const auto place = std::find(found.begin(), found.end(), state);
+    return place == found.end() ? state->type
+                                : state->type + tk_format("[%d]", static_cast<int>(place - found.begin()));
 }
 
 std::string options_text(const widget_state* state) {

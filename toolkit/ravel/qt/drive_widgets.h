@@ -12,7 +12,8 @@ struct drive_found {
 drive_found drive_find(const drive_path& path);
 
 /// The whole path of a widget: the names of its window, of what has a name around it, and its own. One without a
-/// name is told by its type and its place among its siblings of that type.
+/// name is told as a script would name it, by its type and its place among those of that type; a hidden one has no
+/// place.
 std::string drive_full_path(const widget_state* state);
 
 /// A property's value as text; flags are 0 or 1, options stand one behind the other with | between.
