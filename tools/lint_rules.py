@@ -12,7 +12,7 @@ SESSION = CORE + ["serial", "session"]
 SHELL = CORE + VIEW + ["shell"]
 FIELDS = SESSION + SHELL + ["fields"]
 FAMILIES = ["dev_generic", "dev_a", "dev_b"]
-ENGINES = SESSION + ["f7"] + FAMILIES + ["monitor", "assistant"]
+ENGINES = SESSION + ["f7"] + FAMILIES + ["profile", "monitor", "assistant"]
 PAGES = [f"{folder}/pages" for folder in FAMILIES]
 ALL = ENGINES + FIELDS + PAGES + ["monitor/pages", "assistant/pages", "app"]
 
@@ -32,6 +32,7 @@ LAYERS = {
     "dev_generic": SESSION + ["f7"],
     "dev_a": SESSION + ["f7"],
     "dev_b": SESSION,
+    "profile": SESSION,
     "monitor": SESSION,
     "assistant": SESSION,
     "shell": CORE + VIEW,
