@@ -96,6 +96,7 @@ constinit const family_descriptor vkt510a_family = {
     .device = "VKT510A",
     .models = models,
     .fields = vkt510a_fields,
+    .pages = f7_page::names,
     .image_size = f7_image_size,
     .encode = encode,
     .decode = decode,
@@ -103,4 +104,5 @@ constinit const family_descriptor vkt510a_family = {
     .code_text = code_text,
     .scripts = scripts,
     .requests = f7_requests,
+    .acknowledgement = f7_acknowledgement,
 };

@@ -7,6 +7,7 @@
 namespace vkt510a_field {
 
 using enum value_form;
+namespace page = f7_page;
 
 inline constexpr choice_option can_rates[] = {
     {1, "5k"},   {2, "10k"},   {3, "20k"},   {4, "40k"},   {5, "50k"},   {6, "80k"},   {7, "100k"}, {8, "125k"},
@@ -20,30 +21,30 @@ inline constexpr auto uart_rates = std::span(options::uart_rates).first<16>();
 // The bounds are intended as they stand, also where they are wider than what can be chosen: 16 ends the interval, a
 // switch takes 2 and more, and an SPI value may be anything that a byte holds below 255.
 // clang-format off
-inline constexpr field uart_rate    {.key = "uart_bps_vkt510a",            .place = f7_place::uart_rate,     .fallback = 1,  .number = 1,  .label = "波特率", .unit = "bps", .choices = uart_rates};
-inline constexpr field can_rate     {.key = "can_bps_vkt510a",             .place = f7_place::can_rate,      .fallback = 8,  .number = 8,  .label = "波特率", .unit = "bps", .choices = can_rates};
-inline constexpr field filter_on    {.key = "can_filtration_en_vkt510a",   .place = f7_place::filter_on,     .fallback = 0,  .number = 0,  .label = "启用接收滤波", .highest = 15};
-inline constexpr field filter_frame {.key = "can_filtration_mode_vkt510a", .place = f7_place::filter_frame,  .fallback = 8,  .number = 8,  .label = "滤波帧类型", .highest = 15, .choices = filter_frames};
-inline constexpr field mask         {.key = "can_send_shield_vkt510a",     .place = f7_place::mask,          .form = word, .fallback = 0xFFFFFFFF, .number = 0xFFFFFFFF, .label = "屏蔽码", .unit = "Hex"};
-inline constexpr field code0        {.key = "can_send_check0_vkt510a",     .place = f7_place::code0,         .form = word, .label = "验收码 0", .unit = "Hex"};
-inline constexpr field code1        {.key = "can_send_check1_vkt510a",     .place = f7_place::code1,         .form = word, .label = "验收码 1", .unit = "Hex"};
-inline constexpr field code2        {.key = "can_send_check2_vkt510a",     .place = f7_place::code2,         .form = word, .label = "验收码 2", .unit = "Hex"};
-inline constexpr field code3        {.key = "can_send_check3_vkt510a",     .place = f7_place::code3,         .form = word, .label = "验收码 3", .unit = "Hex"};
-inline constexpr field code4        {.key = "can_send_check4_vkt510a",     .place = f7_place::code4,         .form = word, .label = "验收码 4", .unit = "Hex"};
-inline constexpr field code5        {.key = "can_send_check5_vkt510a",     .place = f7_place::code5,         .form = word, .label = "验收码 5", .unit = "Hex"};
-inline constexpr field change_mode  {.key = "change_mode_vkt510a",         .place = f7_place::mode,          .fallback = 2,  .number = 2,  .label = "转换模式", .choices = options::modes};
-inline constexpr field direction    {.key = "change_dir_vkt510a",          .place = f7_place::direction,     .fallback = 0,  .number = 0,  .label = "转换方向", .choices = options::directions};
-inline constexpr field uart_interval{.key = "uart_distance_vkt510a",       .place = f7_place::uart_interval, .fallback = 2,  .number = 2,  .label = "帧间隔", .unit = "bit", .highest = 16};
-inline constexpr field can_to_serial{.key = "change_can_c_vkt510a",        .place = f7_place::can_to_serial, .fallback = 0,  .number = 0,  .label = "CAN 帧信息转到串口", .highest = 2};
-inline constexpr field id_to_serial {.key = "change_can_id_vkt510a",       .place = f7_place::id_to_serial,  .fallback = 0,  .number = 0,  .label = "CAN 帧标识转到串口", .highest = 2};
-inline constexpr field send_frame   {.key = "can_send_kind_vkt510a",       .place = f7_place::send_frame,    .fallback = 8,  .number = 8,  .label = "帧类型", .highest = 15, .choices = send_frames};
-inline constexpr field send_id      {.key = "can_send_data_vkt510a",       .place = f7_place::send_id,       .form = word, .label = "帧标识", .unit = "Hex"};
-inline constexpr field id_length    {.key = "change_can_len_vkt510a",      .place = f7_place::length,        .fallback = 4,  .number = 4,  .label = "标识长度", .unit = "字节", .highest = 4};
-inline constexpr field id_start     {.key = "change_can_star_vkt510a",     .place = f7_place::start,         .fallback = 0,  .number = 0,  .label = "起始位置", .unit = "字节", .highest = 7};
-inline constexpr field frame_head   {.key = "change_f_h_vkt510a",          .place = f7_place::frame_head,    .fallback = 64, .number = 64, .label = "帧头", .unit = "Hex"};
-inline constexpr field frame_end    {.key = "change_f_e_vkt510a",          .place = f7_place::frame_end,     .fallback = 26, .number = 26, .label = "帧尾", .unit = "Hex"};
-inline constexpr field spi_count    {.key = "spi_number_vkt510a",          .place = f7_place::spi_count,     .fallback = 15, .number = 15, .label = "帧字节数", .unit = "字节", .highest = 254};
-inline constexpr field spi_time     {.key = "spi_time_vkt510a",            .place = f7_place::spi_time,      .fallback = 5,  .number = 5,  .label = "帧时间", .unit = "ms", .highest = 254};
+inline constexpr field uart_rate    {.key = "uart_bps_vkt510a",            .place = f7_place::uart_rate,     .fallback = 1,  .number = 1,  .label = "波特率", .unit = "bps", .choices = uart_rates, .shown = {page::uart, 1}};
+inline constexpr field can_rate     {.key = "can_bps_vkt510a",             .place = f7_place::can_rate,      .fallback = 8,  .number = 8,  .label = "波特率", .unit = "bps", .choices = can_rates, .shown = {page::can, 1}};
+inline constexpr field filter_on    {.key = "can_filtration_en_vkt510a",   .place = f7_place::filter_on,     .fallback = 0,  .number = 0,  .label = "启用接收滤波", .highest = 15, .shown = {page::can, 4}};
+inline constexpr field filter_frame {.key = "can_filtration_mode_vkt510a", .place = f7_place::filter_frame,  .fallback = 8,  .number = 8,  .label = "滤波帧类型", .highest = 15, .choices = filter_frames, .shown = {page::can, 5}};
+inline constexpr field mask         {.key = "can_send_shield_vkt510a",     .place = f7_place::mask,          .form = word, .fallback = 0xFFFFFFFF, .number = 0xFFFFFFFF, .label = "屏蔽码", .unit = "Hex", .shown = {page::can, 6}};
+inline constexpr field code0        {.key = "can_send_check0_vkt510a",     .place = f7_place::code0,         .form = word, .label = "验收码 0", .unit = "Hex", .shown = {page::can, 7}};
+inline constexpr field code1        {.key = "can_send_check1_vkt510a",     .place = f7_place::code1,         .form = word, .label = "验收码 1", .unit = "Hex", .shown = {page::can, 8}};
+inline constexpr field code2        {.key = "can_send_check2_vkt510a",     .place = f7_place::code2,         .form = word, .label = "验收码 2", .unit = "Hex", .shown = {page::can, 9}};
+inline constexpr field code3        {.key = "can_send_check3_vkt510a",     .place = f7_place::code3,         .form = word, .label = "验收码 3", .unit = "Hex", .shown = {page::can, 10}};
+inline constexpr field code4        {.key = "can_send_check4_vkt510a",     .place = f7_place::code4,         .form = word, .label = "验收码 4", .unit = "Hex", .shown = {page::can, 11}};
+inline constexpr field code5        {.key = "can_send_check5_vkt510a",     .place = f7_place::code5,         .form = word, .label = "验收码 5", .unit = "Hex", .shown = {page::can, 12}};
+inline constexpr field change_mode  {.key = "change_mode_vkt510a",         .place = f7_place::mode,          .fallback = 2,  .number = 2,  .label = "转换模式", .choices = options::modes, .shown = {page::change, 1}};
+inline constexpr field direction    {.key = "change_dir_vkt510a",          .place = f7_place::direction,     .fallback = 0,  .number = 0,  .label = "转换方向", .choices = options::directions, .shown = {page::change, 2}};
+inline constexpr field uart_interval{.key = "uart_distance_vkt510a",       .place = f7_place::uart_interval, .fallback = 2,  .number = 2,  .label = "帧间隔", .unit = "bit", .highest = 16, .shown = {page::uart, 4}};
+inline constexpr field can_to_serial{.key = "change_can_c_vkt510a",        .place = f7_place::can_to_serial, .fallback = 0,  .number = 0,  .label = "CAN 帧信息转到串口", .highest = 2, .shown = {page::change, 5}};
+inline constexpr field id_to_serial {.key = "change_can_id_vkt510a",       .place = f7_place::id_to_serial,  .fallback = 0,  .number = 0,  .label = "CAN 帧标识转到串口", .highest = 2, .shown = {page::change, 6}};
+inline constexpr field send_frame   {.key = "can_send_kind_vkt510a",       .place = f7_place::send_frame,    .fallback = 8,  .number = 8,  .label = "帧类型", .highest = 15, .choices = send_frames, .shown = {page::can, 2}};
+inline constexpr field send_id      {.key = "can_send_data_vkt510a",       .place = f7_place::send_id,       .form = word, .label = "帧标识", .unit = "Hex", .shown = {page::can, 3}};
+inline constexpr field id_length    {.key = "change_can_len_vkt510a",      .place = f7_place::length,        .fallback = 4,  .number = 4,  .label = "标识长度", .unit = "字节", .highest = 4, .shown = {page::change, 4}};
+inline constexpr field id_start     {.key = "change_can_star_vkt510a",     .place = f7_place::start,         .fallback = 0,  .number = 0,  .label = "起始位置", .unit = "字节", .highest = 7, .shown = {page::change, 3}};
+inline constexpr field frame_head   {.key = "change_f_h_vkt510a",          .place = f7_place::frame_head,    .fallback = 64, .number = 64, .label = "帧头", .unit = "Hex", .shown = {page::change, 7}};
+inline constexpr field frame_end    {.key = "change_f_e_vkt510a",          .place = f7_place::frame_end,     .fallback = 26, .number = 26, .label = "帧尾", .unit = "Hex", .shown = {page::change, 8}};
+inline constexpr field spi_count    {.key = "spi_number_vkt510a",          .place = f7_place::spi_count,     .fallback = 15, .number = 15, .label = "帧字节数", .unit = "字节", .highest = 254, .shown = {page::spi, 1}};
+inline constexpr field spi_time     {.key = "spi_time_vkt510a",            .place = f7_place::spi_time,      .fallback = 5,  .number = 5,  .label = "帧时间", .unit = "ms", .highest = 254, .shown = {page::spi, 2}};
 // They stand on a page with one choice each; no value of the store is behind them.
 inline constexpr field uart_parity  {.label = "校验位", .choices = options::uart_parities};
 inline constexpr field uart_control {.label = "流控制", .choices = options::uart_controls};

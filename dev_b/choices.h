@@ -34,3 +34,9 @@ inline constexpr int32_t filter_extended = 1;
 inline constexpr int32_t filter_both = 2;
 
 } // namespace vkt610b_options
+
+/// The pages, in the order of their tabs; two of each channel, and the values that the calculator of both stores.
+namespace vkt610b_page {
+enum : uint8_t { change, spi, uart, canfd = uart + 2, timing = canfd + 2 };
+inline constexpr const char* names[] = {"转换参数", "SPI", "UART1", "UART2", "CAN FD1", "CAN FD2", "自定义位定时"};
+} // namespace vkt610b_page

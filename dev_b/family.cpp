@@ -38,8 +38,13 @@ std::vector<session_bytes> requests(const dev_obj& dev, session_kind kind, bool 
     return out;
 }
 
+session_bytes acknowledgement(std::span<const uint8_t> request) {
+    const vkt610b_answer answer = vkt610b_acknowledgement(request);
+    return {answer.begin(), answer.end()};
+}
+
 constexpr uint32_t image_reply_bytes = 146;
-constexpr uint32_t ack_bytes = 7;
+constexpr uint32_t ack_bytes = std::tuple_size_v<vkt610b_answer>;
 constexpr std::size_t image_at = 4;
 constexpr int mode_steps = 5;
 constexpr int write_code = static_cast<int>(session_kind::write);
@@ -174,7 +179,9 @@ constinit const family_descriptor vkt610b_family = {
     .device = "VKT610B",
     .models = models,
     .fields = vkt610b_fields,
+    .pages = vkt610b_page::names,
     .image_size = vkt610b_image_size,
+    .of_registers = true,
     .encode = encode,
     .decode = decode,
     .encodes_after_decode = true,
@@ -182,6 +189,7 @@ constinit const family_descriptor vkt610b_family = {
     .code_text = vkt610b_code_mode,
     .scripts = scripts,
     .requests = requests,
+    .acknowledgement = acknowledgement,
     .typed_paths = false,
     .leave = mode_text_transfer,
     .monitor_refusal = monitor_refusal,

@@ -95,6 +95,12 @@ vkt610b_command vkt610b_write_command(vkt610b_form form, uint8_t reg, uint32_t v
     return out;
 }
 
+vkt610b_answer vkt610b_acknowledgement(std::span<const uint8_t> command) {
+    vkt610b_answer out = {command.empty() ? first_byte(vkt610b_form::aa) : command.front(), 0x03, 0x02, 0xFF, 0x80};
+    seal(out);
+    return out;
+}
+
 std::string vkt610b_listing_line(const vkt610b_command& command) {
     std::string line = tk_format("寄存器 %02X 的配置指令: ", static_cast<unsigned>(command[4]));
     constexpr char digits[] = "0123456789ABCDEF";

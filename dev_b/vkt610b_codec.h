@@ -9,6 +9,7 @@
 using vkt610b_regs = std::array<uint32_t, vkt610b_register_count>;
 using vkt610b_command =
     std::array<uint8_t, 11>; ///< first byte, 07 02 FF, register, value (LSB first), CRC (LSB first)
+using vkt610b_answer = std::array<uint8_t, 7>;  ///< first byte, 03 02 FF 80, CRC (LSB first)
 using vkt610b_request = std::array<uint8_t, 6>; ///< first byte, 02 05 FF, CRC (LSB first)
 
 inline constexpr std::size_t vkt610b_image_size = 4 * vkt610b_register_count;
@@ -42,6 +43,8 @@ bool vkt610b_check_is_good(std::span<const uint8_t> frame);
 
 /// The command that writes `value` into register `reg` (0 to 33). CRC-16/X-25 over the first nine bytes.
 vkt610b_command vkt610b_write_command(vkt610b_form form, uint8_t reg, uint32_t value);
+/// What a module answers to a write command that it has taken.
+vkt610b_answer vkt610b_acknowledgement(std::span<const uint8_t> command);
 /// "寄存器 00 的配置指令: AA0702FF00010000001D2C\n": register number and bytes in upper-case hex.
 std::string vkt610b_listing_line(const vkt610b_command& command);
 /// The request that reads all registers.

@@ -72,6 +72,7 @@ constinit const family_descriptor generic_family = {
     .device = "VKT531A",
     .models = models,
     .fields = generic_fields,
+    .pages = f7_page::names,
     .image_size = f7_image_size,
     .encode = cfg_image_from_props,
     .decode = cfg_image_to_props,
@@ -79,4 +80,5 @@ constinit const family_descriptor generic_family = {
     .code_text = code_text,
     .scripts = scripts,
     .requests = f7_requests,
+    .acknowledgement = f7_acknowledgement,
 };

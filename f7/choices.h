@@ -23,3 +23,9 @@ inline constexpr int32_t mode_with_id = 2;
 inline constexpr int32_t mode_custom = 3;
 
 } // namespace options
+
+/// The pages of these families, in the order of their tabs.
+namespace f7_page {
+enum : uint8_t { change, spi, uart, can };
+inline constexpr const char* names[] = {"转换参数", "SPI", "UART", "CAN"};
+} // namespace f7_page

@@ -96,6 +96,13 @@ void f7_accept_image(session_run& run) {
 f7_image f7_image_of(dev_obj& dev) { return std::span(dev.image).first<f7_image_size>(); }
 f7_image_view f7_image_of(const dev_obj& dev) { return std::span(dev.image).first<f7_image_size>(); }
 
+session_bytes f7_acknowledgement(std::span<const uint8_t> /*request*/) {
+    session_bytes answer = {0xF7, 0xF8, f7_command_write, f7_acknowledged};
+    answer.push_back(f7_check(answer));
+    answer.push_back(0); // what f7_check_is_good looks for behind the check
+    return answer;
+}
+
 std::vector<session_bytes> f7_requests(const dev_obj& dev, session_kind kind, bool /*alternative*/) {
     if (kind != session_kind::write) return {};
     const f7_image_frame frame = f7_write_frame(f7_image_of(dev));

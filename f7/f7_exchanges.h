@@ -26,6 +26,8 @@ extern const exchange f7_write;
 
 /// The requests of a write: the one frame that carries the image.
 std::vector<session_bytes> f7_requests(const dev_obj& dev, session_kind kind, bool alternative);
+/// A write's acknowledgement.
+session_bytes f7_acknowledgement(std::span<const uint8_t> request);
 /// A device's image as what it is.
 f7_image f7_image_of(dev_obj& dev);
 f7_image_view f7_image_of(const dev_obj& dev);

@@ -98,6 +98,10 @@ void resume_all();
 /// empty path removes the mapping. Does nothing on Windows. Any thread.
 void map_port(const std::string& name, const std::string& path);
 
+/// What the system says about the device of a port ("FTDI FT232R USB UART A6007XYZ"); empty when it says nothing.
+/// Any thread.
+std::string describe_port(const std::string& name);
+
 /// What stands behind CreateFileA's error 5.
 enum class denial : uint8_t {
     taken,     ///< another program has it open

@@ -5,10 +5,21 @@
 #include <cstdio>
 #include <ctime>
 #include <string>
+#include <vector>
 
 /// The program's own entry, called by the system's: receives the command line (without the program's name) as one
 /// wide string and returns the process's exit status. The executable provides it.
 int vkt_main(const std::wstring& command_line);
+
+/// The entry of a program for the console, in place of vkt_main: its arguments (UTF-8) without the program's name.
+int vkt_console_main(const std::vector<std::string>& arguments);
+
+/// From now on `call` runs, on a thread of its own, when the user or the system asks the program to end (Ctrl+C, a
+/// terminal that is closed, a termination signal); asked a second time, and after 900 ms in any case, the process
+/// ends with `status`. Once, before any other thread is started.
+void platform_on_interrupt(void (*call)(), int status);
+/// True for a stream that a person looks at.
+bool platform_is_terminal(std::FILE* stream);
 
 /// Initialises COM (multithreaded apartment) for the process. Called once, by the GUI thread, before any window is
 /// there; that thread itself stays free to choose. Nothing elsewhere than on Windows.

@@ -144,6 +144,16 @@ uint32_t watch(worker_event& wake) {
 
 } // namespace
 
+std::optional<std::vector<std::string>> port_device_names() {
+    std::optional<std::vector<std::string>> names = device_names();
+    if (!names) return names;
+    std::erase_if(*names, [](const std::string& name) { return !is_port(name); });
+    std::stable_sort(names->begin(), names->end(), [](const std::string& a, const std::string& b) {
+        return std::pair(a.substr(0, 3), name_number(a)) < std::pair(b.substr(0, 3), name_number(b));
+    });
+    return names;
+}
+
 std::string port_list_text(const std::vector<std::string>& names) {
     std::string text;
     for (const std::string& name : names)

@@ -36,6 +36,9 @@ void port_watcher_start();
 /// Milliseconds, 60000 at first; tests choose another before they start the watcher.
 uint32_t& port_watcher_period_ms();
 
+/// The system's device names of ports (COM and LPT), by number; nothing when it does not give them. Any thread.
+std::optional<std::vector<std::string>> port_device_names();
+
 // ---- the list's text ----
 
 /// The list file's text for these device names: those that contain "COM" or "LPT", a line each; from number 10 on

@@ -27,7 +27,9 @@ struct family_descriptor {
     const char* device; ///< name of the family's device, whichever of its models was chosen
     std::span<const family_model> models;
     field_rows fields;
-    std::size_t image_size; ///< bytes
+    std::span<const char* const> pages{}; ///< names of the pages that hold the fields, as their tabs show them
+    std::size_t image_size;               ///< bytes
+    bool of_registers = false; ///< the image is 32-bit registers, least significant byte first; else bytes
 
     void (*encode)(dev_obj& dev); ///< image from store
     void (*decode)(dev_obj& dev); ///< store from image
@@ -40,6 +42,8 @@ struct family_descriptor {
     std::span<const session_script> scripts;
     /// What a session of this kind sends beside its fixed requests, in order.
     std::vector<session_bytes> (*requests)(const dev_obj& dev, session_kind kind, bool alternative);
+    /// What a module answers to a write request that it has taken; null: it is not known beforehand.
+    session_bytes (*acknowledgement)(std::span<const uint8_t> request) = nullptr;
     bool typed_paths = true; ///< a port's text that is no port name is the path of a device
     /// What a module hears when it is disconnected; empty: nothing.
     std::span<const uint8_t> leave{};

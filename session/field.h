@@ -26,6 +26,12 @@ struct field_place {
     constexpr std::size_t bytes() const { return bits / 8; }
 };
 
+/// Where a field stands on the screen.
+struct field_spot {
+    uint8_t page = 0; ///< of family_descriptor::pages
+    uint8_t row = 0;  ///< on that page from its top, counted from 1; 0: it belongs there, but is not shown
+};
+
 /// How a property holds its value.
 enum class value_form : uint8_t {
     number,   ///< uint8
@@ -64,6 +70,7 @@ struct field {
     uint32_t highest = 0;    ///< as stored; 0: what choices, width and form allow (field_highest)
     int32_t shown_above = 0; ///< what is shown is the stored number plus this
     std::span<const choice_option> choices{};
+    field_spot shown{};
 };
 /// What has neither key nor place nor anything to show.
 inline constexpr field no_field{};

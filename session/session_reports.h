@@ -27,6 +27,7 @@ struct session_failure {
     std::string text;       ///< for the screen
     std::string cause{};    ///< one more line for both logs: port and system error in words; empty without one
     bool port_lost = false; ///< the device behind the port is gone
+    bool at_port = false;   ///< it lies with the port: not opened, or the system refused; else with the module
 };
 
 struct session_reports {

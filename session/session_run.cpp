@@ -97,6 +97,7 @@ std::string session_run::log_text(const std::string& format) const {
 }
 
 step_end session_run::fail(const char* message, const std::string& log, port_cause cause) {
+    const bool never_open = !port;
     if (script_.kind == session_kind::connect) {
         port.close_port();
         state.port.close(); // one that was open before a connect that never came to its own
@@ -106,7 +107,9 @@ step_end session_run::fail(const char* message, const std::string& log, port_cau
         cause = port_use_cause(error);
     port.give_back();
     const std::string line = port_cause_line(input.port_text, cause);
-    if (reports.failed) reports.failed({number_, script_.kind, log, message, line, cause.lost});
+    if (reports.failed)
+        reports.failed(
+            {number_, script_.kind, log, message, line, cause.lost, never_open || cause.words != nullptr});
     return step_end::failed;
 }
 

@@ -12,9 +12,9 @@ SESSION = CORE + ["serial", "session"]
 SHELL = CORE + VIEW + ["shell"]
 FIELDS = SESSION + SHELL + ["fields"]
 FAMILIES = ["dev_generic", "dev_a", "dev_b"]
-ENGINES = SESSION + ["f7"] + FAMILIES + ["monitor", "assistant"]
+ENGINES = SESSION + ["f7"] + FAMILIES + ["profile", "monitor", "assistant"]
 PAGES = [f"{folder}/pages" for folder in FAMILIES]
-ALL = ENGINES + FIELDS + PAGES + ["monitor/pages", "assistant/pages", "app"]
+ALL = ENGINES + FIELDS + PAGES + ["monitor/pages", "assistant/pages", "app", "cli"]
 
 # Folder: the folders whose headers its files may include, besides its own. Arrows go down only; the longest folder
 # that holds a file counts. What does not include toolkit/ravel builds without a window system; what stands in qt/ is
@@ -32,6 +32,7 @@ LAYERS = {
     "dev_generic": SESSION + ["f7"],
     "dev_a": SESSION + ["f7"],
     "dev_b": SESSION,
+    "profile": SESSION,
     "monitor": SESSION,
     "assistant": SESSION,
     "shell": CORE + VIEW,
@@ -41,7 +42,8 @@ LAYERS = {
     "dev_b/pages": FIELDS + ["dev_b"],
     "monitor/pages": FIELDS + ["monitor"],
     "assistant/pages": FIELDS + ["assistant"],
-    "app": [room for room in ALL if room not in FAMILIES + PAGES + ["f7"]],
+    "app": [room for room in ALL if room not in FAMILIES + PAGES + ["f7", "cli"]],
+    "cli": [room for room in ENGINES if room not in FAMILIES + ["f7"]],
     "sim": ["platform"],
     "tools": ALL,
     "bench": ALL + ["sim", "tools"],
@@ -51,8 +53,8 @@ LAYERS = {
     "tests/walls": VIEW + ["toolkit/ravel/qt"],
 }
 
-# One file names the families.
-EXTRA_LAYERS = {"app/families.cpp": PAGES}
+# One file of each program names the families.
+EXTRA_LAYERS = {"app/families.cpp": PAGES, "cli/families.cpp": FAMILIES}
 
 # The last are texts that must not compile.
 GUI_LIBRARY_ROOMS = ("toolkit/ravel/qt/", "toolkit/table_view/qt/", "tests/toolkit/ravel/", "tests/walls/")

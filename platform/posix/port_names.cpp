@@ -150,6 +150,24 @@ void com::map_port(const std::string& name, const std::string& path) {
         posix_com::mapped()[key] = path;
 }
 
+std::string com::describe_port(const std::string& name) {
+    const std::filesystem::path node = posix_com::port_name_node(name);
+    if (node.empty()) return {};
+    // The USB device is one or two levels above the serial line that it makes.
+    std::error_code error;
+    std::filesystem::path device = std::filesystem::canonical("/sys/class/tty" / node.filename() / "device", error);
+    if (error) return {};
+    for (int levels = 0; levels < 4 && !std::filesystem::exists(device / "product", error); ++levels)
+        device = device.parent_path();
+    std::string text;
+    for (const char* part : {"manufacturer", "product", "serial"}) {
+        std::ifstream file(device / part);
+        std::string line;
+        if (std::getline(file, line) && !line.empty()) text += (text.empty() ? "" : " ") + line;
+    }
+    return text;
+}
+
 DWORD QueryDosDeviceA(const char* device, char* target, DWORD max) {
     std::string list;
     if (device == nullptr) {

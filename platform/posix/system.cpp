@@ -1,10 +1,37 @@
 #include "platform/system.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <pthread.h>
+#include <thread>
 #include <unistd.h>
+
+namespace {
+
+void wait_for_interrupt(void (*call)(), int status, const sigset_t& asked) {
+    int number = 0;
+    while (sigwait(&asked, &number) != 0) {
+    }
+    call();
+    const timespec patience{0, 900'000'000};
+    sigtimedwait(&asked, nullptr, &patience);
+    platform_exit_now(status);
+}
+
+} // namespace
+
+void platform_on_interrupt(void (*call)(), int status) {
+    sigset_t asked;
+    sigemptyset(&asked);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&asked, number);
+    pthread_sigmask(SIG_BLOCK, &asked, nullptr); // the threads that follow inherit it
+    std::thread([=] { wait_for_interrupt(call, status, asked); }).detach();
+}
+
+bool platform_is_terminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
 
 void platform_com_init() {}
 

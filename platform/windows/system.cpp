@@ -1,10 +1,37 @@
 #include "platform/system.h"
 #include "platform/windows/com_port_system.h"
 
+#include <atomic>
 #include <cstdio>
+#include <io.h>
 #include <objbase.h>
 #define PSAPI_VERSION 2 // GetProcessMemoryInfo from kernel32 itself
 #include <psapi.h>
+
+namespace {
+
+void (*interrupt_call)() = nullptr;
+int interrupt_status = 0;
+std::atomic<bool> interrupted{false};
+
+// Runs on a thread of the system's own; for a console that is closed the process lives until it returns.
+BOOL WINAPI on_console_event(DWORD /*event*/) {
+    if (!interrupted.exchange(true)) {
+        interrupt_call();
+        Sleep(900);
+    }
+    platform_exit_now(interrupt_status);
+}
+
+} // namespace
+
+void platform_on_interrupt(void (*call)(), int status) {
+    interrupt_call = call;
+    interrupt_status = status;
+    SetConsoleCtrlHandler(on_console_event, TRUE);
+}
+
+bool platform_is_terminal(std::FILE* stream) { return _isatty(_fileno(stream)) != 0; }
 
 void platform_com_init() {
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) return;

@@ -65,6 +65,68 @@ TEST_F(labels, combo_boxes_offer_the_choices_of_their_fields) {
     EXPECT_THAT(of_their_own, testing::ElementsAre("combo_box_ex_2_vkt610b")); // two fields are chosen together
 }
 
+/// The widgets of a page in the layout's order, by name.
+std::vector<std::string> names_below(widget* root) {
+    std::vector<std::string> names;
+    widget_foreach(root, [&names](widget* w) {
+        names.push_back(widget_name(w));
+        return RET_OK;
+    });
+    return names;
+}
+
+TEST_F(labels, fields_stand_where_they_say) {
+    for (const family_pages* of : families()) {
+        choose(*of);
+        uint8_t page_number = 0;
+        for (const page_table* table : of->tables) {
+            ASSERT_NE(show(table->name), nullptr) << table->name;
+            std::vector<const page_row*> rows;
+            for (const page_row& row : table->rows)
+                if (row.what->key != nullptr) rows.push_back(&row);
+            std::sort(rows.begin(), rows.end(),
+                      [](const page_row* a, const page_row* b) { return a->what->shown.row < b->what->shown.row; });
+            std::vector<std::string> wanted, laid_out;
+            for (const page_row* row : rows) {
+                EXPECT_EQ(row->what->shown.page, page_number) << row->name;
+                EXPECT_GT(row->what->shown.row, 0) << row->name;
+                wanted.emplace_back(row->name);
+            }
+            for (const std::string& name : names_below(page))
+                if (std::find(wanted.begin(), wanted.end(), name) != wanted.end()) laid_out.push_back(name);
+            EXPECT_EQ(laid_out, wanted) << table->name;
+            page_number++;
+        }
+    }
+}
+
+TEST_F(labels, pages_are_named_as_their_tabs) {
+    static constexpr std::pair<const char*, const char*> inner_tabs[] = {
+        {"page_vkt610b_uart_1", "tab_button_uart1"},
+        {"page_vkt610b_uart_2", "tab_button_uart2"},
+        {"page_vkt610b_canfd_1", "tab_button_canfd1"},
+        {"page_vkt610b_canfd_2", "tab_button_canfd2"},
+    };
+    std::size_t seen = 0;
+    for (const family_pages* of : families()) {
+        choose(*of);
+        ASSERT_GE(of->of->pages.size(), of->tables.size());
+        for (std::size_t i = 0; i < of->tables.size(); i++) {
+            const std::string name = of->tables[i]->name;
+            const char* button = nullptr;
+            for (const page_tab& tab : of->tabs)
+                if (name == tab.page) button = tab.button;
+            for (const auto& [inner, tab] : inner_tabs)
+                if (name == inner) button = tab;
+            ASSERT_NE(button, nullptr) << name;
+            ASSERT_NE(show(name.c_str()), nullptr) << name;
+            EXPECT_EQ(widget_get_text_utf8(widget_lookup(home, button)), of->of->pages[i]) << name;
+            seen++;
+        }
+    }
+    EXPECT_EQ(seen, 4U + 4 + 6);
+}
+
 TEST_F(labels, only_these_values_stand_on_no_page) {
     std::set<std::string> without;
     for (const family_pages* of : families())

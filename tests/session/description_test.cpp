@@ -1,6 +1,8 @@
 // Every value of every family is described: a person can read it, and its default is among what can be set.
 #include "tests/support/session_fixture.h"
 
+#include <set>
+
 namespace {
 
 class described : public testing::TestWithParam<const family_descriptor*> {
@@ -58,6 +60,15 @@ TEST_P(described, choices_differ_in_value_and_text) {
                     EXPECT_NE(one.value, other.value);
                     EXPECT_STRNE(one.text, other.text);
                 }
+    });
+}
+
+TEST_P(described, every_value_belongs_to_a_page_and_no_two_to_one_row) {
+    std::set<std::pair<int, int>> taken;
+    for_keys([&](const field& row) {
+        EXPECT_LT(row.shown.page, GetParam()->pages.size());
+        const bool first = row.shown.row == 0 || taken.emplace(row.shown.page, row.shown.row).second;
+        EXPECT_TRUE(first);
     });
 }
 

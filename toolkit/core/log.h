@@ -22,8 +22,8 @@ void log_console(const std::string& text);
 /// Writes "FUNCTION:LINE condition(CONDITION) failed!\n" at warning level.
 void log_condition_failed(const char* condition, const char* function, int line);
 
-/// Test aid: receives everything that log_write (past the level) and log_console write, instead of standard output;
-/// an empty function restores standard output.
+/// For tests, and programs whose standard output is for results: receives everything that log_write (past the
+/// level) and log_console write, instead of standard output; an empty function restores standard output.
 void log_set_capture(void (*sink)(const std::string& text, void* context), void* context);
 
 #define RETURN_IF_NOT(condition, text, function, result)                                                           \

@@ -247,6 +247,12 @@ TEST_F(fs_files, a_reader_sees_an_old_or_a_new_whole_while_others_write) {
 }
 
 #ifdef __linux__
+TEST_F(fs_files, a_device_is_written_into_and_not_replaced) {
+    std::filesystem::create_symlink("/dev/full", system_path() / "device");
+    EXPECT_EQ(fs_write_whole(path("device").c_str(), "x"), RET_FAIL);
+    EXPECT_TRUE(std::filesystem::is_symlink(system_path() / "device"));
+    EXPECT_EQ(files(), 1u);
+}
 TEST_F(fs_files, a_full_disk_is_told) { EXPECT_EQ(fs_append("/dev/full", "x"), RET_FAIL); }
 #endif
 

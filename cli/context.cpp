@@ -1,0 +1,123 @@
+#include "cli/context.h"
+
+#include "profile/json_text.h"
+#include "toolkit/core/fs.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace {
+
+/// Columns on a terminal. Texts here are ASCII, Chinese, or a dash or arrow.
+std::size_t width(const std::string& text) {
+    std::size_t columns = 0;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80) columns += 1;
+        if (byte >= 0xC0) columns += byte >= 0xE3 ? 2 : 1; // from U+3000 on
+    }
+    return columns;
+}
+
+/// How many letters must be changed, added or left out.
+std::size_t distance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t before = row[0]++;
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const std::size_t changed = before + (a[i] == b[j] ? 0 : 1);
+            before = row[j + 1];
+            row[j + 1] = std::min({changed, before + 1, row[j] + 1});
+        }
+    }
+    return row.back();
+}
+
+} // namespace
+
+void cli_context::print(const std::string& text) const {
+    if (!options.quiet) streams.out(text);
+}
+
+void cli_context::note(const std::string& line) const {
+    if (!options.quiet && !options.json) streams.err(line + "\n");
+}
+
+int cli_context::fail(const cli_error& error) const {
+    streams.err(options.json ? error_json(error) : error_line(error));
+    return error.status;
+}
+
+int cli_context::deliver(const std::string& text) const {
+    if (options.out.empty() || options.out == "-") {
+        print(text);
+        return exit_good;
+    }
+    if (fs_write_whole(options.out.c_str(), text) == RET_OK) return exit_good;
+    return fail({.where = options.out, .text = "cannot be written"});
+}
+
+std::string error_line(const cli_error& error) {
+    std::string line = "vkt";
+    for (const std::string* part : {&error.where, &error.step, &error.text, &error.cause})
+        if (!part->empty()) line += ": " + *part;
+    return line + "\n";
+}
+
+std::string error_json(const cli_error& error) {
+    json_object members;
+    const std::pair<const char*, const std::string*> texts[] = {
+        {"where", &error.where}, {"step", &error.step}, {"text", &error.text}, {"cause", &error.cause}};
+    for (const auto& [key, text] : texts)
+        if (!text->empty()) members.add(key, *text);
+    members.add("status", error.status);
+    return json_object().add_json("error", members.text()).text() + "\n";
+}
+
+json_object& json_object::add_json(const char* key, const std::string& json) {
+    members_ += (members_.empty() ? "" : ", ") + json_quoted(key) + ": " + json;
+    return *this;
+}
+json_object& json_object::add(const char* key, const std::string& text) { return add_json(key, json_quoted(text)); }
+json_object& json_object::add(const char* key, int64_t number) { return add_json(key, std::to_string(number)); }
+
+std::string json_list(const std::vector<std::string>& values) {
+    std::string text = "[";
+    for (const std::string& value : values) text += (text.size() > 1 ? ", " : "") + value;
+    return text + "]";
+}
+
+std::string table_text(const std::vector<std::vector<std::string>>& rows) {
+    std::vector<std::size_t> widths;
+    for (const auto& row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], width(row[i]));
+    }
+    std::string text;
+    for (const auto& row : rows) {
+        std::string line;
+        std::size_t column = 0; // where the next cell begins
+        std::size_t at = 0;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            line += std::string(row[i].empty() ? 0 : column - at, ' ') + row[i];
+            if (!row[i].empty()) at = column + width(row[i]);
+            column += widths[i] + 2;
+        }
+        text += line + "\n";
+    }
+    return text;
+}
+
+std::string did_you_mean(const std::string& typed, const std::vector<std::string>& words) {
+    const std::string* nearest = nullptr;
+    std::size_t least = std::max<std::size_t>(2, typed.size() / 3) + 1;
+    for (const std::string& word : words) {
+        const std::size_t away = distance(typed, word);
+        if (away < least && away < word.size()) {
+            least = away;
+            nearest = &word;
+        }
+    }
+    return nearest == nullptr ? "" : "; did you mean \"" + *nearest + "\"?";
+}

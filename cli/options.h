@@ -1,0 +1,28 @@
+// What was asked for on the command line.
+#pragma once
+
+#include "profile/export.h"
+
+#include <string>
+#include <vector>
+
+struct command_row;
+
+struct cli_options {
+    const command_row* command = nullptr; ///< null: none was named
+    bool json = false;
+    bool verbose = false;
+    bool quiet = false;
+
+    std::string model{};
+    std::string profile{}; ///< a file
+    std::string other{};   ///< a second file, or a port
+    std::string port{};
+    std::string out{};                   ///< a file; empty or "-": standard output
+    std::vector<std::string> settings{}; ///< KEY=VALUE
+    std::string note{};
+    export_form form = export_form::frames;
+    bool alternative = false; ///< frames that start with AC (B)
+    bool check = false;
+    bool dry_run = false;
+};
