@@ -73,8 +73,8 @@ set(CPACK_PACKAGE_NAME vktcfgtools)
 set(CPACK_PACKAGE_CONTACT "The VKTCfgTools authors <vktcfgtools@example.org>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "configure UART/SPI to CAN and CAN FD converter modules")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "Reads the configuration of a converter module over a serial port, shows it on
- pages, shows the very bytes that will be sent, and writes it back. Checks CAN
- FD bit timings, shows CAN traffic and sends frames.")
+pages, shows the very bytes that will be sent, and writes it back. Checks CAN
+FD bit timings, shows CAN traffic and sends frames.")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION electronics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
