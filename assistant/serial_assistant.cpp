@@ -150,8 +150,8 @@ assistant_sent serial_assistant::write(std::span<const uint8_t> frame) {
 assistant_start serial_assistant::make_text(const text_wish& wish, text_made made,
                                             std::function<void(ret_t)> done) {
     if (making_) return assistant_start::busy;
-    const auto work = [this, wish, made = std::move(made), done = std::move(done)] {
-        const uint64_t clears = log_.counts().clears;
+    const uint64_t clears = log_.counts().clears;
+    const auto work = [this, wish, clears, made = std::move(made), done = std::move(done)] {
         std::string text = wish.part == transcript_part::rows ? text_of_rows(wish) : text_of_frames(wish);
         // What was broken off, or cleared meanwhile, is no text.
         const bool whole = !worker_should_stop() && log_.counts().clears == clears;

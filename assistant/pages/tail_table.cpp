@@ -54,5 +54,4 @@ void tail_table::show(std::size_t rows) {
 void tail_table::clear() {
     table_client_choose(table_, std::nullopt);
     table_client_set_rows(table_, 0);
-    seen_ = 0;
 }

@@ -107,6 +107,18 @@ TEST_F(assistant_at_port, the_module_receives_what_was_sent) {
     EXPECT_EQ(one->history()[0].identifier, 0x12345678u);
 }
 
+TEST_F(assistant_at_port, errors_of_the_port_are_cleared_before_a_frame_is_written) {
+    assistant_timing_get().look_again_ms = 60000;
+    open();
+    std::vector<std::string> calls;
+    com::watch_calls([&calls](const std::string& call) { calls.push_back(call); });
+    EXPECT_EQ(send({.data = "11"}), assistant_sent::written);
+    com::watch_calls({});
+    ASSERT_GE(calls.size(), 2u);
+    EXPECT_EQ(calls[0], "ClearCommError");
+    EXPECT_EQ(std::ranges::count(calls, "WriteFile 13"), 1);
+}
+
 TEST_F(assistant_at_port, every_channel_and_kind_reaches_the_module) {
     open();
     uint32_t sent = 0;
@@ -345,6 +357,7 @@ TEST_F(assistant_at_port, a_text_of_what_is_cleared_meanwhile_is_none) {
     one->log().clear();
     ASSERT_TRUE(wait([&] { return ended.has_value(); }));
     EXPECT_EQ(lines, 0u) << "whichever came first";
+    EXPECT_EQ(ended, RET_FAIL);
 }
 
 // ---- the end, in every state ----

@@ -131,12 +131,16 @@ TEST_F(serial_send, without_a_connection_the_frame_is_shown_and_not_sent) {
 
 TEST_F(serial_send, while_somebody_has_the_port_nothing_is_sent) {
     open_connected();
+    does("click ~/button_send\nwait ~/label_result text \"已发送 13:05:09.000\"\n");
     port_lease other = data_session().take_port(1000);
     ASSERT_TRUE(other);
     answer_message();
     does("click ~/button_send\n");
     EXPECT_TRUE(wait([this] { return !message_seen.empty(); }));
     EXPECT_EQ(message_seen, "请先连接设备");
+    ASSERT_TRUE(wait([] { return usable("button_send"); }));
+    EXPECT_EQ(shown("label_result"), "") << "what was said of the frame before is gone";
+    does("expect ~/label_result state \"\"\nexpect ~/button_send focused 1\n");
 }
 
 TEST_F(serial_send, a_thread_that_cannot_start_is_said_as_such) {
