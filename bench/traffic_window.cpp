@@ -2,8 +2,11 @@
 // and what became of every byte. bench_traffic runs it beside a simulated module and measures what it costs.
 //
 //   bench_traffic_window SECONDS   prints "begin", and after so many seconds "end LATE_P99_MS LATE_WORST_MS FRAMES
-//   LOST_BYTES"
+//                                  LOST_BYTES"; when no more comes in, "all BYTES_READ FRAMES LOST_BYTES
+//                                  PURGED_BYTES" since the page opened
+//   bench_traffic_window page      prints what single things take with a million records, see page_times.h
 #include "app/application.h"
+#include "bench/page_times.h"
 #include "monitor/pages/data_page.h"
 #include "toolkit/core/idle.h"
 #include "toolkit/ravel/drive.h"
@@ -14,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -61,7 +65,20 @@ std::vector<double> lateness(uint32_t seconds) {
     return late;
 }
 
-void measure(uint32_t seconds) {
+/// Until the module, which is stopped now, has had its say.
+void wait_quiet() {
+    constexpr auto quiet = std::chrono::milliseconds(500);
+    uint64_t seen = 0;
+    auto since = steady::now();
+    const auto done = [&] {
+        const uint64_t now = data_page_traffic().counters().bytes_read;
+        if (std::exchange(seen, now) != now) since = steady::now();
+        return steady::now() - since > quiet;
+    };
+    drive_wait(done, patience_ms);
+}
+
+bool measure(uint32_t seconds) {
     wait_ms(up_to_speed_ms);
     const traffic_counters before = data_page_traffic().counters();
     std::puts("begin");
@@ -73,15 +90,23 @@ void measure(uint32_t seconds) {
                 static_cast<unsigned long long>(after.frames_received - before.frames_received),
                 static_cast<unsigned long long>(after.lost.all() - before.lost.all()));
     std::fflush(stdout);
+    wait_quiet();
+    const traffic_counters all = data_page_traffic().counters();
+    const uint64_t purged = all.lost[traffic_loss::purged];
+    std::printf("all %llu %llu %llu %llu\n", static_cast<unsigned long long>(all.bytes_read),
+                static_cast<unsigned long long>(all.frames_received),
+                static_cast<unsigned long long>(all.lost.all() - purged), static_cast<unsigned long long>(purged));
+    return true;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    const int seconds = argc > 1 ? std::atoi(argv[1]) : 0;
+    const std::string what = argc > 1 ? argv[1] : "";
+    const int seconds = std::atoi(what.c_str());
     tk_pre_init();
-    if (seconds < 1 || tk_init(1280, 750, app_type::desktop, "bench", "../res") != RET_OK) {
-        std::fputs("bench_traffic_window: needs SECONDS; bench_traffic runs it\n", stderr);
+    if ((seconds < 1 && what != "page") || tk_init(1280, 750, app_type::desktop, "bench", "../res") != RET_OK) {
+        std::fputs("bench_traffic_window: needs SECONDS or page; bench_traffic runs it\n", stderr);
         return 1;
     }
     system_info_set_default_font("default");
@@ -90,14 +115,16 @@ int main(int argc, char** argv) {
     tk_init_assets();
     tk_ext_widgets_init();
     application_init();
-    const bool open =
+    bool good =
         play("pick home_page/combo_box_ex_dev VKT610B\nwait home_page/combo_box_ex_serial option COM9 20000\n"
              "type home_page/combo_box_ex_serial COM9\nkey Tab\nclick home_page/button\n"
              "wait progress/ok visible 1 20000\nclick progress/ok\nclick home_page/button_data\n"
-             "wait progress/ok visible 1 20000\nclick progress/ok\n"
-             "wait data_page/state_word text 传输模式 5000\n");
-    if (open) measure(static_cast<uint32_t>(seconds));
+             "wait progress/ok visible 1 20000\n");
+    if (good && seconds < 1) good = page_times();
+    if (good && seconds > 0)
+        good = play("click progress/ok\nwait data_page/state_word text 传输模式 5000\n") &&
+               measure(static_cast<uint32_t>(seconds));
     application_exit();
     tk_exit();
-    return open ? 0 : 1;
+    return good ? 0 : 1;
 }

@@ -36,11 +36,11 @@ std::size_t record_queue::append(std::span<const traffic_record> records) {
     return records.size() - done;
 }
 
-// Giving a million records' memory back takes its time, in which the lock is free.
-void record_queue::clear() {
-    auto others = std::make_unique<record_ring>(capacity_); // ends after the lock has been let go
+std::shared_ptr<void> record_queue::clear() {
+    auto others = std::make_unique<record_ring>(capacity_);
     const std::lock_guard guard(lock_);
     kept_.swap(others);
+    return others;
 }
 
 record_queue::look record_queue::rows(std::size_t first, std::span<traffic_record> out) const {

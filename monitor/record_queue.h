@@ -28,7 +28,9 @@ class record_queue {
     /// Appends all, dropping the oldest where it is full. Returns how many of them there was no memory for.
     std::size_t append(std::span<const traffic_record> records);
     /// Drops all records, and does not count them as dropped.
-    void clear();
+    /// What they took is given back when the last copy of what is returned goes: a million records take longer than
+    /// a turn of the event loop.
+    std::shared_ptr<void> clear();
 
     /// What a look at the queue found; all of one moment.
     struct look {

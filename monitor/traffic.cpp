@@ -165,7 +165,13 @@ ret_t traffic::request_send(const traffic_request& request) {
 }
 
 void traffic::clear() {
-    if (queue_ != nullptr) queue_->clear();
+    if (queue_ == nullptr) return;
+    auto gone = queue_->clear();
+    if (sweeper_.running()) return; // two at once: this one takes the caller's time
+    static_cast<void>(sweeper_.start({.name = "traffic_sweeper"}, [gone = std::move(gone)]() mutable {
+        gone.reset();
+        return 0u;
+    }));
 }
 
 record_queue::look traffic::rows(std::size_t first, std::span<traffic_record> out) const {

@@ -156,5 +156,5 @@ class traffic {
     };
     std::unique_ptr<tk_semaphore, semaphore_end> semaphore_write_;
 
-    worker sender_, receiver_, mode_, leaver_; // last: they use the others
+    worker sender_, receiver_, mode_, leaver_, sweeper_; // last: they use the others
 };

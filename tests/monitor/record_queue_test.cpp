@@ -124,6 +124,17 @@ TEST(record_queue_test, a_look_says_how_many_came_ever) {
     EXPECT_EQ(queue.rows(0, out).appended, 5u);
 }
 
+TEST(record_queue_test, what_is_cleared_lives_as_long_as_somebody_holds_it) {
+    record_queue queue(10);
+    std::weak_ptr<void> held;
+    {
+        const std::shared_ptr<void> gone = queue.clear();
+        held = gone;
+        EXPECT_FALSE(held.expired());
+    }
+    EXPECT_TRUE(held.expired());
+}
+
 TEST(record_queue_test, clearing_drops_all_and_counts_nothing) {
     record_queue queue(3);
     append(&queue, 1, 3);
