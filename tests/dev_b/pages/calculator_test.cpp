@@ -52,6 +52,18 @@ class calculator : public b_channel {
         EXPECT_EQ(widget_child(window_manager(), path.c_str()), nullptr);
         EXPECT_EQ(widget_child(window_manager(), "bps_do_error"), nullptr);
     }
+    /// Opens the calculator as its page does and plays lines in it; its answer.
+    uint32_t answer(const std::string& script) {
+        std::string lines = mine(script);
+        const std::string path = mine("page_vkt610b_bps_canfd#");
+        for (std::size_t at = lines.find('~'); at != std::string::npos; at = lines.find('~'))
+            lines.replace(at, 1, path);
+        std::string failed;
+        user_will_do(lines, &failed);
+        const uint32_t code = bps_calculator_open(*dev, GetParam() - '0');
+        EXPECT_EQ(failed, "");
+        return code;
+    }
     uint32_t half(const char* key) const { return GetParam() == '2' ? value(key) >> 16 : value(key) & 0xFFFF; }
     uint32_t other_half(const char* key) const {
         return GetParam() == '2' ? value(key) & 0xFFFF : value(key) >> 16;
@@ -389,6 +401,16 @@ TEST_P(calculator, ok_stores_the_channels_halves) {
     EXPECT_EQ(console(), "");
 }
 
+TEST_P(calculator, answers_0_however_it_is_left) {
+    const std::string fill = fill_80_percent + fill_data_80_percent;
+    EXPECT_EQ(answer(fill + "click ~/canfd#_ok\n"), 0U);
+    EXPECT_EQ(answer("click ~/canfd#_back\n"), 0U);
+    EXPECT_EQ(answer("key Esc\n"), 0U);
+    EXPECT_EQ(answer(fill + "type ~/canfd#_brp_z 773\nclick ~/canfd#_ok\nclick bps_do_error/canfd1_no\n"
+                            "expect ~/canfd#_brp_z text 773\nclick ~/canfd#_back\n"),
+              0U);
+}
+
 TEST_P(calculator, classic_can_leaves_the_data_keys_untouched) {
     set(mine("canfd#_mode_vkt610b"), 0);
     play("click @/canfd#_button_bp_calculate\n" + fill_80_percent + "click ~/canfd#_ok\n");
@@ -429,6 +451,12 @@ class first_calculator : public calculator {};
 INSTANTIATE_TEST_SUITE_P(one, first_calculator, testing::Values('1'), channel_name);
 class second_calculator : public calculator {};
 INSTANTIATE_TEST_SUITE_P(two, second_calculator, testing::Values('2'), channel_name);
+
+TEST_P(first_calculator, answers_1_when_a_timing_was_forced) {
+    EXPECT_EQ(answer(fill_80_percent + fill_data_80_percent +
+                     "type ~/canfd1_brp_z 773\nclick ~/canfd1_ok\nclick bps_do_error/canfd1_ok\n"),
+              1U);
+}
 
 TEST_P(first_calculator, forcing_stores_what_is_on_the_page_and_closes_both) {
     // (old OR 0xFF) AND new: 0x10001 | 0xFF = 0x100FF, so of 0x305 only 0x05 stays.
