@@ -105,6 +105,28 @@ TEST_P(calculator, the_defaults_open_with_empty_edits) {
     EXPECT_EQ(console(), "");
 }
 
+TEST_P(calculator, every_divider_has_its_clock_and_rates) {
+    const struct {
+        const char* divider;
+        int mhz, nominal_kbit, data_kbit;
+    } rows[] = {{"2", 100, 800, 4000}, {"5", 40, 320, 1600}, {"8", 25, 200, 1000}, {"4", 50, 400, 2000}};
+    std::string script =
+        "expect ~/canfd#_label1_clock_c_vkt610b text \"时间份额时钟 —\"\n" + fill_80_percent + fill_data_80_percent;
+    for (const auto& row : rows) {
+        const bool chosen = row.nominal_kbit == 400; // the rates that the selectors show
+        script += tk_format("pick ~/canfd#_div_z %s\nexpect ~/canfd#_label1_clock_c_vkt610b text \"时间份额时钟 %d "
+                            "MHz\"\nexpect ~/canfd#_result_z text \"计算值：%d kbit/s，采样点 80.00 %%\"\n"
+                            "expect ~/canfd#_result_c text \"计算值：%d kbit/s，采样点 80.00 %%\"\n",
+                            row.divider, row.mhz, row.nominal_kbit, row.data_kbit);
+        for (const char* result : {"canfd#_result_z", "canfd#_result_c"})
+            script += tk_format("expect ~/%s state %s\n", result, chosen ? "ok" : "warning");
+        for (const char* count : {"canfd#_count_z", "canfd#_count_c"})
+            script += tk_format("expect ~/%s text 没有候选\n", count);
+    }
+    in_calculator(script + "type ~/canfd#_brp_z 0\nexpect ~/canfd#_result_z text 计算值：—\n"
+                           "expect ~/canfd#_result_z state \"\"\n");
+}
+
 TEST_P(calculator, a_stored_timing_is_loaded) {
     store(2, {5, 20, 5, 1, 20, 5});
     in_calculator("expect ~/canfd#_div_z text 4\nexpect ~/combo_box_ex_bps_z_vkt610b_canfd# text 400K\n"
