@@ -52,6 +52,18 @@ class calculator : public b_channel {
         EXPECT_EQ(widget_child(window_manager(), path.c_str()), nullptr);
         EXPECT_EQ(widget_child(window_manager(), "bps_do_error"), nullptr);
     }
+    /// Opens the calculator as its page does and plays lines in it; its answer.
+    uint32_t answer(const std::string& script) {
+        std::string lines = mine(script);
+        const std::string path = mine("page_vkt610b_bps_canfd#");
+        for (std::size_t at = lines.find('~'); at != std::string::npos; at = lines.find('~'))
+            lines.replace(at, 1, path);
+        std::string failed;
+        user_will_do(lines, &failed);
+        const uint32_t code = bps_calculator_open(*dev, GetParam() - '0');
+        EXPECT_EQ(failed, "");
+        return code;
+    }
     uint32_t half(const char* key) const { return GetParam() == '2' ? value(key) >> 16 : value(key) & 0xFFFF; }
     uint32_t other_half(const char* key) const {
         return GetParam() == '2' ? value(key) & 0xFFFF : value(key) >> 16;
@@ -91,6 +103,28 @@ TEST_P(calculator, the_defaults_open_with_empty_edits) {
                   "expect ~/combo_box_ex_bps_c_vkt610b_canfd# text 5M\n"
                   "expect ~/canfd#_brp_c enabled 1\nexpect ~/list_view_z exists 1\n");
     EXPECT_EQ(console(), "");
+}
+
+TEST_P(calculator, every_divider_has_its_clock_and_rates) {
+    const struct {
+        const char* divider;
+        int mhz, nominal_kbit, data_kbit;
+    } rows[] = {{"2", 100, 800, 4000}, {"5", 40, 320, 1600}, {"8", 25, 200, 1000}, {"4", 50, 400, 2000}};
+    std::string script =
+        "expect ~/canfd#_label1_clock_c_vkt610b text \"时间份额时钟 —\"\n" + fill_80_percent + fill_data_80_percent;
+    for (const auto& row : rows) {
+        const bool chosen = row.nominal_kbit == 400; // the rates that the selectors show
+        script += tk_format("pick ~/canfd#_div_z %s\nexpect ~/canfd#_label1_clock_c_vkt610b text \"时间份额时钟 %d "
+                            "MHz\"\nexpect ~/canfd#_result_z text \"计算值：%d kbit/s，采样点 80.00 %%\"\n"
+                            "expect ~/canfd#_result_c text \"计算值：%d kbit/s，采样点 80.00 %%\"\n",
+                            row.divider, row.mhz, row.nominal_kbit, row.data_kbit);
+        for (const char* result : {"canfd#_result_z", "canfd#_result_c"})
+            script += tk_format("expect ~/%s state %s\n", result, chosen ? "ok" : "warning");
+        for (const char* count : {"canfd#_count_z", "canfd#_count_c"})
+            script += tk_format("expect ~/%s text 没有候选\n", count);
+    }
+    in_calculator(script + "type ~/canfd#_brp_z 0\nexpect ~/canfd#_result_z text 计算值：—\n"
+                           "expect ~/canfd#_result_z state \"\"\n");
 }
 
 TEST_P(calculator, a_stored_timing_is_loaded) {
@@ -389,6 +423,16 @@ TEST_P(calculator, ok_stores_the_channels_halves) {
     EXPECT_EQ(console(), "");
 }
 
+TEST_P(calculator, answers_0_however_it_is_left) {
+    const std::string fill = fill_80_percent + fill_data_80_percent;
+    EXPECT_EQ(answer(fill + "click ~/canfd#_ok\n"), 0U);
+    EXPECT_EQ(answer("click ~/canfd#_back\n"), 0U);
+    EXPECT_EQ(answer("key Esc\n"), 0U);
+    EXPECT_EQ(answer(fill + "type ~/canfd#_brp_z 773\nclick ~/canfd#_ok\nclick bps_do_error/canfd1_no\n"
+                            "expect ~/canfd#_brp_z text 773\nclick ~/canfd#_back\n"),
+              0U);
+}
+
 TEST_P(calculator, classic_can_leaves_the_data_keys_untouched) {
     set(mine("canfd#_mode_vkt610b"), 0);
     play("click @/canfd#_button_bp_calculate\n" + fill_80_percent + "click ~/canfd#_ok\n");
@@ -429,6 +473,12 @@ class first_calculator : public calculator {};
 INSTANTIATE_TEST_SUITE_P(one, first_calculator, testing::Values('1'), channel_name);
 class second_calculator : public calculator {};
 INSTANTIATE_TEST_SUITE_P(two, second_calculator, testing::Values('2'), channel_name);
+
+TEST_P(first_calculator, answers_1_when_a_timing_was_forced) {
+    EXPECT_EQ(answer(fill_80_percent + fill_data_80_percent +
+                     "type ~/canfd1_brp_z 773\nclick ~/canfd1_ok\nclick bps_do_error/canfd1_ok\n"),
+              1U);
+}
 
 TEST_P(first_calculator, forcing_stores_what_is_on_the_page_and_closes_both) {
     // (old OR 0xFF) AND new: 0x10001 | 0xFF = 0x100FF, so of 0x305 only 0x05 stays.

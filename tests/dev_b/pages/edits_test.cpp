@@ -2,6 +2,8 @@
 #include "tests/dev_b/pages/b_page.h"
 #include "tests/support/pattern.h"
 
+#include <algorithm>
+
 namespace {
 
 // ---- what is accepted
@@ -107,6 +109,42 @@ const refused_case refused_cases[] = {
     {"page_vkt610b_canfd_2", "combo_box_ex_reject_mode_vkt610b_canfd2", "canfd2_leach_mode_vkt610b", 3,
      "canfd2_reject_mode_work_value is error\n"},
 };
+
+/// A check box says 0 or 1 only: nothing a user can do reaches its bound.
+const refused_case check_cases[] = {
+    {"page_vkt610b_canfd_1", "check_button_vkt610b_canfd1", "canfd1_brs_vkt610b", 2,
+     "canfd1_ac_button_value is error\n"},
+    {"page_vkt610b_canfd_1", "bps_do_button_vkt610b_canfd1", "canfd1_brs_do_button_vkt610b", 2,
+     "canfd1_brs_do_button_vkt610b is error\n"},
+    {"page_vkt610b_canfd_2", "check_button_vkt610b_canfd2", "canfd2_brs_vkt610b", 2,
+     "canfd2_ac_button_value is error\n"},
+    {"page_vkt610b_canfd_2", "bps_do_button_vkt610b_canfd2", "canfd2_brs_do_button_vkt610b", 2,
+     "canfd2_brs_do_button_vkt610b is error\n"},
+};
+
+TEST_F(b_page, every_row_of_a_number_has_its_bound_and_message) {
+    std::vector<refused_case> expected(std::begin(refused_cases), std::end(refused_cases));
+    expected.insert(expected.end(), std::begin(check_cases), std::end(check_cases));
+    std::size_t bounded = 0;
+    for (const page_table* table : vkt610b_pages.tables) {
+        EXPECT_TRUE(table->rules.bounded && table->rules.whole_values) << table->name;
+        for (const page_row& row : table->rows) {
+            if (row.kind != row_kind::choice && row.kind != row_kind::check && row.kind != row_kind::number)
+                continue;
+            const auto found = std::ranges::find_if(expected, [&](const refused_case& one) {
+                return std::string(one.page) == table->name && std::string(one.name) == row.name;
+            });
+            ASSERT_NE(found, expected.end()) << row.name;
+            bounded++;
+            EXPECT_STREQ(row.what->key, found->key);
+            EXPECT_EQ(static_cast<int>(field_highest(*row.what)) + 1 + row.what->shown_above, found->shown_bound)
+                << row.name;
+            const char* name = row.refused_as == nullptr ? row.what->key : row.refused_as;
+            EXPECT_EQ(name + std::string(" is error\n"), found->message);
+        }
+    }
+    EXPECT_EQ(bounded, expected.size() - 1) << "the route says nothing";
+}
 
 class b_refusals : public b_page, public testing::WithParamInterface<refused_case> {};
 

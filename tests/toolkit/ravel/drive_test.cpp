@@ -69,10 +69,12 @@ std::string home_layout() {
     inside += widget_xml("QWidget", "list", 450, 300, 200, 100,
                          widget_xml("QLabel", "", 0, 40, 80, 20, text("second")) +
                              widget_xml("QLabel", "", 0, 10, 80, 20, text("first")));
-    inside +=
-        widget_xml("QWidget", "nameless_is_here", 10, 200, 200, 60,
-                   widget_xml("QWidget", "", 0, 0, 100, 30, flag("visible", false)) +
-                       widget_xml("QWidget", "", 0, 0, 100, 30, widget_xml("QCheckBox", "inside", 0, 0, 100, 30)));
+    inside += widget_xml("QWidget", "nameless_is_here", 10, 200, 200, 60,
+                         widget_xml("QLabel", "", 0, 0, 50, 9, text("above")) +
+                             widget_xml("QWidget", "", 0, 0, 100, 30, flag("visible", false)) +
+                             widget_xml("QWidget", "", 0, 0, 100, 30,
+                                        widget_xml("QCheckBox", "inside", 0, 0, 100, 30) +
+                                            widget_xml("QLabel", "", 0, 0, 50, 9, text("deep"))));
     return ui(widget_xml("QWidget", "home", 0, 0, 700, 500, inside));
 }
 
@@ -482,6 +484,9 @@ TEST_F(Drive, ADumpedPathIsWhatAScriptWouldSay) {
     EXPECT_THAT(dump, HasSubstr("home/list/label[0] label \"first\" "));
     EXPECT_THAT(dump, HasSubstr("home/list/label[1] label \"second\" "));
     EXPECT_THAT(dump, HasSubstr("home/nameless_is_here/inside check_button")) << "looked through, as in a script";
+    EXPECT_THAT(dump, HasSubstr("home/nameless_is_here/label[1] label \"deep\" "))
+        << "counted in all that has a name";
+    good("expect home/nameless_is_here/label[1] text deep\nexpect home/list/label[0] text first\n");
     EXPECT_THAT(dump, HasSubstr("home/nameless_is_here/view[0] view ")) << "but has a path itself";
     EXPECT_THAT(dump, HasSubstr("home/nameless_is_here/view view ")) << "hidden: no place in the order";
 }
