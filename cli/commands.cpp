@@ -34,6 +34,14 @@ constexpr command_row all[] = {
      "123#1122 has a standard identifier of three digits, 00000123#1122 an extended one of eight, 123##01122 is "
      "CAN FD.",
      "port! frame! as channel every count with_check", run_send},
+    {"program", "write a profile into the modules on many ports at once",
+     "The ports are worked on side by side; a bad module does not stop the others. At the end there is a line for "
+     "each "
+     "port, and the exit status is the highest of theirs. The journal gets a line for each module as it is done: "
+     "time, "
+     "port, model, firmware where the module tells it, checksum of the profile, result, the step that failed and "
+     "why.",
+     "profile! ports! as check journal ac", run_program},
 };
 
 } // namespace

@@ -31,3 +31,4 @@ int run_read(const cli_context& with);
 int run_write(const cli_context& with);
 int run_monitor(const cli_context& with);
 int run_send(const cli_context& with);
+int run_program(const cli_context& with);

@@ -33,6 +33,10 @@ struct cli_options {
     std::string sample{};
     bool all = false;
 
+    // Many modules.
+    std::vector<std::string> ports{};
+    std::string journal{}; ///< a file
+
     // Traffic.
     std::string frame{}; ///< "123#1122"
     std::string every = "0ms";
