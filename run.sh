@@ -5,9 +5,20 @@
 # each step is printed, screenshots are left in build/release/shots, and the exit status is 0 only if what the
 # module received is what the code view showed, and if the CAN frames that the module on COM9 sent and received are the
 # rows of the table and the lines of the record file.
+# With --cli a session of vkt, the program without windows, is played in the terminal (scripts/play_cli.sh); it needs no
+# Qt and no display.
 set -eu
 cd "$(dirname "$0")"
 . scripts/common.sh
+
+if [ "${1:-}" = --cli ]; then
+    scripts/install.sh build
+    say "build"
+    configure release -B build/cli -DVKT_GUI=OFF -DVKT_BENCH=OFF -DVKT_TESTS=OFF
+    build cli vkt vkt_sim vkt_bps_data_list
+    say "a session in the terminal"
+    exec scripts/play_cli.sh build/cli/stage
+fi
 
 demo=
 if [ "${1:-}" = --demo ]; then

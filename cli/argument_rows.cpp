@@ -27,6 +27,20 @@ constexpr argument_row rows[] = {
     {.name = "ac",       .spelled = "--ac",            .shown = nullptr, .help = "frames that start with AC (B family)", .flag = &o::alternative},
     {.name = "check",    .spelled = "--check",         .shown = nullptr, .help = "read the module afterwards and compare", .flag = &o::check},
     {.name = "dry_run",  .spelled = "--dry-run",       .shown = nullptr, .help = "print the frames, open no port", .flag = &o::dry_run},
+    {.name = "clock",    .spelled = "--clock",         .shown = "HZ",    .help = "the module's clock, 200M without this", .text = &o::clock},
+    {.name = "nominal",  .spelled = "--nominal",       .shown = "RATE",  .help = "of the arbitration phase: 500K, 1M", .text = &o::nominal},
+    {.name = "data",     .spelled = "--data",          .shown = "RATE",  .help = "of the data phase: 2M, 5M", .text = &o::data},
+    {.name = "sample",   .spelled = "--sample",        .shown = "PERCENT", .help = "sample point of both phases", .text = &o::sample},
+    {.name = "all",      .spelled = "--all",           .shown = nullptr, .help = "all candidates, and not the best three of each divider", .flag = &o::all},
+    {.name = "frame",    .spelled = "frame",           .shown = "FRAME", .help = "ID#DATA in hex digits", .text = &o::frame},
+    {.name = "candump",  .spelled = "--candump",       .shown = nullptr, .help = "lines of the log format that CAN tools read", .flag = &o::candump},
+    {.name = "seconds",  .spelled = "--seconds",       .shown = "N",     .help = "for so long (0: until it is interrupted)", .number = &o::seconds, .highest = 1000000},
+    {.name = "with_check", .spelled = "--check",       .shown = nullptr, .help = "frames carry a check value, both ways", .flag = &o::check},
+    {.name = "every",    .spelled = "--every",         .shown = "TIME",  .help = "pause from one frame to the next: 10ms, 1s", .text = &o::every},
+    {.name = "count",    .spelled = "--count",         .shown = "N",     .help = "how many frames (1)", .number = &o::count, .lowest = 1, .highest = 1000000000},
+    {.name = "channel",  .spelled = "--channel",       .shown = "N",     .help = "1 uart1-can1 (as without it), 2 uart1-can2, 3 uart2-can2, 4 spi1-can1, 5 spi1-can2", .number = &o::channel, .lowest = 1, .highest = 5},
+    {.name = "ports",    .spelled = "ports",           .shown = "PORT...", .help = "ports with a module each", .texts = &o::ports, .by = completes::port},
+    {.name = "journal",  .spelled = "--journal",       .shown = "FILE",  .help = "append a line for each module to this file", .text = &o::journal, .by = completes::file},
 };
 // clang-format on
 

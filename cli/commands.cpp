@@ -19,6 +19,29 @@ constexpr command_row all[] = {
     {"write", "write a profile into a module",
      "With --check the module is read again afterwards; the exit status is 1 when it holds something else.",
      "profile! port! as check dry_run ac", run_write},
+    {"timing", "bit timings of CAN FD, as in the calculator",
+     "Both phases of a channel share the divider of the 200 MHz clock; a divider that has no candidate for a phase "
+     "is "
+     "named with the reason. A clock of 100M, 50M, 40M or 25M stands for one divider. The best candidates stand "
+     "first.",
+     "clock nominal! data sample all", run_timing},
+    {"monitor", "the CAN frames that a module in transfer mode reports (B family)",
+     "The module is read first, put into transfer mode, and back again at the end; without --seconds that is when "
+     "it is "
+     "interrupted. With --json every frame is an object on a line of its own.",
+     "port! as candump seconds with_check", run_monitor},
+    {"send", "send a CAN frame through a module (B family)",
+     "123#1122 has a standard identifier of three digits, 00000123#1122 an extended one of eight, 123##01122 is "
+     "CAN FD.",
+     "port! frame! as channel every count with_check", run_send},
+    {"program", "write a profile into the modules on many ports at once",
+     "The ports are worked on side by side; a bad module does not stop the others. At the end there is a line for "
+     "each "
+     "port, and the exit status is the highest of theirs. The journal gets a line for each module as it is done: "
+     "time, "
+     "port, model, firmware where the module tells it, checksum of the profile, result, the step that failed and "
+     "why.",
+     "profile! ports! as check journal ac", run_program},
 };
 
 } // namespace

@@ -24,7 +24,11 @@ int run_default(const cli_context& with);
 int run_show(const cli_context& with);
 int run_set(const cli_context& with);
 int run_diff(const cli_context& with);
+int run_timing(const cli_context& with);
 // With one.
 int run_ports(const cli_context& with);
 int run_read(const cli_context& with);
 int run_write(const cli_context& with);
+int run_monitor(const cli_context& with);
+int run_send(const cli_context& with);
+int run_program(const cli_context& with);

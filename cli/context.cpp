@@ -31,7 +31,7 @@ std::size_t distance(const std::string& a, const std::string& b) {
             row[j + 1] = std::min({changed, before + 1, row[j] + 1});
         }
     }
-    return row.back();
+    return row[b.size()];
 }
 
 } // namespace

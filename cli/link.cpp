@@ -10,6 +10,7 @@
 namespace {
 
 constexpr const char* text_connecting = "开始连接";
+constexpr uint32_t leave_patience_ms = 300;
 constexpr const char* clear_line = "\r\x1b[K";
 
 /// "读配置....." without what a progress window adds.
@@ -24,6 +25,14 @@ std::string cause_text(std::string cause, const std::string& port) {
     return cause.starts_with(port + ": ") ? cause.substr(port.size() + 2) : cause;
 }
 
+/// Runs on the command's thread unless the link is gone by then. Any thread.
+void post(const std::weak_ptr<int>& alive, std::function<void()> job) {
+    idle_queue([alive, job = std::move(job)] {
+        if (!alive.expired()) job();
+        return RET_OK;
+    });
+}
+
 } // namespace
 
 bool run_until(const std::function<bool()>& done) {
@@ -34,39 +43,40 @@ bool run_until(const std::function<bool()>& done) {
 }
 
 module_link::module_link(const cli_context& with, std::string model, std::string port)
-    : with_(with), model_(std::move(model)), port_(std::move(port)), began_(std::chrono::steady_clock::now()),
-      alive_(std::make_shared<int>()), dev_(dev_open(cli_families(), model_.c_str(), reports())) {}
+    : with_(with), model_(std::move(model)), port_(std::move(port)), alive_(std::make_shared<int>()),
+      leaver_(std::make_unique<disconnector>()), dev_(dev_open(cli_families(), model_.c_str(), reports())) {}
 
+// A module that is being left when the command is interrupted hears it out. A driver that hangs in it keeps what it
+// uses: the process ends soon.
 module_link::~module_link() {
+    ended_ = nullptr;
+    if (!idle_run_until([this] { return !leaver_->running(); }, leave_patience_ms)) {
+        static_cast<void>(leaver_.release());
+        static_cast<void>(dev_.release());
+    }
     if (with_.streams.terminal && !with_.options.json) with_.streams.err(clear_line);
 }
 
-void module_link::post(std::function<void()> job) {
-    idle_queue([alive = std::weak_ptr(alive_), job = std::move(job)] {
-        if (!alive.expired()) job();
-        return RET_OK;
-    });
-}
-
 session_reports module_link::reports() {
+    const std::weak_ptr<int> alive = alive_;
     session_reports to{
-        .progress = [this](const session_progress& p) { post([this, p] { take_progress(p); }); },
-        .failed = [this](const session_failure& f) { post([this, f] { take_failure(f); }); },
+        .progress = [this, alive](const session_progress& p) { post(alive, [this, p] { take_progress(p); }); },
+        .failed = [this, alive](const session_failure& f) { post(alive, [this, f] { take_failure(f); }); },
         .image =
-            [this](const session_bytes& image) {
-                post([this, image] {
+            [this, alive](const session_bytes& image) {
+                post(alive, [this, image] {
                     if (!image.empty()) in_module_ = image;
                     dev_accept(*dev_, image);
                 });
             },
         .connected = [] {},
-        .finished = [this](uint32_t) { post([this] { end_session(); }); },
+        .finished = [this, alive](uint32_t) { post(alive, [this] { end_session(); }); },
     };
     if (with_.options.verbose)
-        to.moved = [this](const session_traffic& t) {
-            const auto at = std::chrono::steady_clock::now() - began_;
+        to.moved = [this, alive, began = std::chrono::steady_clock::now()](const session_traffic& t) {
+            const auto at = std::chrono::steady_clock::now() - began;
             const auto us = std::chrono::duration_cast<std::chrono::microseconds>(at).count();
-            post([this, us, t] { take_traffic(us, t); });
+            post(alive, [this, us, t] { take_traffic(us, t); });
         };
     return to;
 }
@@ -110,21 +120,22 @@ void module_link::start(session_kind kind, bool alternative, std::function<void(
     input.port_text = port_;
     input.model = model_;
     if (dev_->session.start(kind, std::move(input)) == RET_OK) return;
-    post([this] { end(cli_error{exit_port, port_, step_, "session thread not started"}); });
+    post(alive_, [this] { end(cli_error{exit_port, port_, step_, "session thread not started"}); });
 }
 
 void module_link::leave(std::function<void(std::optional<cli_error>)> ended) {
     ended_ = std::move(ended);
     const bool heard = !dev_->of.leave.empty();
-    const auto report = [this](const session_progress& p) { post([this, p] { take_progress(p); }); };
-    const auto done = [this, heard] {
-        post([this, heard] { // after the last report
+    const std::weak_ptr<int> alive = alive_;
+    const auto report = [this, alive](const session_progress& p) { post(alive, [this, p] { take_progress(p); }); };
+    const auto done = [this, alive, heard] {
+        post(alive, [this, heard] { // after the last report
             const bool good = !heard || step_ == text_mode_transfer;
             end(good ? std::nullopt
                      : std::optional(cli_error{exit_port, port_, step_text(text_mode_switch), step_}));
         });
     };
-    if (leaver_.start({&dev_->session}, report, done) != RET_OK) done();
+    if (leaver_->start({&dev_->session}, report, done) != RET_OK) done();
 }
 
 std::optional<cli_error> module_link::wait() {

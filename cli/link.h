@@ -13,7 +13,7 @@ class module_link {
   public:
     /// A device of the model with its defaults. Nothing is opened yet.
     module_link(const cli_context& with, std::string model, std::string port);
-    /// Ends what runs, and closes the port; the module hears nothing.
+    /// Ends what runs, and closes the port; the module hears nothing unless it is being left.
     ~module_link();
     module_link(const module_link&) = delete;
     module_link& operator=(const module_link&) = delete;
@@ -38,8 +38,6 @@ class module_link {
 
   private:
     session_reports reports();
-    /// Runs on this thread unless the link is gone by then.
-    void post(std::function<void()> job);
     void take_progress(const session_progress& progress);
     void take_failure(const session_failure& failure);
     void take_traffic(int64_t at_us, const session_traffic& traffic) const;
@@ -50,14 +48,13 @@ class module_link {
     const cli_context& with_;
     const std::string model_;
     const std::string port_;
-    const std::chrono::steady_clock::time_point began_;
     std::shared_ptr<int> alive_;
     std::string step_;
     session_bytes in_module_;
     std::optional<cli_error> failure_;
     std::function<void(std::optional<cli_error>)> ended_; ///< null: nothing runs
     std::optional<std::optional<cli_error>> waited_;
-    disconnector leaver_;
+    std::unique_ptr<disconnector> leaver_;
     std::unique_ptr<dev_obj> dev_; // last: its session posts to the others
 };
 

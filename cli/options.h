@@ -25,4 +25,23 @@ struct cli_options {
     bool alternative = false; ///< frames that start with AC (B)
     bool check = false;
     bool dry_run = false;
+
+    // Bit timing, as typed.
+    std::string clock = "200M";
+    std::string nominal{};
+    std::string data{};
+    std::string sample{};
+    bool all = false;
+
+    // Many modules.
+    std::vector<std::string> ports{};
+    std::string journal{}; ///< a file
+
+    // Traffic.
+    std::string frame{}; ///< "123#1122"
+    std::string every = "0ms";
+    bool candump = false;
+    int64_t seconds = 0; ///< 0: until it is interrupted
+    int64_t count = 1;
+    int64_t channel = 1; ///< from 1
 };

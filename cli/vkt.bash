@@ -15,7 +15,11 @@ _vkt() {
     ports) options="" words="" files= ;;
     read) options="--model --out" words="$(vkt ports 2>/dev/null | cut -d' ' -f1)" files=1 ;;
     write) options="--model --check --dry-run --ac" words="$(vkt ports 2>/dev/null | cut -d' ' -f1)" files=1 ;;
-    '') words="models fields default show set diff ports read write" ;;
+    timing) options="--clock --nominal --data --sample --all" words="" files= ;;
+    monitor) options="--model --candump --seconds --check" words="$(vkt ports 2>/dev/null | cut -d' ' -f1)" files= ;;
+    send) options="--model --channel --every --count --check" words="$(vkt ports 2>/dev/null | cut -d' ' -f1)" files= ;;
+    program) options="--model --check --journal --ac" words="$(vkt ports 2>/dev/null | cut -d' ' -f1)" files=1 ;;
+    '') words="models fields default show set diff ports read write timing monitor send program" ;;
     esac
     case $before in -m | --model) words=$models files= ;; -o | --out) words= files=1 ;; esac
     case $word in -*) words="$options --json --verbose --quiet --help" files= ;; esac

@@ -26,7 +26,7 @@ std::string csv_line(const traffic_record& record) {
 }
 
 void csv_recorder::add(const traffic_record& record) {
-    if (append(csv_line(record)) || dropped_++ > 0) return;
+    if (path_.empty() || append(csv_line(record)) || dropped_++ > 0) return;
     log_console(path_ + " cannot be written: lines are dropped\n");
 }
 

@@ -16,6 +16,7 @@ std::string csv_line(const traffic_record& record);
 /// Appends lines; the file is open only meanwhile, so that others can read it while it grows.
 class csv_recorder {
   public:
+    /// Without a path nothing is recorded.
     explicit csv_recorder(std::string path) : path_(std::move(path)) {}
     /// A line that cannot be stored is dropped and counted; the first is said on the console. One thread at a time.
     void add(const traffic_record& record);

@@ -25,7 +25,7 @@ traffic::~traffic() = default;
 bool traffic::make_queue() {
     if (queue_ != nullptr) return true;
     std::string text, said;
-    setting_read(files_.settings.c_str(), setting_fifo_size, &text);
+    if (!files_.settings.empty()) setting_read(files_.settings.c_str(), setting_fifo_size, &text);
     const std::size_t capacity = record_capacity_of(text, &said);
     if (!said.empty()) log_console(said);
     try {

@@ -44,8 +44,8 @@ struct traffic_counters {
 };
 
 struct traffic_files {
-    std::string settings = setting_path;
-    std::string csv = csv_path;
+    std::string settings = setting_path; ///< empty: none
+    std::string csv = csv_path;          ///< empty: nothing is recorded
 };
 
 /// Everything but what says otherwise belongs to the GUI thread.

@@ -21,6 +21,10 @@ void platform_on_interrupt(void (*call)(), int status);
 /// True for a stream that a person looks at.
 bool platform_is_terminal(std::FILE* stream);
 
+/// The folder of the running program (UTF-8, without a slash at its end); empty when the system does not say. Any
+/// thread.
+std::string platform_program_folder();
+
 /// Initialises COM (multithreaded apartment) for the process. Called once, by the GUI thread, before any window is
 /// there; that thread itself stays free to choose. Nothing elsewhere than on Windows.
 void platform_com_init();

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <pthread.h>
 #include <thread>
 #include <unistd.h>
@@ -32,6 +33,12 @@ void platform_on_interrupt(void (*call)(), int status) {
 }
 
 bool platform_is_terminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
+
+std::string platform_program_folder() {
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? std::string() : program.parent_path().string();
+}
 
 void platform_com_init() {}
 

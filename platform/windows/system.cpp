@@ -33,6 +33,19 @@ void platform_on_interrupt(void (*call)(), int status) {
 
 bool platform_is_terminal(std::FILE* stream) { return _isatty(_fileno(stream)) != 0; }
 
+std::string platform_program_folder() {
+    std::wstring wide(32768, L'\0'); // the longest path there is
+    wide.resize(GetModuleFileNameW(nullptr, wide.data(), static_cast<DWORD>(wide.size())));
+    wide.resize(wide.find_last_of(L"\\/") == std::wstring::npos ? 0 : wide.find_last_of(L"\\/"));
+    const auto length = static_cast<int>(wide.size());
+    std::string text(static_cast<std::size_t>(
+                         WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, nullptr, 0, nullptr, nullptr)),
+                     '\0');
+    WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, text.data(), static_cast<int>(text.size()), nullptr,
+                        nullptr);
+    return text;
+}
+
 void platform_com_init() {
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) return;
     // The process stays in the multithreaded apartment, and every thread in it that makes no other choice. This one

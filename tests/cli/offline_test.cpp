@@ -225,9 +225,9 @@ TEST_F(offline, dry_run_opens_no_port) {
 
 TEST_F(offline, manual_page_and_completion_in_the_tree_are_the_programs) {
     EXPECT_EQ(vkt({"--make=man"}), exit_good);
-    EXPECT_EQ(out, content(VKT_SOURCE_TREE "/cli/vkt.1")) << "vkt --make=man > cli/vkt.1";
+    EXPECT_TRUE(out == content(VKT_SOURCE_TREE "/cli/vkt.1")) << "vkt --make=man > cli/vkt.1";
     EXPECT_EQ(vkt({"--make=completion"}), exit_good);
-    EXPECT_EQ(out, content(VKT_SOURCE_TREE "/cli/vkt.bash")) << "vkt --make=completion > cli/vkt.bash";
+    EXPECT_TRUE(out == content(VKT_SOURCE_TREE "/cli/vkt.bash")) << "vkt --make=completion > cli/vkt.bash";
 }
 
 } // namespace

@@ -1,0 +1,143 @@
+// Many modules at once: all of them are served, whatever becomes of one, and the journal says what happened.
+#include "cli/journal.h"
+#include "tests/cli/cli_stage.h"
+#include "tests/support/pattern.h"
+#include "toolkit/core/text.h"
+
+#include <random>
+#include <sstream>
+
+using sim::fault;
+
+namespace {
+
+using testing::HasSubstr;
+
+class many_modules : public cli_stage {
+  protected:
+    std::vector<std::string> journal_lines() const {
+        std::vector<std::string> lines;
+        std::istringstream text(content(file("line.csv")));
+        for (std::string line; std::getline(text, line);) lines.push_back(line);
+        return lines;
+    }
+    const std::string line_csv = file("line.csv");
+};
+
+TEST_F(many_modules, three_side_by_side) {
+    plug("VKT531A");
+    plug_other("VKT531A", "COM8");
+    plug_other("VKT531A", "COM9");
+    const std::string path = profile_file("VKT531A", {"can_baud_rate=500K"});
+    EXPECT_EQ(vkt({"program", path, "COM7", "COM8", "COM9", "--check", "--journal", line_csv}), exit_good) << err;
+    EXPECT_EQ(out, "COM7  pass\nCOM8  pass\nCOM9  pass\n");
+    EXPECT_EQ(module->memory()[4], 12);
+    for (const auto& other : others) EXPECT_EQ(other->memory()[4], 12);
+    const std::string tail = ",VKT531A,," + checksum_of(content(path)) + ",pass,,";
+    const auto lines = journal_lines();
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines[0], "time,port,model,firmware,profile,result,step,text");
+    for (std::size_t i = 1; i < lines.size(); ++i)
+        EXPECT_THAT(lines[i], FitsPattern("[-0-9]{10} [:0-9]{8},COM[789]" + tail));
+}
+
+TEST_F(many_modules, a_bad_one_does_not_stop_the_others) {
+    plug("VKT610B");
+    plug_other("VKT610B", "COM8").plan({.what = fault::refuse, .after = 3});
+    const std::string path = profile_file("VKT610B");
+    EXPECT_EQ(vkt({"program", path, "COM7", "COM8", "COM499", "--check", "--journal", line_csv}), exit_module);
+    EXPECT_THAT(
+        out,
+        FitsPattern(
+            "COM7 +pass +0x0A182101\nCOM8 +fail +写配置 +应答帧校验失败\nCOM499 +fail +开始连接 +串口打开失败\n"));
+    EXPECT_THAT(err, HasSubstr("vkt: COM8: 写配置: 应答帧校验失败\n"));
+    EXPECT_THAT(err, HasSubstr("vkt: COM499: 开始连接: 串口打开失败: 不存在 (error 2)\n"));
+    EXPECT_EQ(journal_lines().size(), 4u);
+    EXPECT_TRUE(comes_to_mode("transfer"));
+    EXPECT_EQ(vkt({"program", path, "COM7", "COM8", "--json"}), exit_good);
+    EXPECT_THAT(out, testing::StartsWith(R"({"model": "VKT610B", "profile": ")"));
+    EXPECT_THAT(out, HasSubstr(R"({"port": "COM8", "result": "pass", "firmware": "", "step": "", "text": ""})"));
+}
+
+TEST_F(many_modules, a_check_that_fails_names_the_fields) {
+    plug("VKT531A");
+    module->plan({.what = fault::patch, .after = 2, .argument = (4 + 4) * 256 + 3});
+    EXPECT_EQ(vkt({"program", profile_file("VKT531A"), "COM7", "--check", "--journal", line_csv}), exit_different);
+    EXPECT_EQ(err, "vkt: COM7: 校验: 不一致: can_baud_rate\n");
+    EXPECT_THAT(journal_lines().back(), testing::EndsWith(",fail,校验,不一致: can_baud_rate"));
+}
+
+TEST_F(many_modules, what_is_wrong_is_said_before_the_first_is_touched) {
+    plug("VKT531A");
+    const std::string path = profile_file("VKT531A");
+    EXPECT_EQ(vkt({"program", path, "COM7", "COM7"}), exit_usage);
+    EXPECT_EQ(err, "vkt: COM7: named twice\n");
+    EXPECT_EQ(vkt({"program", path, "COM7", "--journal", file("none/line.csv")}), exit_usage);
+    EXPECT_EQ(err, "vkt: " + file("none/line.csv") + ": cannot be written\n");
+    EXPECT_EQ(vkt({"program", file("none.json"), "COM7"}), exit_usage);
+    EXPECT_EQ(vkt({"program", path}), exit_usage);
+    EXPECT_EQ(module->received().size(), 0u);
+}
+
+TEST_F(many_modules, an_interruption_is_in_the_journal) {
+    port_timing_get().timeouts = {60000, 60000, 60000, 60000, 60000};
+    session_timing_get().read_wait_ms = 60000;
+    plug("VKT531A");
+    plug_other("VKT531A", "COM8").plan({.what = fault::silent});
+    std::thread user([&] {
+        EXPECT_TRUE(others[0]->wait_requests(1, 20000));
+        while (module->count().writes == 0) std::this_thread::yield();
+        cli_interrupt();
+    });
+    EXPECT_EQ(vkt({"program", profile_file("VKT531A"), "COM7", "COM8", "--journal", line_csv}), exit_interrupted);
+    user.join();
+    EXPECT_THAT(content(line_csv), HoldsPattern(",COM8,VKT531A,,[0-9A-F]{8},interrupted,,\n"));
+}
+
+TEST_F(many_modules, two_hundred_ports_that_are_not_there) {
+    std::vector<std::string> words = {"program", profile_file("VKT531A")};
+    for (int n = 300; n < 500; ++n) words.push_back(tk_format("COM%d", n));
+    EXPECT_EQ(vkt(words), exit_port);
+    EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 200);
+}
+
+/// What the modules themselves counted is the judge.
+TEST_F(many_modules, the_journal_of_a_hundred_agrees_with_the_modules) {
+    constexpr int rounds = 34;
+    constexpr fault faults[] = {fault::none, fault::silent, fault::bad_check, fault::refuse, fault::wrong_header};
+    std::mt19937 random(20260411);
+    plug("VKT531A");
+    plug_other("VKT531A", "COM8");
+    plug_other("VKT531A", "COM9");
+    sim::module_t* modules[] = {module.get(), others[0].get(), others[1].get()};
+    std::size_t line = 0;
+    for (int round = 0; round < rounds; ++round) {
+        const uint8_t rate = static_cast<uint8_t>(1 + random() % 15);
+        const std::string path = profile_file("VKT531A", {"can_baud_rate=" + std::to_string(rate)});
+        for (sim::module_t* one : modules) {
+            std::vector<uint8_t> memory = one->memory();
+            memory[4] = 0;
+            one->set_memory(memory);
+            const auto after = static_cast<uint32_t>(random() % 3); // the handshake, the write, the read
+            one->plan({.what = faults[random() % std::size(faults)], .after = after});
+        }
+        vkt({"-q", "program", path, "COM7", "COM8", "COM9", "--check", "--journal", line_csv});
+        const auto lines = journal_lines();
+        ASSERT_EQ(lines.size(), 1 + 3u * static_cast<std::size_t>(round + 1));
+        for (std::size_t i = line + 1; i < lines.size(); ++i) {
+            const sim::module_t* one = modules[lines[i].find(",COM8,") != std::string::npos   ? 1
+                                               : lines[i].find(",COM9,") != std::string::npos ? 2
+                                                                                              : 0];
+            // A module that took the write may still have failed the read; one that did not has failed.
+            const bool passed = lines[i].find(",pass,") != std::string::npos;
+            EXPECT_NE(passed, lines[i].find(",fail,") != std::string::npos) << lines[i];
+            EXPECT_TRUE(!passed || one->memory()[4] == rate) << lines[i];
+        }
+        line = lines.size() - 1;
+    }
+    EXPECT_GE(line, 100u);
+}
+
+TEST(checksums, are_those_of_everybody) { EXPECT_EQ(checksum_of("123456789"), "CBF43926"); }
+
+} // namespace

@@ -1,0 +1,193 @@
+// Traffic on the command line: what is shown, what is sent, and that the module is left as it was found.
+#include "cli/can_text.h"
+#include "tests/cli/cli_stage.h"
+#include "tests/support/pattern.h"
+#include "toolkit/core/text.h"
+
+#include <sstream>
+
+using sim::fault;
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class traffic_commands : public cli_stage {
+  protected:
+    void SetUp() override {
+        cli_stage::SetUp();
+        plug("VKT610B");
+        here_ = std::filesystem::current_path();
+        std::filesystem::current_path(files); // nothing may be left where a command is run
+    }
+    void TearDown() override {
+        EXPECT_TRUE(std::filesystem::is_empty(files));
+        std::filesystem::current_path(here_);
+        cli_stage::TearDown();
+    }
+    void module_sends(const std::string& plan) {
+        sim::traffic_plan traffic;
+        ASSERT_TRUE(sim::traffic_parse(plan, &traffic));
+        module->set_traffic(traffic);
+    }
+    /// Runs until so many lines were printed, then interrupts.
+    int vkt_for_lines(std::ptrdiff_t lines, const std::vector<std::string>& arguments) {
+        printed.clear();
+        err.clear();
+        const cli_streams streams{[&](const std::string& text) {
+                                      printed += text;
+                                      if (std::count(printed.begin(), printed.end(), '\n') >= lines)
+                                          cli_interrupt();
+                                  },
+                                  [this](const std::string& text) { err += text; }};
+        return cli_run(arguments, streams);
+    }
+    std::string printed;
+
+  private:
+    std::filesystem::path here_;
+};
+
+TEST_F(traffic_commands, monitor_shows_every_frame_in_order) {
+    module_sends("rate=500:count=50:first=1:channels=1,3:types=0,136:lengths=2");
+    EXPECT_EQ(vkt_for_lines(50, {"monitor", "COM7"}), exit_interrupted) << err;
+    EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 50);
+    std::istringstream lines(printed);
+    std::string line;
+    for (int n = 1; std::getline(lines, line); ++n)
+        EXPECT_THAT(line, FitsPattern("[-0-9]+ [:0-9]+ uart[12]-can[12] rx 0x0*" + tk_format("%x", n) +
+                                      " (标准帧-can|扩展帧-canfd) 2 [0-9A-F ]{5}"));
+    EXPECT_EQ(err, "vkt: interrupted\n");
+    EXPECT_TRUE(comes_to_mode("transfer"));
+}
+
+TEST_F(traffic_commands, monitor_in_the_log_format_and_as_json) {
+    module_sends("rate=500:count=4:first=291:channels=1,2:types=0,8,128,136:lengths=1");
+    EXPECT_EQ(vkt_for_lines(4, {"monitor", "COM7", "--candump"}), exit_interrupted);
+    EXPECT_THAT(printed, FitsPattern("\\([0-9]+\\.[0-9]{6}\\) can1 00000123#[0-9A-F]{2}\n"
+                                     "\\([0-9]+\\.[0-9]{6}\\) can0 124##0[0-9A-F]{2}\n"
+                                     "\\([0-9]+\\.[0-9]{6}\\) can1 125##0[0-9A-F]{2}\n"
+                                     "\\([0-9]+\\.[0-9]{6}\\) can0 00000126##0[0-9A-F]{2}\n"));
+    module_sends("rate=500:count=1:first=291:channels=1:types=0:lengths=1");
+    EXPECT_EQ(vkt_for_lines(1, {"monitor", "COM7", "--json"}), exit_interrupted);
+    EXPECT_THAT(printed,
+                FitsPattern(R"(\{"time_us": [0-9]+, "channel": "uart1-can1", "direction": "rx", "id": 291, )"
+                            R"("extended": false, "fd": false, "data": "[0-9A-F]{2}"\}\n)"));
+}
+
+TEST_F(traffic_commands, monitor_ends_after_its_seconds) {
+    EXPECT_EQ(vkt({"monitor", "COM7", "--seconds", "1"}), exit_good);
+    EXPECT_EQ(out + err, "");
+    EXPECT_TRUE(comes_to_mode("transfer"));
+}
+
+TEST_F(traffic_commands, monitor_counts_what_is_no_frame) {
+    module_sends("rate=500:count=20:channels=1:types=0:lengths=2:errors=wrong_command:error_every=4");
+    EXPECT_EQ(vkt({"monitor", "COM7", "--seconds", "1"}), exit_good);
+    EXPECT_THAT(err, HoldsPattern("vkt: COM7: [0-9]+ frames, [1-9][0-9]* bytes in no frame, 0 frames not shown\n"));
+}
+
+TEST_F(traffic_commands, a_module_that_is_pulled_ends_the_monitor) {
+    std::thread user([&] {
+        EXPECT_TRUE(module->wait_requests(1, 20000)); // the read; it goes to transfer mode next
+        while (module->mode() != "transfer") std::this_thread::yield();
+        module->hang_up();
+    });
+    EXPECT_EQ(vkt({"monitor", "COM7"}), exit_port);
+    user.join();
+    EXPECT_EQ(err, "vkt: COM7: 连接已断开\n");
+}
+
+TEST_F(traffic_commands, a_configuration_that_carries_no_traffic_is_refused) {
+    std::vector<uint8_t> memory = module->memory();
+    memory[8] = 0; // UART1 at 300 baud
+    module->set_memory(memory);
+    EXPECT_EQ(vkt({"monitor", "COM7"}), exit_module);
+    EXPECT_THAT(err, FitsPattern("vkt: COM7: 读配置完成: 评估板不支持300.*\n"));
+    EXPECT_EQ(vkt({"send", "COM7", "123#"}), exit_module);
+    module->plan({.what = fault::bad_check});
+    EXPECT_EQ(vkt({"monitor", "COM7"}), exit_module);
+    EXPECT_EQ(err, "vkt: COM7: 读配置: 应答帧校验失败\n");
+}
+
+TEST_F(traffic_commands, other_families_have_no_traffic) {
+    EXPECT_EQ(vkt({"monitor", "COM7", "-m", "VKT531A"}), exit_usage);
+    EXPECT_EQ(err, "vkt: VKT531A has no transfer mode\n");
+    EXPECT_EQ(vkt({"send", "COM7", "123#", "-m", "VKT510A"}), exit_usage);
+    EXPECT_EQ(module->received().size(), 0u);
+}
+
+// ---- send ----
+
+TEST_F(traffic_commands, send_once) {
+    EXPECT_EQ(vkt({"send", "COM7", "123#1122"}), exit_good) << err;
+    EXPECT_EQ(out, "COM7: 1 sent\n");
+    ASSERT_TRUE(module->wait_traffic(0, 1, 10000));
+    const std::vector<uint8_t> frame = {0xAA, 0x07, 0x04, 0x01, 0x00, 0x23, 0x01, 0x00, 0x00, 0x11, 0x22};
+    const auto got = module->traffic_received();
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(std::vector<uint8_t>(got[0].frame.begin() + 1, got[0].frame.end()),
+              std::vector<uint8_t>(frame.begin() + 1, frame.end()));
+    EXPECT_TRUE(comes_to_mode("transfer"));
+}
+
+TEST_F(traffic_commands, send_many_on_a_channel) {
+    EXPECT_EQ(
+        vkt({"send", "COM7", "1ABCDEF0##0112233", "--every", "2ms", "--count", "20", "--channel", "5", "--json"}),
+        exit_good)
+        << err;
+    EXPECT_EQ(out, "{\"port\": \"COM7\", \"sent\": 20}\n");
+    ASSERT_TRUE(module->wait_traffic(0, 20, 10000));
+    for (const sim::traffic_note& note : module->traffic_received()) {
+        EXPECT_EQ(note.frame[3], 5);
+        EXPECT_EQ(note.frame[4], 0x88);
+    }
+}
+
+TEST_F(traffic_commands, send_can_be_interrupted) {
+    std::thread user([&] {
+        EXPECT_TRUE(module->wait_traffic(0, 3, 20000));
+        cli_interrupt();
+    });
+    EXPECT_EQ(vkt({"send", "COM7", "123#", "--every", "1ms", "--count", "1000000"}), exit_interrupted);
+    user.join();
+    EXPECT_THAT(out, FitsPattern("COM7: [1-9][0-9]* sent\n"));
+    EXPECT_TRUE(comes_to_mode("transfer"));
+}
+
+TEST_F(traffic_commands, what_cannot_be_sent_is_said_before_anything) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"123", "not of the form ID#DATA"},
+        {"12x#11", "not of the form ID#DATA"},
+        {"#11", "an identifier has 3 or 8 digits"},
+        {"1234#11", "an identifier has 3 or 8 digits"},
+        {"800#", "the identifier is above 7FF"},
+        {"20000000#", "the identifier is above 1FFFFFFF"},
+        {"123#1", "the data are no pairs of hex digits"},
+        {"123#R", "the data are no pairs of hex digits"},
+        {"123#112233445566778899", "no frame has 9 data bytes"},
+        {"123##", "a digit of flags stands behind ##"},
+        {"123##0112233445566778899", "no frame has 9 data bytes"},
+    };
+    for (const auto& [frame, why] : rows) {
+        EXPECT_EQ(vkt({"send", "COM7", frame}), exit_usage);
+        EXPECT_EQ(err, std::string("vkt: ") + frame + ": " + why + "\n");
+    }
+    EXPECT_EQ(vkt({"send", "COM7", "123#", "--every", "soon"}), exit_usage);
+    EXPECT_EQ(err, "vkt: --every soon: not a time like 10ms or 1s\n");
+    for (const char* option : {"--channel=6", "--channel=0", "--count=0", "--count=x"})
+        EXPECT_EQ(vkt({"send", "COM7", "123#", option}), exit_usage) << option;
+    EXPECT_EQ(module->received().size(), 0u);
+}
+
+TEST(durations, in_two_units) {
+    EXPECT_EQ(duration_ms("10ms"), 10);
+    EXPECT_EQ(duration_ms("10"), 10);
+    EXPECT_EQ(duration_ms("1.5s"), 1500);
+    EXPECT_EQ(duration_ms("0"), 0);
+    for (const char* bad : {"", "ms", "-1ms", "1m", "1e9s", "nan", "inf", "1 s"})
+        EXPECT_FALSE(duration_ms(bad)) << bad;
+}
+
+} // namespace
