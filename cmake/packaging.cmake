@@ -22,8 +22,15 @@ function(vkt_install_program target)
     if(WIN32)
         install(TARGETS ${target} RUNTIME DESTINATION bin)
     else()
-        install(TARGETS ${target} RUNTIME DESTINATION lib/vktcfgtools)
+        install(TARGETS ${target} RUNTIME DESTINATION lib/vktcfgtools/bin)
     endif()
+endfunction()
+
+# vkt_install_link(TO FOLDER NAME): a symbolic link.
+function(vkt_install_link to folder name)
+    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
+    file(CREATE_LINK ${to} ${CMAKE_BINARY_DIR}/package/${name} SYMBOLIC)
+    install(FILES ${CMAKE_BINARY_DIR}/package/${name} DESTINATION ${folder})
 endfunction()
 
 # vkt_install_data(): what the window program reads, and what a package tells of itself.
@@ -44,6 +51,10 @@ function(vkt_install_data)
     install(DIRECTORY ${PROJECT_SOURCE_DIR}/res DESTINATION share/vktcfgtools ${resources})
     install(DIRECTORY ${PROJECT_SOURCE_DIR}/tools/bps_data_list DESTINATION share/vktcfgtools/tools)
     install(PROGRAMS ${packaging}/linux/vktcfgtools DESTINATION bin)
+    # vkt works where it is called, and finds the timing lists beside its own folder.
+    vkt_install_link(../lib/vktcfgtools/bin/vkt bin vkt)
+    vkt_install_link(../../share/vktcfgtools/tools lib/vktcfgtools tools)
+    install(FILES ${PROJECT_SOURCE_DIR}/cli/vkt.bash DESTINATION share/bash-completion/completions RENAME vkt)
     install(FILES ${packaging}/linux/VKTCfgTools.desktop DESTINATION share/applications)
     string(TIMESTAMP VKT_DATE "%Y-%m-%d" UTC) # SOURCE_DATE_EPOCH's day, if that is set
     configure_file(${packaging}/linux/io.vktcfgtools.VKTCfgTools.metainfo.xml.in
@@ -57,12 +68,14 @@ function(vkt_install_data)
     install(FILES ${packaging}/linux/copyright ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/README.zh-CN.md DESTINATION share/doc/vktcfgtools)
     vkt_install_compressed(CHANGELOG.md share/doc/vktcfgtools changelog.gz)
     vkt_install_compressed(packaging/linux/vktcfgtools.1 share/man/man1 vktcfgtools.1.gz)
+    vkt_install_compressed(cli/vkt.1 share/man/man1 vkt.1.gz)
 endfunction()
 
 # vkt_install_compressed(FILE FOLDER NAME): a packed file, the same one every time.
 function(vkt_install_compressed file folder name)
     set(packed ${CMAKE_BINARY_DIR}/package/${name})
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${file})
+    file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
     execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/${file} OUTPUT_FILE ${packed} COMMAND_ERROR_IS_FATAL ANY)
     install(FILES ${packed} DESTINATION ${folder})
 endfunction()

@@ -51,7 +51,7 @@ files >"$work/before"
 
 say "the package"
 check "installing" inside dpkg -i /tmp/package.deb
-check "the program links" inside sh -c '! ldd /usr/lib/vktcfgtools/VKTCfgTools | grep "not found"'
+check "the program links" inside sh -c '! ldd /usr/lib/vktcfgtools/bin/VKTCfgTools | grep "not found"'
 cp "$simulator" "$root/usr/local/bin/vkt_sim"
 inside useradd -m engineer
 cat >"$root/tmp/session.sh" <<'END'
@@ -80,6 +80,8 @@ wait progress/label3 text 写配置完成 10000
 click progress/ok
 close
 END
+check "vkt knows the timing lists" inside vkt timing --nominal 500K --data 2M
+check "vkt has its manual page and completion" inside ls /usr/share/man/man1/vkt.1.gz /usr/share/bash-completion/completions/vkt
 check "a session as a new user" inside su - engineer -c 'sh /tmp/session.sh'
 rm "$root/usr/local/bin/vkt_sim"
 check "removing" inside apt-get -q purge -y vktcfgtools

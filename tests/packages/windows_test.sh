@@ -32,6 +32,9 @@ system_dlls_only() {
 }
 # subsystem EXE: 2 is a window program, to which Windows gives no console, 3 a console program.
 subsystem() { x86_64-w64-mingw32-objdump -p "$1" | sed -n 's/^Subsystem[^0-9]*0*\([0-9]*\).*/\1/p'; }
+is_console_program() { [ "$(subsystem "$1")" = 3 ]; }
+vkt() { (cd / && "$wine" "$tree/bin/vkt.exe" "$@"); }
+says_version() { vkt --version | tr -d '\r' | grep -x ".*$version"; }
 is_window_program() { [ "$(subsystem "$1")" = 2 ]; }
 holds() {
     python3 - "$@" <<'END'
@@ -48,7 +51,7 @@ windows_path() { printf 'Z:%s' "${1//\//\\}"; }
 # ---- the archive
 check "unpacking" unzip -q "dist/$name.zip" -d "$work"
 tree="$work/$name"
-for file in bin/VKTCfgTools.exe res/default/ui/home_page.ui res/default/styles/default.qss res/default/strings/zh_CN.ts \
+for file in bin/VKTCfgTools.exe bin/vkt.exe res/default/ui/home_page.ui res/default/styles/default.qss res/default/strings/zh_CN.ts \
     res/default/fonts/vkt_sans.otf tools/bps_data_list/vkt610b_bps_canfd1_c_2_1000.txt README.zh-CN.md \
     docs/screenshots/generic_change.png licences/VKTCfgTools.txt licences/fonts.txt licences/LGPL-3.txt licences/GPL-3.txt \
     licences/READ-ME.txt licences/qt6-base.txt; do
@@ -59,6 +62,10 @@ mkdir -p "$tree/log"
 check "all timing lists" diff -r tools/bps_data_list "$tree/tools/bps_data_list"
 check "imports of the system only" system_dlls_only "$tree/bin/VKTCfgTools.exe"
 check "no console of its own" is_window_program "$tree/bin/VKTCfgTools.exe"
+check "vkt is a console program" is_console_program "$tree/bin/vkt.exe"
+check "imports of vkt" system_dlls_only "$tree/bin/vkt.exe"
+check "vkt finds the timing lists" vkt timing --nominal 500K --data 2M
+check "vkt's version" says_version
 check "version information" holds "$tree/bin/VKTCfgTools.exe" FileVersion "$version" VKTCfgTools.exe "VKT 模块配置程序"
 check "manifest" holds "$tree/bin/VKTCfgTools.exe" "PerMonitorV2, PerMonitor" ">UTF-8</activeCodePage>" \
     ">true</longPathAware>" "Microsoft.Windows.Common-Controls" 'level="asInvoker"'
@@ -80,7 +87,7 @@ check "installing once more" "$wine" "dist/$name-setup.exe" /S "/D=$(windows_pat
 check "the user's files are still there" grep -q mine "$to/bin/can_record_data.csv" "$to/log/err-2026-1-1-1.txt"
 check "uninstalling" "$wine" "$to/uninstall.exe" /S "_?=$(windows_path "$to")"
 check "the user's files stay" grep -q mine "$to/bin/can_record_data.csv" "$to/log/err-2026-1-1-1.txt"
-for file in bin/VKTCfgTools.exe res tools licences docs README.zh-CN.md; do
+for file in bin/VKTCfgTools.exe bin/vkt.exe res tools licences docs README.zh-CN.md; do
     check "$file is gone" gone "$to/$file"
 done
 not_listed() { ! listed; }
