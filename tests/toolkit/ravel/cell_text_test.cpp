@@ -25,6 +25,15 @@ TEST_F(cell_text, a_text_that_has_room_stays_whole) {
     EXPECT_EQ(glyphs().cut(QString(), 0), QString());
 }
 
+TEST_F(cell_text, the_room_that_a_text_needs_is_enough_and_no_more) {
+    QString text;
+    for (int i = 0; i < 100; ++i) {
+        text += QStringLiteral("0A iW标-")[i % 7];
+        EXPECT_EQ(glyphs().cut(text, glyphs().room(text)), text);
+        EXPECT_NE(glyphs().cut(text, glyphs().room(text) - 1), text);
+    }
+}
+
 TEST_F(cell_text, a_text_that_has_none_ends_in_dots) {
     const QString text = QStringLiteral("0123456789");
     const int dots = glyphs().width(QStringLiteral("…"));

@@ -3,6 +3,12 @@
 #include "toolkit/ravel/qt/drive_input.h"
 #include "toolkit/table_view/table_view.h"
 
+#include <QAbstractScrollArea>
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QScrollBar>
+#include <QWheelEvent>
+
 namespace {
 
 const std::string columns_layout =
@@ -37,11 +43,11 @@ class wide_rows : public stage {
     }
     void open_with(const std::string& property) {
         made.clear();
-        open(ui_window(ui_widget("QWidget", "box", "0 0 400 28",
-                                 ui_widget("QWidget", "captions", "0 0 100 28",
+        open(ui_window(ui_widget("QWidget", "box", "0 0 400 40",
+                                 ui_widget("QWidget", "captions", "0 3 100 30",
                                            columns_layout + column("head_index", fixed_size, "hint") +
                                                column("head_data", growing_size, "hint") + "</layout>")) +
-                       ui_widget("table_client", "table_client", "0 28 400 280",
+                       ui_widget("table_client", "table_client", "0 40 400 280",
                                  ui_dynamic("row_layout", "row") + ui_dynamic("class", "records") + property)));
         client = at("table_client");
         table_client_set_on_load_data(client, [this](uint32_t index, widget* row) {
@@ -67,6 +73,7 @@ class wide_rows : public stage {
     }
     static int px(widget* w, const char* what) { return widget_get_prop_int(w, what, -1000); }
     widget* data(std::size_t row = 0) const { return widget_child(made.at(row), "data"); }
+    QScrollBar* bar() const { return static_cast<QAbstractScrollArea*>(qwidget_of(client))->horizontalScrollBar(); }
     /// How far the rows and the header stand to the left; -1 when they disagree.
     int aside() const {
         const int rows_at = -px(made.at(0), "x");
@@ -85,10 +92,15 @@ TEST_F(wide_rows, a_row_is_as_wide_as_the_view_where_that_is_enough) {
     rows(3, "00 11 22");
     EXPECT_EQ(px(made.at(0), "w"), view_width);
     EXPECT_EQ(px(at("captions"), "w"), view_width);
-    EXPECT_EQ(px(at("captions"), "h"), 28);
+    EXPECT_EQ(px(at("captions"), "y"), 3);
+    EXPECT_EQ(px(at("captions"), "h"), 30);
+    EXPECT_FALSE(bar()->isVisible());
     come();
     key("Right");
     EXPECT_EQ(aside(), 0);
+    QKeyEvent right(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier);
+    QCoreApplication::sendEvent(qwidget_of(client), &right);
+    EXPECT_FALSE(right.isAccepted()) << "somebody else may take it";
 }
 
 TEST_F(wide_rows, the_longest_text_that_was_seen_stands_uncut) {
@@ -97,6 +109,9 @@ TEST_F(wide_rows, the_longest_text_that_was_seen_stands_uncut) {
     EXPECT_EQ(px(data(), "w"), px(data(), "text_w"));
     EXPECT_EQ(px(at("captions"), "w"), px(made.at(0), "w"));
     EXPECT_EQ(px(at("head_data"), "x"), px(data(), "x"));
+    EXPECT_TRUE(bar()->isVisible());
+    EXPECT_EQ(bar()->pageStep(), view_width);
+    EXPECT_EQ(bar()->singleStep(), 64);
     const int wide = px(made.at(0), "w");
     rows(3, "short");
     EXPECT_EQ(px(made.at(0), "w"), wide) << "columns do not jump with every record";
@@ -164,6 +179,13 @@ TEST_F(wide_rows, the_wheel_with_shift_turns_it_aside_and_without_up_and_down) {
     rows(100, "short");
     turn(-120, true);
     EXPECT_EQ(aside(), 0) << "nothing is there";
+    EXPECT_GT(table_client_first_row(client), 0u) << "so it turns what it turns without";
+    rows(100, long_text);
+    // As systems report it that swap the two themselves.
+    QWheelEvent swapped(QPointF(100, 100), QPointF(100, 100), QPoint(), QPoint(-120, 0), Qt::NoButton,
+                        Qt::ShiftModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(static_cast<QAbstractScrollArea*>(qwidget_of(client))->viewport(), &swapped);
+    EXPECT_EQ(aside(), 64);
 }
 
 TEST_F(wide_rows, moved_aside_the_pointer_meets_what_is_seen) {
