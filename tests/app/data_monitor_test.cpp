@@ -13,6 +13,15 @@ class data_monitor : public app_test {
     }
 };
 
+TEST_F(data_monitor, a_port_that_was_lost_on_its_page_is_lost_on_the_home_page_too) {
+    const std::string before = text(home(), "state_word");
+    data_monitor_left(false);
+    EXPECT_EQ(text(home(), "state_word"), before);
+    data_monitor_left(true);
+    EXPECT_EQ(text(home(), "state_word"), "连接已断开");
+    EXPECT_EQ(buttons(), "drwf") << "as after a session that found it lost";
+}
+
 TEST_F(data_monitor, the_button_shows_for_this_family_only) {
     EXPECT_FALSE(visible("button_data"));
     pick("combo_box_ex_dev", "VKT610B");
