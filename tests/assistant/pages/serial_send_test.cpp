@@ -142,6 +142,24 @@ TEST_F(serial_send, while_somebody_has_the_port_nothing_is_sent) {
     does("expect ~/label_result state \"\"\nexpect ~/button_send focused 1\n");
 }
 
+TEST_F(serial_send, the_frame_before_is_waited_for_over_a_closed_dialog) {
+    assistant_timing_get().port_wait_ms = 60000;
+    open_connected();
+    port_lease other = data_session().take_port(1000);
+    ASSERT_TRUE(other);
+    does("click ~/button_send\nexpect ~/button_send enabled 0\nclick ~/button_exit\n");
+    open();
+    answer_message();
+    does("click ~/button_send\n");
+    EXPECT_TRUE(wait([this] { return !message_seen.empty(); }));
+    EXPECT_EQ(message_seen, "上一帧还没有发送完，请稍后再试");
+    other.give_back();
+    ASSERT_TRUE(wait([] { return serial_send_assistant().history().size() == 1; }));
+    EXPECT_EQ(shown("label_result"), "") << "this opening has sent nothing";
+    does("click ~/button_send\nwait ~/label_result state ok\n");
+    EXPECT_TRUE(module->wait_traffic(0, 2, 10000));
+}
+
 TEST_F(serial_send, a_thread_that_cannot_start_is_said_as_such) {
     tk_thread_refuse(1);
     EXPECT_EQ(navigator_to("serial_send"), RET_FAIL);
