@@ -235,6 +235,7 @@ TEST_F(serial_send, long_data_are_cut_and_shown_whole_when_held) {
 TEST_F(serial_send, the_end_stays_in_view_until_one_scrolls_away) {
     open_connected();
     const auto piece = [](uint8_t byte) { return std::vector<uint8_t>(160, byte); };
+    say({0x00}); // the first row alone is the end, too
     for (uint8_t i = 1; i <= 5; ++i) say(piece(i));
     const auto end_shows = [] {
         return wait([] {
