@@ -93,11 +93,10 @@ std::optional<std::size_t> serial_assistant::receive_once() {
         // Before the port is free: what is sent next stands behind it.
         if (read.ok()) log_.received(std::span(buffer).first(read.bytes), time_stamp_now());
     }
-    if (!read.ok()) return 0;
-    ask_refresh();
-    return read.bytes;
+    return read.ok() ? read.bytes : 0;
 }
 
+/// Looks at what was received, and has it shown.
 uint32_t serial_assistant::analyse() {
     uint64_t seen = 0;
     while (log_.wait_received(&seen)) {

@@ -93,6 +93,7 @@ TEST(send_frame, bounds_follow_the_kind_of_frame) {
 TEST(send_frame, the_hint_says_what_the_frame_carries) {
     EXPECT_EQ(assistant_hint(""), "");
     EXPECT_EQ(assistant_hint("1"), "长度 1：数据 1 字节");
+    EXPECT_EQ(assistant_hint("09afAF"), "长度 6：数据 3 字节，补 3 个 00") << "digits all";
     EXPECT_EQ(assistant_hint("1122"), "长度 4：数据 2 字节，补 2 个 00");
     EXPECT_EQ(assistant_hint("11x2"), "长度 4：数据 2 字节，补 2 个 00；非十六进制字符为 0");
     EXPECT_EQ(assistant_hint(std::string(65, 'a')), "长度 64：数据 32 字节，补 32 个 00；只取前 64 个字符");

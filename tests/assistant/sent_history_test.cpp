@@ -63,6 +63,8 @@ TEST_F(history_of, the_last_twenty_newest_first_and_after_a_restart) {
         EXPECT_TRUE(history.entries().empty());
         for (uint32_t i = 0; i < 21; ++i) EXPECT_EQ(history.add(form(i)), RET_OK);
     }
+    EXPECT_THAT(text_of(path), testing::HasSubstr(R"("sent_1": "4 8 128 20 11 22")"));
+    EXPECT_THAT(text_of(path), testing::HasSubstr(R"("sent_20": "4 8 128 1 11 22")"));
     const sent_history history(path);
     ASSERT_EQ(history.entries().size(), 20u);
     EXPECT_EQ(history.entries().front(), form(20));

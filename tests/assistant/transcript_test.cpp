@@ -211,4 +211,15 @@ TEST_F(transcript_of, one_thread_appends_while_another_walks_and_shows) {
     EXPECT_EQ(log.counts().frames, 500u);
 }
 
+TEST(transcript, a_frame_arrives_with_its_last_byte) {
+    transcript log;
+    log.received(std::span(good).first(13), at(1));
+    log.received(std::span(good).last(1), at(2));
+    while (log.walk()) {
+    }
+    transcript_frame found;
+    ASSERT_TRUE(log.frame(0, &found));
+    EXPECT_EQ(found.local_us, 2);
+}
+
 } // namespace

@@ -129,6 +129,17 @@ TEST_F(serial_send_keep, the_record_is_saved_to_a_file) {
     EXPECT_EQ(file_text(saved_file), std::string(line) + "41 42\n");
 }
 
+TEST_F(serial_send_keep, one_text_is_made_at_a_time) {
+    open();
+    log().received(std::vector<uint8_t>(transcript_store_size, 0x41), time_stamp_now());
+    does("wait ~/button_copy enabled 1\n");
+    EXPECT_EQ(widget_dispatch_simple_event(in("button_copy"), event_type::click), RET_OK);
+    widget_dispatch_simple_event(in("button_save"), event_type::click);
+    EXPECT_EQ(shown("label_result"), "请稍候");
+    does("expect ~/label_result state warning\nwait ~/label_result text 已复制\nexpect ~/label_result state ok\n");
+    EXPECT_FALSE(std::filesystem::exists(saved_file));
+}
+
 TEST_F(serial_send_keep, a_record_that_is_cleared_meanwhile_is_not_copied) {
     open();
     log().received(std::vector<uint8_t>(transcript_store_size, 0x41), time_stamp_now());

@@ -143,6 +143,24 @@ TEST_F(serial_send, while_somebody_has_the_port_nothing_is_sent) {
     does("expect ~/label_result state \"\"\nexpect ~/button_send focused 1\n");
 }
 
+TEST_F(serial_send, the_frame_before_is_waited_for_over_a_closed_dialog) {
+    assistant_timing_get().port_wait_ms = 60000;
+    open_connected();
+    port_lease other = data_session().take_port(1000);
+    ASSERT_TRUE(other);
+    does("click ~/button_send\nexpect ~/button_send enabled 0\nclick ~/button_exit\n");
+    open();
+    answer_message();
+    does("click ~/button_send\n");
+    EXPECT_TRUE(wait([this] { return !message_seen.empty(); }));
+    EXPECT_EQ(message_seen, "上一帧还没有发送完，请稍后再试");
+    other.give_back();
+    ASSERT_TRUE(wait([] { return serial_send_assistant().history().size() == 1; }));
+    EXPECT_EQ(shown("label_result"), "") << "this opening has sent nothing";
+    does("click ~/button_send\nwait ~/label_result state ok\n");
+    EXPECT_TRUE(module->wait_traffic(0, 2, 10000));
+}
+
 TEST_F(serial_send, a_thread_that_cannot_start_is_said_as_such) {
     tk_thread_refuse(1);
     EXPECT_EQ(navigator_to("serial_send"), RET_FAIL);
@@ -218,6 +236,7 @@ TEST_F(serial_send, long_data_are_cut_and_shown_whole_when_held) {
 TEST_F(serial_send, the_end_stays_in_view_until_one_scrolls_away) {
     open_connected();
     const auto piece = [](uint8_t byte) { return std::vector<uint8_t>(160, byte); };
+    say({0x00}); // the first row alone is the end, too
     for (uint8_t i = 1; i <= 5; ++i) say(piece(i));
     const auto end_shows = [] {
         return wait([] {
