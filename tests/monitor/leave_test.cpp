@@ -190,6 +190,17 @@ TEST_F(visits, a_module_that_vanishes_ends_receiving_with_one_line) {
         << said;
 }
 
+TEST_F(visits, a_module_that_vanishes_in_a_pause_is_noticed) {
+    ASSERT_EQ(begin(traffic_run::pause), 0);
+    ASSERT_TRUE(wait_link(traffic_link::open));
+    module->hang_up();
+    ASSERT_TRUE(wait_link(traffic_link::lost));
+    page->set_run(traffic_run::run);
+    ASSERT_TRUE(wait([] { return workers_running() == 1; })) << "it does not try again";
+    close();
+    EXPECT_TRUE(port_is_free());
+}
+
 TEST_F(visits, sending_to_a_module_that_has_vanished_fails_and_is_done) {
     open();
     module->hang_up();
