@@ -146,7 +146,7 @@ run_windows() {
         return
     fi
     # The whole program is played from what users unpack.
-    [ "$host" != dev ] || program_stage=$(ls -d "build/解压 unpacked"/*)
+    [ "$host" != dev ] || program_stage=$(echo "$PWD/build/解压 unpacked"/*)
     say "windows: tests under Wine"
     VKT_PROGRAM_STAGE=$program_stage "${display[@]}" packaging/windows/wine-tests.sh "${ctest_options[@]}" 2>&1 |
         tee "$log" | brief
