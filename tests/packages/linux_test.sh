@@ -16,18 +16,7 @@ finish() {
     rm -rf "$work"
 }
 trap finish EXIT
-passed=0 failed=0
-check() {
-    local what=$1
-    shift
-    if "$@" >"$work/out.txt" 2>&1; then
-        passed=$((passed + 1))
-    else
-        failed=$((failed + 1))
-        echo "FAILED: $what"
-        tail -n 30 "$work/out.txt"
-    fi
-}
+. tests/packages/checks.sh
 inside() { chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive "$@"; }
 files() { (cd "$root" && find etc usr opt -xdev ! -path 'usr/share/*/__pycache__*' | sort); }
 
@@ -88,5 +77,4 @@ check "removing" inside apt-get -q purge -y vktcfgtools
 files >"$work/after"
 check "nothing is left" diff <(grep -v '^etc/\(passwd\|group\|shadow\|gshadow\|sub.id\)' "$work/before") \
     <(grep -v '^etc/\(passwd\|group\|shadow\|gshadow\|sub.id\)' "$work/after")
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
+check_end

@@ -11,20 +11,7 @@ name=VKTCfgTools-$version-windows-x64
 work=$(mktemp -dt "包 test.XXXXXX")
 to=$(mktemp -dt "装.XXXXXX") # the installer takes no quotes around its folder's name
 trap 'rm -rf "$work" "$to"' EXIT
-passed=0 failed=0
-
-# check WHAT COMMAND...
-check() {
-    local what=$1
-    shift
-    if "$@" >"$work/out.txt" 2>&1; then
-        passed=$((passed + 1))
-    else
-        failed=$((failed + 1))
-        echo "FAILED: $what"
-        tail -n 30 "$work/out.txt"
-    fi
-}
+. tests/packages/checks.sh
 gone() { [ ! -e "$1" ]; }
 system_dlls_only() {
     ! x86_64-w64-mingw32-objdump -p "$1" | sed -n 's/.*DLL Name: //p' | grep -viE \
@@ -95,5 +82,4 @@ check "no longer listed" not_listed
 not_in_start_menu() { ! in_start_menu; }
 check "no entry in the start menu" not_in_start_menu
 
-echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
+check_end
