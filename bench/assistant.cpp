@@ -2,6 +2,7 @@
 // while it is saved.
 #include "app/application.h"
 #include "assistant/pages/serial_send.h"
+#include "bench/program_up.h"
 #include "shell/navigator.h"
 #include "toolkit/core/idle.h"
 #include "toolkit/ravel/drive.h"
@@ -101,17 +102,7 @@ bool verdict(const char* what, double ms) {
 } // namespace
 
 int main() {
-    tk_pre_init();
-    if (tk_init(1280, 750, app_type::desktop, "bench", "../res") != RET_OK) {
-        std::fputs("bench_assistant: run it in stage/bin\n", stderr);
-        return 1;
-    }
-    system_info_set_default_font("default");
-    assets_manager_set_theme("default");
-    assets_manager_preload_style();
-    tk_init_assets();
-    tk_ext_widgets_init();
-    application_init();
+    if (!bench_program_up("bench_assistant")) return 1;
     open_once(); // the threads run from now on
     fill_store(0x1000);
     const double small = opening();

@@ -1,5 +1,6 @@
 // One page edit: store, image, check byte, code view.
 #include "app/application.h"
+#include "bench/program_up.h"
 #include "platform/com_port.h"
 #include "shell/navigator.h"
 #include "toolkit/ravel/ravel.h"
@@ -38,17 +39,7 @@ class reporter : public benchmark::ConsoleReporter {
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    tk_pre_init();
-    if (tk_init(1280, 750, app_type::desktop, "bench", "../res") != RET_OK) {
-        std::fputs("bench_page_edit: run it in stage/bin\n", stderr);
-        return 1;
-    }
-    system_info_set_default_font("default");
-    assets_manager_set_theme("default");
-    assets_manager_preload_style();
-    tk_init_assets();
-    tk_ext_widgets_init();
-    application_init();
+    if (!bench_program_up("bench_page_edit")) return 1;
     benchmark::RegisterBenchmark("page_edit", page_edit)->Unit(benchmark::kMillisecond);
     reporter lines;
     benchmark::RunSpecifiedBenchmarks(&lines);

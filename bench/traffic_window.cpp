@@ -7,6 +7,7 @@
 //   bench_traffic_window page      prints what single things take with a million records, see page_times.h
 #include "app/application.h"
 #include "bench/page_times.h"
+#include "bench/program_up.h"
 #include "monitor/pages/data_page.h"
 #include "toolkit/core/idle.h"
 #include "toolkit/ravel/drive.h"
@@ -104,17 +105,10 @@ bool measure(uint32_t seconds) {
 int main(int argc, char** argv) {
     const std::string what = argc > 1 ? argv[1] : "";
     const int seconds = std::atoi(what.c_str());
-    tk_pre_init();
-    if ((seconds < 1 && what != "page") || tk_init(1280, 750, app_type::desktop, "bench", "../res") != RET_OK) {
+    if ((seconds < 1 && what != "page") || !bench_program_up("bench_traffic_window")) {
         std::fputs("bench_traffic_window: needs SECONDS or page; bench_traffic runs it\n", stderr);
         return 1;
     }
-    system_info_set_default_font("default");
-    assets_manager_set_theme("default");
-    assets_manager_preload_style();
-    tk_init_assets();
-    tk_ext_widgets_init();
-    application_init();
     bool good =
         play("pick home_page/combo_box_ex_dev VKT610B\nwait home_page/combo_box_ex_serial option COM9 20000\n"
              "type home_page/combo_box_ex_serial COM9\nkey Tab\nclick home_page/button\n"
