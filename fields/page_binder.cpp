@@ -108,6 +108,8 @@ ret_t page_event(const page_table& table, const page_row& row, widget* page, dev
     }
     // A value that was refused has followed the rules all the same; after a store that failed nothing more happens.
     if (result == RET_OK) follow(table, row, page, dev);
+    if (what.type != event_type::focus)
+        dev_edited(dev, {.what = row.what, .typing = what.type == event_type::value_changing});
     return result;
 }
 

@@ -57,7 +57,7 @@ const char* program_version();
 
 /// The defaults of a model. Nothing for a text that is no model of the list.
 std::optional<profile> profile_default(family_list families, const std::string& model);
-/// What is edited of a device.
+/// What is edited of a device: the values that a write would send.
 profile profile_of(const dev_obj& dev, const std::string& model);
 
 /// Reads a profile's text. `for_family`, if given, refuses another family's models; whether the model is the one at

@@ -133,27 +133,34 @@ ret_t value_store(const field& row, const field_value& value, tk_object* props) 
     return RET_FAIL;
 }
 
-std::optional<field_value> value_in_image(const family_descriptor& of, const field& row,
-                                          std::span<const uint8_t> image) {
+std::optional<uint64_t> place_bits(const family_descriptor& of, const field& row, std::span<const uint8_t> image) {
     const field_place& place = row.place;
     uint64_t number = 0;
     if (place.bits == 0) return std::nullopt;
     if (of.of_registers) {
         if (image.size() < 4u * place.at + 4) return std::nullopt;
         for (std::size_t i = 4; i-- > 0;) number = number << 8 | image[4u * place.at + i];
-        number = number >> place.bit & ((uint64_t{1} << place.bits) - 1);
-        return field_value{static_cast<uint32_t>(number)};
+        return number >> place.bit & ((uint64_t{1} << place.bits) - 1);
     }
     if (image.size() < place.at + place.bytes()) return std::nullopt;
-    const auto bytes = image.subspan(place.at, place.bytes());
-    for (const uint8_t byte : bytes) number = number << 8 | byte;
-    if (row.form == value_form::hex_text) return field_value{0, hex_pairs_from_bytes(bytes)};
-    if (row.form == value_form::yes_no) return field_value{0, number != 0 ? yes : no};
+    for (const uint8_t byte : image.subspan(place.at, place.bytes())) number = number << 8 | byte;
+    return number;
+}
+
+std::optional<field_value> value_in_image(const family_descriptor& of, const field& row,
+                                          std::span<const uint8_t> image) {
+    const std::optional<uint64_t> number = place_bits(of, row, image);
+    if (!number) return std::nullopt;
+    const auto low = static_cast<uint32_t>(*number);
+    if (of.of_registers) return field_value{low};
+    if (row.form == value_form::hex_text)
+        return field_value{0, hex_pairs_from_bytes(image.subspan(row.place.at, row.place.bytes()))};
+    if (row.form == value_form::yes_no) return field_value{0, low != 0 ? yes : no};
     if (row.form == value_form::text) {
-        const choice_option* choice = choice_of(row, static_cast<uint32_t>(number));
-        return field_value{0, choice == nullptr ? std::to_string(number) : choice->text};
+        const choice_option* choice = choice_of(row, low);
+        return field_value{0, choice == nullptr ? std::to_string(low) : choice->text};
     }
-    return field_value{static_cast<uint32_t>(number)};
+    return field_value{low};
 }
 
 std::string value_shown(const field& row, const field_value& value) {

@@ -25,6 +25,8 @@ field_value value_of(const field& row, const tk_object* props);
 /// Stores it. RET_FAIL when the store refuses the key.
 ret_t value_store(const field& row, const field_value& value, tk_object* props);
 
+/// The field's bits in an image, as a number; nothing for one without a place.
+std::optional<uint64_t> place_bits(const family_descriptor& of, const field& row, std::span<const uint8_t> image);
 /// What an image holds for the field; nothing for one without a place.
 std::optional<field_value> value_in_image(const family_descriptor& of, const field& row,
                                           std::span<const uint8_t> image);

@@ -1,5 +1,7 @@
 #include "session/dev_obj.h"
 
+#include "toolkit/core/date_time.h"
+
 #include <algorithm>
 
 dev_obj::dev_obj(const family_descriptor& family, session_reports reports)
@@ -25,7 +27,18 @@ void dev_show(const dev_obj& dev) {
     if (dev.shown) dev.shown();
 }
 
+void dev_edited(const dev_obj& dev, const edit_cause& cause) {
+    if (dev.edited) dev.edited(cause);
+}
+
+void dev_module_holds(dev_obj& dev, std::span<const uint8_t> image) {
+    if (image.size() == dev.image.size()) dev.in_module = {{image.begin(), image.end()}, time_now_ms()};
+}
+
+void dev_module_unknown(dev_obj& dev) { dev.in_module.reset(); }
+
 void dev_accept(dev_obj& dev, std::span<const uint8_t> image) {
+    dev_module_holds(dev, image);
     if (image.size() == dev.image.size()) std::ranges::copy(image, dev.image.begin());
     dev.of.decode(dev);
     if (dev.of.encodes_after_decode) dev.of.encode(dev);

@@ -12,7 +12,7 @@ SESSION = CORE + ["serial", "session"]
 SHELL = CORE + VIEW + ["shell"]
 FIELDS = SESSION + SHELL + ["fields"]
 FAMILIES = ["dev_generic", "dev_a", "dev_b"]
-ENGINES = SESSION + ["f7"] + FAMILIES + ["profile", "monitor", "assistant"]
+ENGINES = SESSION + ["f7"] + FAMILIES + ["profile", "edits", "monitor", "assistant"]
 PAGES = [f"{folder}/pages" for folder in FAMILIES]
 ALL = ENGINES + FIELDS + PAGES + ["monitor/pages", "assistant/pages", "app", "cli"]
 
@@ -33,6 +33,7 @@ LAYERS = {
     "dev_a": SESSION + ["f7"],
     "dev_b": SESSION,
     "profile": SESSION,
+    "edits": SESSION + ["profile"],
     "monitor": SESSION,
     "assistant": SESSION,
     "shell": CORE + VIEW,

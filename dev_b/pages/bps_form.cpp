@@ -47,5 +47,6 @@ ret_t bps_change_store(dev_obj& dev, const std::function<ret_t(tk_object* props)
     const ret_t result = work(dev.props.get());
     static_cast<void>(dev_encode(dev));
     dev_show(dev);
+    dev_edited(dev, {.name = "位定时计算"});
     return result;
 }

@@ -1,4 +1,5 @@
 // Profiles: what stands in the file, that it is read back as it was, and what it does to a device.
+#include "profile/export.h"
 #include "profile/profile.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/session_fixture.h"
@@ -163,12 +164,28 @@ TEST_F(applied, what_is_edited_becomes_a_profile) {
     dev = dev_open(all_families, "VKT531A");
     tk_object_set_prop_uint8(dev->props.get(), "change_mode", 1);
     tk_object_set_prop_str(dev->props.get(), "change_fh", "4"); // as it stands while one types
+    ASSERT_EQ(dev_encode(*dev), RET_OK);
     const profile made = profile_of(*dev, "VKT530A");
     EXPECT_EQ(made.model, "VKT530A");
     EXPECT_EQ(made.find("change_mode")->value.number, 1u);
     EXPECT_EQ(made.find("change_fh")->value.text, "04");
     EXPECT_EQ(made.find("nobody"), nullptr);
     EXPECT_TRUE(profile_parse(profile_text(made), all_families).loaded);
+}
+
+// Of these the store keeps the default after a reply; a write sends what the module had.
+TEST_F(applied, a_profile_has_the_values_that_a_write_sends) {
+    dev = dev_open(all_families, "VKT531A");
+    std::vector<uint8_t> reply = dev->image;
+    reply[26] = 0x12; // acceptance code 2
+    reply[51] = 0x34; // identifier of sent frames
+    dev_accept(*dev, reply);
+    const profile made = profile_of(*dev, "VKT531A");
+    EXPECT_EQ(made.find("can_check2")->value.text, "12 00 00 00");
+    EXPECT_EQ(made.find("can_sendf_flage")->value.text, "00 00 00 34");
+    const auto other = dev_open(all_families, "VKT531A");
+    ASSERT_EQ(profile_apply(made, *other), RET_OK);
+    EXPECT_EQ(export_frames(*other, false), export_frames(*dev, false));
 }
 
 // ---- files ----
