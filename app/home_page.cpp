@@ -1,6 +1,8 @@
 #include "app/home_page.h"
 
+#include "app/change_list.h"
 #include "app/data_monitor.h"
+#include "app/edits.h"
 #include "app/families.h"
 #include "app/home_scroll.h"
 #include "app/look.h"
@@ -8,6 +10,7 @@
 #include "app/port_selector.h"
 #include "app/session_buttons.h"
 #include "app/start_objects.h"
+#include "app/truth_line.h"
 #include "app/ui_state.h"
 #include "serial/port_list.h"
 #include "shell/copy_notice.h"
@@ -40,6 +43,10 @@ constexpr binding bindings[] = {
     {"button_read", event_type::click, session_read_pressed},
     {"button_write", event_type::click, session_write_pressed},
     {"button_default", event_type::click, model_restore_defaults},
+    {"button_check", event_type::click, session_check_pressed},
+    {"button_undo", event_type::click, edits_undo},
+    {"button_redo", event_type::click, edits_redo},
+    {"truth_line", event_type::click, truth_line_pressed},
     {"button_data", event_type::click, data_monitor_pressed},
     {"button_serial_assistant", event_type::click, [](widget*) { return navigator_to("serial_send"); }},
     {"progress_button", event_type::click, progress_forward},
@@ -58,6 +65,7 @@ void bind(widget* home) {
         });
     for (const char* name : hidden_at_start) widget_set_visible(widget_lookup(home, name), false);
     model_bind(home);
+    change_list_bind(home);
     widget_set_text_utf8(widget_need(home, "version_name"), version_text);
     look_show(home);
     port_selector_bind(home);

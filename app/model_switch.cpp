@@ -1,6 +1,7 @@
 #include "app/model_switch.h"
 
 #include "app/devices.h"
+#include "app/edits.h"
 #include "app/home_scroll.h"
 #include "shell/navigator.h"
 #include "toolkit/core/log.h"
@@ -39,8 +40,10 @@ ret_t tab_fill(widget* set, const family_pages& pages, const page_tab& tab) {
 // The page is looked up below its page set: pages of several families may share widget names.
 ret_t tab_show(widget* home, const family_pages& pages, const page_tab& tab) {
     widget* set = widget_lookup(home, pages.page_set);
-    const ret_t ret = pages_set_active_by_name(set, tab.page);
-    return ret == RET_OK ? tab_fill(set, pages, tab) : ret;
+    ret_t ret = pages_set_active_by_name(set, tab.page);
+    if (ret == RET_OK) ret = tab_fill(set, pages, tab);
+    edits_show(home);
+    return ret;
 }
 
 // A tab's value changes when it goes off too; only the one that is on shows its page.
@@ -80,6 +83,7 @@ ret_t code_show(const family_pages& pages, bool restored) {
         return RET_FAIL;
     }
     const bool alternative = widget_get_value_int(form) != 0;
+    edits_code_shown(pages, restored);
     return widget_set_text_utf8(box, pages.of->code_text(*dev, {alternative, restored}).c_str());
 }
 
@@ -92,6 +96,7 @@ ret_t device_ready(widget* home, const family_pages& pages, bool renew) {
         log_console(tk_format("%s产品初始化失败\n", pages.log_name));
         return RET_FAIL;
     }
+    edits_follow(pages, *dev);
     dev->shown = [&pages] { static_cast<void>(code_show(pages, false)); };
     if (!missing && !renew && prepared().contains(&pages)) return RET_OK;
     if (pages_prepare(home, pages) == RET_OK) return RET_OK;
@@ -104,7 +109,9 @@ ret_t family_show(widget* home, const family_pages& pages, bool renew) {
     if (ret == RET_OK) ret = model_widgets_show(home, pages);
     if (ret != RET_OK) return ret;
     model_page_refresh(home);
-    return model_show_code(home);
+    ret = model_show_code(home);
+    edits_show(home);
+    return ret;
 }
 
 } // namespace
@@ -163,6 +170,7 @@ ret_t model_switch(widget* home) {
         return RET_FAIL;
     }
     set_current_model(tk_utf8_cut(widget_get_text_utf8(selector), model_text_max));
+    for (dev_obj* dev : devices()) dev_module_unknown(*dev); // another module is meant
     const family_pages* pages = model_selected(home);
     return pages == nullptr ? RET_OK : family_show(home, *pages, false);
 }
@@ -188,11 +196,20 @@ ret_t model_show_code(widget* home) {
     return pages == nullptr ? RET_FAIL : code_show(*pages, false);
 }
 
+ret_t model_show_code_as(const family_pages& pages, bool restored) { return code_show(pages, restored); }
+
+ret_t model_tab_show(widget* home, const family_pages& pages, const page_tab& tab) {
+    widget_set_value_int(widget_lookup(home, tab.button), 1);
+    return tab_show(home, pages, tab);
+}
+
 ret_t model_restore_defaults(widget* home) {
     const family_pages* pages = model_selected(home);
     dev_obj* dev = pages == nullptr ? nullptr : device_of(*pages);
     if (dev == nullptr) return RET_FAIL;
     dev_restore(*dev);
-    const ret_t ret = code_show(*pages, true);
-    return ret == RET_OK ? model_page_refresh(home) : ret;
+    ret_t ret = code_show(*pages, true);
+    if (ret == RET_OK) ret = model_page_refresh(home);
+    dev_edited(*dev, {.name = "恢复默认"});
+    return ret;
 }

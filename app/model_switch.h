@@ -31,5 +31,9 @@ const family_pages* model_selected(widget* home);
 ret_t model_page_refresh(widget* home);
 /// Shows the selected family's image in the code view.
 ret_t model_show_code(widget* home);
+/// The same of a family, in the form of restored defaults if wanted (code_form::restored).
+ret_t model_show_code_as(const family_pages& pages, bool restored);
+/// Switches to a tab of a family: its button, its page, the page's values.
+ret_t model_tab_show(widget* home, const family_pages& pages, const page_tab& tab);
 /// Writes the selected family's defaults and shows them.
 ret_t model_restore_defaults(widget* home);

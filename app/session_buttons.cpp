@@ -1,7 +1,9 @@
 #include "app/session_buttons.h"
 
 #include "app/devices.h"
+#include "app/edits.h"
 #include "app/model_switch.h"
+#include "app/module_contents.h"
 #include "app/progress.h"
 #include "app/session_focus.h"
 #include "app/session_results.h"
@@ -18,6 +20,7 @@ namespace {
 
 constexpr std::size_t port_text_max = 100;
 constexpr const char* text_get = "获取配置.....";
+constexpr const char* text_check = "校验.....";
 constexpr const char* text_read = "读配置.....";
 
 session_input input_of(widget* home, const family_pages& pages, const dev_obj& dev, session_kind kind) {
@@ -48,6 +51,7 @@ ret_t settle() {
 ret_t start(widget* home, const family_pages* pages, session_kind kind) {
     dev_obj* dev = pages == nullptr ? nullptr : device_of(*pages);
     if (dev == nullptr) return idle_queue(settle); // after the report that is on its way
+    module_session_begins(*dev, kind);
     const ret_t ret = dev->session.start(kind, input_of(home, *pages, *dev, kind));
     if (ret == RET_OK) return ret;
     const std::string line = tk_format("\n%s\nsession thread not started!\n\n", current_model().c_str());
@@ -72,6 +76,8 @@ ret_t transfer(widget* home, session_kind kind, const char* started_by) {
 
 ret_t disconnected() {
     progress_settle();
+    for (dev_obj* dev : devices()) dev_module_unknown(*dev);
+    edits_show(navigator_find("home_page"));
     port_watcher_start();
     const ret_t ret = ui_state_apply(navigator_find("home_page"), ui_state::idle);
     session_focus_back();
@@ -120,6 +126,19 @@ ret_t session_read_pressed(widget* home) {
 ret_t session_write_pressed(widget* home) {
     if (!connected()) return err_display_show(text_connect_first);
     return transfer(home, session_kind::write, "button_write");
+}
+
+ret_t session_check_pressed(widget* home) {
+    if (!connected()) return err_display_show(text_connect_first);
+    module_check_wanted(false);
+    return transfer(home, session_kind::read, "button_check");
+}
+
+ret_t session_check_after_write(widget* home) {
+    module_check_wanted(true);
+    ui_state_apply(home, ui_state::busy);
+    progress_post(10, text_check, operation::read);
+    return start(home, current_pages(), session_kind::read);
 }
 
 ret_t session_read_for_monitor(widget* home) { return transfer(home, session_kind::read, "button_data"); }

@@ -1,7 +1,9 @@
 #include "app/session_results.h"
 
 #include "app/devices.h"
+#include "app/edits.h"
 #include "app/last_session.h"
+#include "app/module_contents.h"
 #include "app/paths.h"
 #include "app/progress.h"
 #include "app/ui_state.h"
@@ -30,8 +32,16 @@ void clean_up(const family_pages& pages, uint32_t run) {
 void take_image(const family_pages& pages, const session_bytes& image) {
     dev_obj* dev = device_of(pages);
     if (dev == nullptr) return;
+    if (module_reply(*dev, image)) return;
     dev_accept(*dev, image);
     dev_show(*dev);
+    dev_edited(*dev, {.name = "读取配置"});
+}
+
+/// The last report of a session that went well.
+void take_end(const family_pages& pages, uint32_t run) {
+    clean_up(pages, run);
+    if (dev_obj* dev = device_of(pages)) module_session_ended(navigator_find(home_name), *dev);
 }
 
 bool log_append(const std::string& path, const std::string& text) {
@@ -57,7 +67,7 @@ session_reports session_results(const family_pages& pages) {
         .failed = [of](const session_failure& failure) { session_fail_post(*of, failure); },
         .image = [of](const session_bytes& image) { post([of, image] { take_image(*of, image); }); },
         .connected = [] { post([] { ui_state_apply(navigator_find(home_name), ui_state::connected); }); },
-        .finished = [of](uint32_t run) { post([of, run] { clean_up(*of, run); }); },
+        .finished = [of](uint32_t run) { post([of, run] { take_end(*of, run); }); },
     };
 }
 
@@ -80,6 +90,7 @@ ret_t session_fail_display(const family_pages& pages, const session_failure& fai
     const std::string lines = failure.log_line + failure.cause;
     if (!log_append(error_log_path(), lines)) return RET_INIT_FAILED;
     log_append(session_log_path(), lines);
+    if (dev_obj* dev = device_of(pages)) module_session_failed(*dev, failure);
     if (failure.kind == session_kind::connect) {
         if (dev_obj* dev = device_of(pages)) dev->session.give_up();
         ui_state_apply(home, ui_state::idle);
@@ -90,5 +101,6 @@ ret_t session_fail_display(const family_pages& pages, const session_failure& fai
     progress_update(
         {.window_open = true, .percent = 100, .text = failure.text, .operation = operation::connect_failed});
     last_session_line(time_now_ms(), failure.cause);
+    edits_show(home);
     return RET_OK;
 }

@@ -30,6 +30,7 @@ constexpr rule rules[] = {
     {"button2", &state_row::disconnect},
     {"button_read", &state_row::transfer},
     {"button_write", &state_row::transfer},
+    {"button_check", &state_row::transfer},
     {"button_default", &state_row::defaults},
     {"combo_box_ex_dev", &state_row::selectors},
     {"combo_box_ex_serial", &state_row::selectors},

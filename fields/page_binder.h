@@ -88,12 +88,20 @@ struct page_rules {
     std::span<const lost_line> lost{};
 };
 
+/// Where a page stands that is one of several within a tab's page.
+struct page_inside {
+    const char* page = nullptr;     ///< the tab's page; null: this one is it
+    const char* page_set = nullptr; ///< in it
+    const char* button = nullptr;   ///< its tab button there
+};
+
 struct page_table {
     const char* name; ///< of the page widget; with "_init" behind it, of its init routine in console lines
     std::span<const page_row> rows;
     page_rules rules{};
     const char* scroll_view = nullptr; ///< see scroll_attach
     const char* scroll_bar = nullptr;
+    page_inside inside{};
 };
 
 /// Attaches options and handlers on the first call for a page widget, and fills it from the device on every call.

@@ -1,7 +1,5 @@
 #include "session/dev_obj.h"
 
-#include "toolkit/core/date_time.h"
-
 #include <algorithm>
 
 dev_obj::dev_obj(const family_descriptor& family, session_reports reports)
@@ -32,7 +30,9 @@ void dev_edited(const dev_obj& dev, const edit_cause& cause) {
 }
 
 void dev_module_holds(dev_obj& dev, std::span<const uint8_t> image) {
-    if (image.size() == dev.image.size()) dev.in_module = {{image.begin(), image.end()}, time_now_ms()};
+    if (image.size() != dev.image.size()) return;
+    dev.in_module = {{image.begin(), image.end()}, {}};
+    date_time_init(&dev.in_module->at);
 }
 
 void dev_module_unknown(dev_obj& dev) { dev.in_module.reset(); }

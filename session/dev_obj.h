@@ -3,6 +3,7 @@
 #pragma once
 
 #include "session/device_session.h"
+#include "toolkit/core/date_time.h"
 
 #include <functional>
 #include <memory>
@@ -11,7 +12,7 @@
 /// What a module held when it was last heard of.
 struct module_image {
     std::vector<uint8_t> bytes; ///< as dev_obj::image
-    int64_t at_ms = 0;          ///< local wall clock
+    date_time_t at{};           ///< when that was, in local time
 };
 
 /// What has just been changed of a device, and by what.

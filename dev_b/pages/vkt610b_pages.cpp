@@ -68,10 +68,12 @@ constexpr page_table spi   {"page_vkt610b_spi",    spi_rows,    spi_rules};
 constexpr page_table uart  {"page_vkt610b_uart",   {},          rules};
 constexpr page_table canfd {"page_vkt610b_canfd",  {},          rules};
 template <int N>
-constexpr page_table uart_of{vkt610b_named<"page_vkt610b_uart_#", N>, uart_rows<N>, rules};
+constexpr page_table uart_of{.name = vkt610b_named<"page_vkt610b_uart_#", N>, .rows = uart_rows<N>, .rules = rules,
+                             .inside = {uart.name, "vkt610b_uart_pages", vkt610b_named<"tab_button_uart#", N>}};
 template <int N>
 constexpr page_table canfd_of{vkt610b_named<"page_vkt610b_canfd_#", N>, canfd_channel<N>::rows, rules,
-                              vkt610b_named<"scroll_view_vkt610b_canfd#", N>, vkt610b_named<"scroll_bar_d_can_vkt610b_canfd#", N>};
+                              vkt610b_named<"scroll_view_vkt610b_canfd#", N>, vkt610b_named<"scroll_bar_d_can_vkt610b_canfd#", N>,
+                              {canfd.name, "vkt610b_canfd_pages", vkt610b_named<"tab_button_canfd#", N>}};
 // clang-format on
 
 // ---- pages within pages ----
@@ -81,12 +83,10 @@ struct inner_pages {
     page_tab tabs[2];
 };
 
-constexpr inner_pages uart_pages = {"vkt610b_uart_pages",
-                                    {{"tab_button_uart1", "page_vkt610b_uart_1", page_init_of<uart_of<1>>},
-                                     {"tab_button_uart2", "page_vkt610b_uart_2", page_init_of<uart_of<2>>}}};
-constexpr inner_pages canfd_pages = {"vkt610b_canfd_pages",
-                                     {{"tab_button_canfd1", "page_vkt610b_canfd_1", page_init_of<canfd_of<1>>},
-                                      {"tab_button_canfd2", "page_vkt610b_canfd_2", page_init_of<canfd_of<2>>}}};
+template <const page_table& Table>
+constexpr page_tab inner_tab{Table.inside.button, Table.name, page_init_of<Table>};
+constexpr inner_pages uart_pages = {uart_of<1>.inside.page_set, {inner_tab<uart_of<1>>, inner_tab<uart_of<2>>}};
+constexpr inner_pages canfd_pages = {canfd_of<1>.inside.page_set, {inner_tab<canfd_of<1>>, inner_tab<canfd_of<2>>}};
 
 /// A tab's value changes when it goes off too; only the one that is on shows its page.
 void bind_tab(widget* page, dev_obj& dev, widget* set, const page_tab& tab) {

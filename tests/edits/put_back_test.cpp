@@ -33,9 +33,12 @@ TEST(dev_unwritten, counts_against_the_module_once_it_is_known_and_no_longer_whe
     const auto dev = dev_open(families, "VKT510A");
     std::vector<uint8_t> reply = dev->image;
     reply[42] = 1; // conversion mode
+    const date_time_t then{.hour = 14, .minute = 32, .second = 5, .year = 2025, .month = 3, .day = 4};
+    date_time_set_test_clock(&then);
     dev_module_holds(*dev, reply);
+    date_time_set_test_clock(nullptr);
     ASSERT_TRUE(dev->in_module);
-    EXPECT_GT(dev->in_module->at_ms, 0);
+    EXPECT_EQ(dev->in_module->at.minute, 32);
     ASSERT_EQ(dev_unwritten(*dev).size(), 1U);
     EXPECT_EQ(dev_unwritten(*dev)[0].left.number, 1U);
     EXPECT_EQ(dev_unwritten(*dev)[0].right.number, 2U);

@@ -28,6 +28,10 @@ ret_t window_manager_switch_to(widget* wm, widget* current, widget* target, bool
 widget* window_manager_get_top_window(widget* wm);
 /// The topmost window that is not a dialog; null when none is open.
 widget* window_manager_get_top_main_window(widget* wm);
+/// The native window's title, as the system shows it. RET_BAD_PARAMS without a text.
+ret_t window_manager_set_title(widget* wm, const char* title);
+/// Empty without a window.
+std::string window_manager_get_title(widget* wm);
 ret_t window_manager_set_cursor(widget* wm, const char* name);
 
 bool widget_is_dialog(const widget* w);

@@ -3,8 +3,11 @@
 #include "toolkit/ravel/qt/widget_class.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QKeyEvent>
+
+#include <algorithm>
 
 namespace {
 
@@ -21,6 +24,19 @@ bool belongs_to_top(const QWidget* w) {
     return true; // none of ours (a tooltip, a menu without an owner)
 }
 
+/// Whether a button of the top window that can be pressed has this key for its shortcut: it comes before what a
+/// field would do with the key.
+bool is_button_shortcut(const QEvent* what) {
+    const QWidget* top = top_input_window();
+    if (top == nullptr) return false;
+    const QKeyCombination keys = static_cast<const QKeyEvent*>(what)->keyCombination();
+    if (keys.keyboardModifiers() == Qt::NoModifier) return false;
+    const auto buttons = top->findChildren<QAbstractButton*>();
+    return std::any_of(buttons.begin(), buttons.end(), [&keys](const QAbstractButton* button) {
+        return button->shortcut() == QKeySequence(keys) && button->isEnabled() && button->isVisible();
+    });
+}
+
 class input_trap final : public QObject {
   public:
     bool eventFilter(QObject* watched, QEvent* what) override {
@@ -32,10 +48,12 @@ class input_trap final : public QObject {
         case QEvent::Wheel:
         case QEvent::ContextMenu:
         case QEvent::Shortcut:
-        case QEvent::ShortcutOverride:
         case QEvent::DragEnter:
         case QEvent::Drop:
             return watched->isWidgetType() && !belongs_to_top(static_cast<QWidget*>(watched));
+        case QEvent::ShortcutOverride:
+            return watched->isWidgetType() &&
+                   (!belongs_to_top(static_cast<QWidget*>(watched)) || is_button_shortcut(what));
         case QEvent::KeyPress:
         case QEvent::KeyRelease:
             return watched->isWidgetType() && key_astray(static_cast<QWidget*>(watched), what);

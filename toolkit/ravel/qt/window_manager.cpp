@@ -119,6 +119,16 @@ ret_t window_manager_set_cursor(widget* wm, const char* name) {
     return RET_OK;
 }
 
+ret_t window_manager_set_title(widget* wm, const char* title) {
+    if (!is_manager(wm) || title == nullptr) return RET_BAD_PARAMS;
+    native_window()->setWindowTitle(QString::fromUtf8(title));
+    return RET_OK;
+}
+
+std::string window_manager_get_title(widget* wm) {
+    return is_manager(wm) ? native_window()->windowTitle().toStdString() : std::string();
+}
+
 bool widget_is_dialog(const widget* w) { return dialog_state(w) != nullptr; }
 
 uint32_t dialog_modal(widget* dialog) {

@@ -1,0 +1,21 @@
+// What sessions tell of the module's contents: which image is known to be in it, and what a check finds. GUI thread
+// only, in the order in which the reports come.
+#pragma once
+
+#include "session/dev_obj.h"
+#include "toolkit/ravel/widget.h"
+
+/// The next session is a check: its reply is compared, not taken over. `after_write`: a difference is a failure.
+void module_check_wanted(bool after_write);
+
+/// A session is about to start.
+void module_session_begins(const dev_obj& dev, session_kind kind);
+/// A checked reply has come. True when a check has taken it.
+bool module_reply(dev_obj& dev, std::span<const uint8_t> image);
+/// A session has come to its good end: what was written is in the module; a check says what it found.
+void module_session_ended(widget* home, dev_obj& dev);
+/// A session has failed: after a write that was broken off, and once the port is lost, nothing is known any more.
+void module_session_failed(dev_obj& dev, const session_failure& failure);
+
+/// Chooses who says whether a good write is followed by a check; null: none is.
+void module_check_after_write(bool (*wanted)());
