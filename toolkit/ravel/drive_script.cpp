@@ -27,6 +27,9 @@ constexpr verb_row verb_rows[] = {
     {"append", drive_verb::append, "wt", "append WIDGET TEXT", 0},
     {"key", drive_verb::key, "k", "key NAME", 0},
     {"wheel", drive_verb::wheel, "wn", "wheel WIDGET DELTA", 0},
+    {"hover", drive_verb::hover, "w", "hover WIDGET", 0},
+    {"hover-at", drive_verb::hover_at, "wn", "hover-at WIDGET OFFSET", 0},
+    {"click-at", drive_verb::click_at, "wn", "click-at WIDGET OFFSET", 0},
     {"wait", drive_verb::wait, "wptN", "wait WIDGET PROPERTY VALUE [MS]", wait_default_ms},
     {"expect", drive_verb::expect, "wpt", "expect WIDGET PROPERTY VALUE", 0},
     {"expect-file", drive_verb::expect_file, "tt", "expect-file PATH TEXT", 0},
@@ -268,9 +271,11 @@ const std::vector<std::string>& drive_key_names() {
 
 const std::vector<std::string>& drive_properties() {
     static const std::vector<std::string> names = {
-        "text",    "contains", "value", "enabled", "visible", "exists",   "painted",
-        "options", "option",   "count", "focused", "refused", "tooltip",  "type",
-        "x",       "y",        "w",     "h",       "state",   "window_x", "window_y",
+        "text",     "contains", "value",   "enabled", "visible",
+        "exists",   "painted",  "options", "option",  "count",
+        "focused",  "refused",  "tooltip", "type",    "x",
+        "y",        "w",        "h",       "state",   "window_x",
+        "window_y", "marked",   "marks",   "hovered", "refused_line",
     };
     return names;
 }

@@ -25,6 +25,10 @@ enum class event_type : uint8_t {
     blur,           ///< lost the keyboard focus to another widget of the program
     pointer_down,
     pointer_up,
+    pointer_enter, ///< the pointer came onto it, also onto one that is disabled
+    pointer_leave,
+    text_hover, ///< another character of a mledit is under the pointer, or none
+    text_click, ///< a mledit was clicked at a character, once and without a drag
     wheel,
     move,          ///< moved inside its parent
     resize,        ///< width or height changed
@@ -36,7 +40,8 @@ enum class event_type : uint8_t {
 struct event {
     event_type type = event_type::click;
     widget* target = nullptr;
-    int32_t delta = 0; ///< wheel: positive when turned away from the user
+    int32_t delta = 0;   ///< wheel: positive when turned away from the user
+    int32_t offset = -1; ///< text_hover, text_click: the character as a byte of the text's UTF-8 form; -1: none
 };
 /// Answers RET_OK to let the toolkit go on. A request_close handler that does not answer RET_OK keeps the window
 /// open.
@@ -95,13 +100,27 @@ ret_t widget_set_enable(widget* w, bool enable);
 bool widget_get_enable(const widget* w);
 ret_t widget_set_focused(widget* w);
 bool widget_get_focused(const widget* w);
-/// Marks a field as refused (red frame, `why` as its tooltip) until called with null.
-ret_t widget_set_refused(widget* w, const char* why);
+/// Marks a field as refused (red frame, `why` as its tooltip) until called with null. `line` stands in small
+/// letters below the field, over what is there: what should have come; null: nothing.
+ret_t widget_set_refused(widget* w, const char* why, const char* line = nullptr);
 bool widget_get_refused(const widget* w);
+std::string widget_get_refused_line(const widget* w);
 /// Switches a state of the style sheet on or off, for example "failed" (an attribute selector [state="failed"]).
 /// Empty text removes it.
 ret_t widget_set_style_state(widget* w, const char* state);
+/// Marks a field (combo box, edit, spin box, check button, switch) by a quiet edge at its left, and a tab button by
+/// a dot, whether or not it is enabled or refused; nothing moves at that. RET_BAD_PARAMS for what can carry none.
+ret_t widget_set_marked(widget* w, bool marked);
+bool widget_get_marked(const widget* w);
 ret_t widget_set_tooltip(widget* w, const char* text);
+/// Who adds lines to a tooltip; they stand in this order.
+enum class tooltip_part : uint8_t {
+    value, ///< what is to be said of the value
+    rule,  ///< when it counts
+};
+/// Lines below the layout's tooltip, or below why the value was refused, until called with null or an empty text
+/// for the same part.
+ret_t widget_set_tooltip_more(widget* w, const char* text, tooltip_part part = tooltip_part::value);
 
 // Properties by name: "x", "y", "w", "h" (pixels in the parent), "window_x", "window_y" (pixels in the native
 // window; read only), "text_w" (pixels that a label's text needs; read only), "value", "enable", "visible", and any
@@ -123,6 +142,25 @@ ret_t combo_box_reset_options(widget* combo);
 ret_t combo_box_set_options(widget* combo, const std::vector<std::pair<int32_t, std::string>>& options);
 int32_t combo_box_count_options(const widget* combo);
 bool combo_box_has_option_text(const widget* combo, const char* text);
+
+/// A ground behind a part of a mledit's text.
+enum class text_mark_kind : uint8_t {
+    differs, ///< it is not what it is compared with
+    at_hand, ///< it belongs to what the user points at
+};
+struct text_mark {
+    int32_t offset = 0; ///< bytes of the text's UTF-8 form, as widget_get_text_utf8 gives it
+    int32_t length = 0; ///< likewise
+    text_mark_kind kind = text_mark_kind::differs;
+    bool operator==(const text_mark&) const = default;
+};
+/// Replaces all marks; a later one covers an earlier one, and what is beyond the text is cut off. Text, selection
+/// and scroll place stay as they are; another text takes the marks away. RET_BAD_PARAMS for what is no mledit, and
+/// for an offset or a length below 0.
+ret_t mledit_set_marks(widget* mledit, const std::vector<text_mark>& marks);
+std::vector<text_mark> mledit_get_marks(const widget* mledit);
+/// The character under the pointer, as a byte of the text; -1: none.
+int32_t mledit_get_hovered(const widget* mledit);
 
 /// Limits the length of an edit's text, in characters. `min` is kept for the layout's hint only.
 ret_t edit_set_text_limit(widget* edit, uint32_t min, uint32_t max);

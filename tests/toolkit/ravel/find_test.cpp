@@ -85,6 +85,8 @@ TEST_F(finding, what_is_no_widget_is_refused_everywhere) {
         {"enable", [](widget* w) { return widget_set_enable(w, true); }},
         {"focused", [](widget* w) { return widget_set_focused(w); }},
         {"refused", [](widget* w) { return widget_set_refused(w, "x"); }},
+        {"marked", [](widget* w) { return widget_set_marked(w, true); }},
+        {"tooltip_more", [](widget* w) { return widget_set_tooltip_more(w, "x"); }},
         {"style_state", [](widget* w) { return widget_set_style_state(w, "ok"); }},
         {"tooltip", [](widget* w) { return widget_set_tooltip(w, "x"); }},
         {"prop_int", [](widget* w) { return widget_set_prop_int(w, "a", 1); }},
@@ -105,7 +107,7 @@ TEST_F(finding, what_is_no_widget_is_refused_everywhere) {
     EXPECT_EQ(widget_on(nullptr, event_type::click, [](const event&) { return RET_OK; }), 0U);
     EXPECT_EQ(dialog_modal(nullptr), 0U);
     EXPECT_FALSE(widget_get_visible(nullptr) || widget_get_enable(nullptr) || widget_get_focused(nullptr) ||
-                 widget_get_refused(nullptr) || widget_is_dialog(nullptr));
+                 widget_get_refused(nullptr) || widget_get_marked(nullptr) || widget_is_dialog(nullptr));
 }
 
 TEST_F(finding, what_is_of_another_kind_is_refused_everywhere) {
@@ -118,6 +120,7 @@ TEST_F(finding, what_is_of_another_kind_is_refused_everywhere) {
          [](widget* w) {
              return combo_box_set_options(w, {{1, "x"}});
          }},
+        {"marked", [](widget* w) { return widget_set_marked(w, true); }},
         {"limit", [](widget* w) { return edit_set_text_limit(w, 0, 1); }},
         {"int_limit", [](widget* w) { return edit_set_int_limit(w, 0, 1, 1); }},
         {"range", [](widget* w) { return widget_set_range(w, 1, 2); }},

@@ -3,6 +3,8 @@
 #include "toolkit/ravel/qt/widget_class.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
+#include <QEvent>
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -28,9 +28,10 @@ void remove_folder() {
 }
 
 const char* event_name(event_type type) {
-    constexpr const char* names[] = {"click", "value_changed", "value_changing", "focus",
-                                     "blur",  "pointer_down",  "pointer_up",     "wheel",
-                                     "move",  "resize",        "request_close",  "long_press"};
+    constexpr const char* names[] = {"click",         "value_changed", "value_changing", "focus",
+                                     "blur",          "pointer_down",  "pointer_up",     "pointer_enter",
+                                     "pointer_leave", "text_hover",    "text_click",     "wheel",
+                                     "move",          "resize",        "request_close",  "long_press"};
     return names[static_cast<std::size_t>(type)];
 }
 

@@ -43,7 +43,7 @@ struct pairing {
 const pairing texts[] = {
     {"text",
      {"surface", "card", "select", "hover", "zebra", "tx-odd", "tx-even", "error-soft", "line", "bar", "bar-ok",
-      "bar-failed"}},
+      "bar-failed", "differs", "at-hand"}},
     {"hint", {"surface", "card", "zebra"}},
     {"accent", {"surface", "card"}},
     {"accent-hover", {"surface", "card", "hover", "select"}},

@@ -7,11 +7,13 @@
 #include <QList>
 #include <QObject>
 #include <QPoint>
+#include <QPointer>
 #include <QString>
 #include <QWidget>
 
 class QKeyEvent;
 
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -55,8 +57,9 @@ class widget_state final : public QObject {
     uint32_t attach(event_type type, event_handler handler);
     bool detach(uint32_t id);
     bool has_handlers(event_type type) const;
-    /// Runs the handlers of `type`. A request_close that is refused answers at once.
-    ret_t fire(event_type type, int32_t delta = 0);
+    /// Runs the handlers of `type` (`number`: the event's delta, or its offset). A request_close that is refused
+    /// answers at once.
+    ret_t fire(event_type type, int32_t number = 0);
     /// Runs one handler of move or resize once, when the layout under way has settled.
     void tell_place_later(uint32_t id);
 
@@ -74,15 +77,19 @@ class widget_state final : public QObject {
     void complete_shown();
 
     // What the kinds remember between events.
-    QString last_text;      ///< combo and spin box: text when handlers were last told; edit: text at focus
-    int last_value = 0;     ///< combo box: value when handlers were last told
-    bool edited = false;    ///< edit: the user changed the text since the focus came
-    bool pressed = false;   ///< a left press that may become a click
-    bool tab_moved = false; ///< tab button: the click under way switched it on
-    bool refused = false;   ///< carries the refused mark
-    bool esc_closes = true; ///< dialog: Esc may close it
-    bool has_focus = false; ///< as told to the handlers
-    QString tooltip;        ///< the tooltip to return to when the refused mark goes
+    QString last_text;               ///< combo and spin box: text when handlers were last told; edit: text at focus
+    int last_value = 0;              ///< combo box: value when handlers were last told
+    bool edited = false;             ///< edit: the user changed the text since the focus came
+    bool pressed = false;            ///< a left press that may become a click
+    bool tab_moved = false;          ///< tab button: the click under way switched it on
+    bool refused = false;            ///< carries the refused mark
+    bool esc_closes = true;          ///< dialog: Esc may close it
+    bool has_focus = false;          ///< as told to the handlers
+    QPointer<QWidget> refused_below; ///< the line below it
+    QString refused_text;            ///< what that line says
+    QString tooltip;                 ///< the layout's, while others' lines stand in its place or below it
+    std::array<QString, 2> tooltip_more; ///< lines below it, by tooltip_part
+    QPointer<QWidget> mark;              ///< made when it is marked first
     uint32_t long_press_ms = 1000;
     uint32_t limit_min = 0;            ///< edit: lower bound of edit_set_text_limit
     bool closed = false;               ///< window, dialog: off the stack, waiting to be destroyed

@@ -136,11 +136,11 @@ QPoint drive_list_spot(const widget_state* state) {
     return combo->style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxArrow, combo).center();
 }
 
-std::string drive_obstacle(const widget_state* state, const QPoint& at) {
+std::string drive_obstacle(const widget_state* state, const QPoint& at, bool only_pointing) {
     const QWidget* w = state->w;
     const std::string path = drive_full_path(state);
     if (!w->isVisible()) return path + " is hidden";
-    if (!w->isEnabled()) return path + " is disabled";
+    if (!w->isEnabled() && !only_pointing) return path + " is disabled";
     if (const QWidget* top = top_input_window(); top != w && (top == nullptr || !top->isAncestorOf(w)))
         return path + " lies behind " + (top == nullptr ? "nothing" : drive_full_path(state_of(top)));
     if (clipped(w, at)) return path + " is out of view";

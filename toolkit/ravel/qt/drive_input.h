@@ -13,8 +13,9 @@
 QPoint drive_spot(const widget_state* state);
 /// Where an editable combo box opens its list; the usual spot for the others.
 QPoint drive_list_spot(const widget_state* state);
-/// Why a press at a point of the widget's own would not reach it; empty when it would.
-std::string drive_obstacle(const widget_state* state, const QPoint& at);
+/// Why a press at a point of the widget's own would not reach it; empty when it would. `only_pointing`: nor would
+/// the pointer, which one that is disabled lets come.
+std::string drive_obstacle(const widget_state* state, const QPoint& at, bool only_pointing = false);
 
 void drive_move(QWidget* w, const QPoint& at);
 /// With the left button down.

@@ -4,6 +4,7 @@
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/qt/drive_input.h"
 #include "toolkit/ravel/qt/drive_widgets.h"
+#include "toolkit/ravel/qt/text_widget.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
 #include <QApplication>
@@ -222,6 +223,49 @@ drive_strokes wheel_strokes(const drive_action& a) {
     })};
 }
 
+/// What is switched off has a tooltip too.
+drive_strokes hover_strokes(const drive_action& a) {
+    return {stroke_on(a.widget, [](widget_state* state, int64_t) {
+        const QPoint at = drive_spot(state);
+        const std::string obstacle = drive_obstacle(state, at, true);
+        if (!obstacle.empty()) return bad(obstacle);
+        drive_move(state->w, at);
+        return good();
+    })};
+}
+
+/// Moves the pointer to a character; answers why it cannot be reached.
+std::string reach_character(widget_state* state, int32_t offset, QPoint* at) {
+    auto* area = dynamic_cast<text_widget*>(state->w);
+    if (area == nullptr) return drive_full_path(state) + " shows no text of its own";
+    *at = area->spot_of(offset);
+    if (at->isNull()) return tk_format("the text has no character at %d", offset);
+    if (!area->viewport()->rect().contains(*at)) return tk_format("the character at %d is out of view", offset);
+    const std::string obstacle = drive_obstacle(state, area->viewport()->mapToParent(*at));
+    if (obstacle.empty()) drive_move(area->viewport(), *at);
+    return obstacle;
+}
+
+drive_strokes character_strokes(const drive_action& a) {
+    const int32_t offset = a.number;
+    drive_strokes all;
+    all.push_back(
+        stroke_on(a.widget, [offset, click = a.verb == drive_verb::click_at](widget_state* state, int64_t) {
+            QPoint at;
+            const std::string obstacle = reach_character(state, offset, &at);
+            if (!obstacle.empty()) return bad(obstacle);
+            if (click) drive_press(dynamic_cast<text_widget*>(state->w)->viewport(), at);
+            return good();
+        }));
+    if (a.verb == drive_verb::hover_at) return all;
+    all.push_back(stroke_on(a.widget, [offset](widget_state* state, int64_t) {
+        auto* area = dynamic_cast<text_widget*>(state->w);
+        drive_release(area->viewport(), area->spot_of(offset));
+        return good();
+    }));
+    return all;
+}
+
 drive_strokes compare_strokes(const drive_action& a) {
     const int64_t limit_ms = a.verb == drive_verb::wait ? a.number : 0;
     return {{[a, limit_ms](int64_t waited) {
@@ -288,6 +332,9 @@ constexpr verb_strokes verbs[] = {
     {drive_verb::append, type_strokes},
     {drive_verb::key, key_strokes},
     {drive_verb::wheel, wheel_strokes},
+    {drive_verb::hover, hover_strokes},
+    {drive_verb::hover_at, character_strokes},
+    {drive_verb::click_at, character_strokes},
     {drive_verb::wait, compare_strokes},
     {drive_verb::expect, compare_strokes},
     {drive_verb::expect_file, file_strokes},

@@ -109,6 +109,16 @@ std::string tooltip_text(const widget_state* state) {
     return (combo != nullptr ? combo->tooltip_shown() : state->w->toolTip()).toStdString();
 }
 
+/// "differs 12+2, at_hand 30+8", in the order in which they were set.
+std::string marks_text(const widget_state* state) {
+    std::string text;
+    for (const text_mark& mark : mledit_get_marks(handle_of(state)))
+        text += (text.empty() ? "" : ", ") +
+                std::string(mark.kind == text_mark_kind::differs ? "differs" : "at_hand") +
+                tk_format(" %d+%d", mark.offset, mark.length);
+    return text;
+}
+
 int place_of(const widget_state* state, const char* name) { return widget_get_prop_int(handle_of(state), name, 0); }
 
 std::string flag(bool value) { return value ? "1" : "0"; }
@@ -131,6 +141,10 @@ constexpr property_row property_rows[] = {
     {"count", count_text},
     {"focused", [](const widget_state* s) { return flag(widget_get_focused(handle_of(s))); }},
     {"refused", [](const widget_state* s) { return flag(widget_get_refused(handle_of(s))); }},
+    {"marked", [](const widget_state* s) { return flag(widget_get_marked(handle_of(s))); }},
+    {"marks", marks_text},
+    {"hovered", [](const widget_state* s) { return std::to_string(mledit_get_hovered(handle_of(s))); }},
+    {"refused_line", [](const widget_state* s) { return widget_get_refused_line(handle_of(s)); }},
     {"tooltip", tooltip_text},
     {"type", [](const widget_state* s) { return s->type; }},
     {"state", [](const widget_state* s) { return s->w->property("state").toString().toStdString(); }},
@@ -154,6 +168,7 @@ std::string dump_line(const widget_state* state) {
     line += drive_quote(widget_get_text_utf8(handle), 16000) + tk_format(" value=%d", widget_get_value_int(handle));
     line += widget_get_enable(handle) ? " enabled" : " disabled";
     line += widget_get_visible(handle) ? " visible" : " hidden";
+    if (widget_get_marked(handle)) line += " marked";
     return line + tk_format(" %d,%d %dx%d\n", place_of(state, "window_x"), place_of(state, "window_y"),
                             state->w->width(), state->w->height());
 }

@@ -1,6 +1,7 @@
 #include "toolkit/ravel/qt/layout_classes.h"
 
 #include "toolkit/ravel/qt/layout_reader.h"
+#include "toolkit/ravel/qt/text_widget.h"
 #include "toolkit/ravel/qt/widget_class.h"
 
 #include <QLineEdit>

@@ -194,16 +194,6 @@ void cell_widget::paintEvent(QPaintEvent*) {
     painter.drawText(at, text);
 }
 
-text_widget::text_widget(QWidget* parent) : QPlainTextEdit(parent) {
-    setReadOnly(true);
-    setUndoRedoEnabled(false);
-    setTabChangesFocus(true);
-    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    setLineWrapMode(QPlainTextEdit::WidgetWidth);
-    setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-}
-
 namespace {
 constexpr int step_ms = 60;
 constexpr int bar_height = 3;

@@ -7,7 +7,6 @@
 #include <QComboBox>
 #include <QFrame>
 #include <QLabel>
-#include <QPlainTextEdit>
 #include <QScrollArea>
 #include <QSpinBox>
 #include <QStackedWidget>
@@ -136,12 +135,6 @@ class cell_widget final : public QLabel {
     QString shown_;
     mutable cell_glyphs* glyphs_ = nullptr; ///< of its font and colour; null: to be looked up
     mutable qreal scale_ = 0;
-};
-
-/// Read-only text in monospace that wraps at blanks.
-class text_widget final : public QPlainTextEdit {
-  public:
-    explicit text_widget(QWidget* parent);
 };
 
 /// A label with a slowly moving bar under its text (text longer than the label moves too); still while it is

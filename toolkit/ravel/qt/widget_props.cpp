@@ -1,5 +1,7 @@
 // Showing, enabling, focus, marks, and properties by name.
 #include "toolkit/ravel/qt/detail.h"
+#include "toolkit/ravel/qt/field_mark.h"
+#include "toolkit/ravel/qt/refused_line.h"
 #include "toolkit/ravel/qt/widget_class.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
@@ -15,11 +17,6 @@ void restyle(QWidget* w) {
 }
 
 namespace {
-
-void show_tooltip(const widget_state* state) {
-    const QString why = state->w->property("refused_why").toString();
-    state->w->setToolTip(state->refused && !why.isEmpty() ? why : state->tooltip);
-}
 
 QPoint place_in_window(const QWidget* w) {
     return native_window() == nullptr ? QPoint() : w->mapTo(native_window(), QPoint(0, 0));
@@ -117,16 +114,17 @@ bool widget_get_focused(const widget* w) {
     return state != nullptr && state->w->hasFocus();
 }
 
-ret_t widget_set_refused(widget* w, const char* why) {
+ret_t widget_set_refused(widget* w, const char* why, const char* line) {
     widget_state* state = live(w);
     if (state == nullptr) return RET_BAD_PARAMS;
     if (!state->refused && why == nullptr) return RET_OK;
-    if (!state->refused) state->tooltip = state->w->toolTip();
+    keep_own_tooltip(state);
     state->refused = why != nullptr;
     state->w->setProperty("refused_why", why == nullptr ? QVariant() : QVariant(QString::fromUtf8(why)));
     state->w->setProperty("refused", state->refused ? QVariant(true) : QVariant());
     show_tooltip(state);
     restyle(state->w);
+    show_refused_line(state, QString::fromUtf8(why == nullptr || line == nullptr ? "" : line));
     return RET_OK;
 }
 

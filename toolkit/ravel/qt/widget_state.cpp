@@ -153,9 +153,10 @@ void widget_state::tell_place_later(uint32_t id) {
     QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 }
 
-ret_t widget_state::fire(event_type type_of, int32_t delta) {
+ret_t widget_state::fire(event_type type_of, int32_t number) {
     if (!has_handlers(type_of)) return RET_OK;
-    const ::event what{type_of, handle, delta};
+    const bool of_text = type_of == event_type::text_hover || type_of == event_type::text_click;
+    const ::event what{type_of, handle, of_text ? 0 : number, of_text ? number : -1};
     const QPointer<widget_state> self(this);
     const std::vector<entry> now = handlers_;
     for (const entry& e : now) {
@@ -262,6 +263,12 @@ bool widget_state::eventFilter(QObject* watched, QEvent* what) {
         break;
     case QEvent::Hide:
         hold_.stop();
+        break;
+    case QEvent::Enter:
+        if (watched == w) fire(event_type::pointer_enter);
+        break;
+    case QEvent::Leave:
+        if (watched == w) fire(event_type::pointer_leave);
         break;
     case QEvent::FocusIn:
         if (watched == w) on_focus_in();

@@ -2,6 +2,7 @@
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/qt/combo.h"
 #include "toolkit/ravel/qt/int_limit.h"
+#include "toolkit/ravel/qt/text_widget.h"
 #include "toolkit/ravel/qt/widget_class.h"
 
 #include <QAbstractButton>
@@ -52,12 +53,9 @@ ret_t set_edit_text(QWidget* w, const QString& text) {
     static_cast<QLineEdit*>(w)->setText(text);
     return RET_OK;
 }
-QString text_of_mledit(QWidget* w) { return static_cast<QPlainTextEdit*>(w)->toPlainText(); }
+QString text_of_mledit(QWidget* w) { return static_cast<text_widget*>(w)->toPlainText(); }
 ret_t set_mledit_text(QWidget* w, const QString& text) {
-    auto* area = static_cast<QPlainTextEdit*>(w);
-    const int place = area->verticalScrollBar()->value();
-    area->setPlainText(text);
-    area->verticalScrollBar()->setValue(place);
+    static_cast<text_widget*>(w)->show_text(text);
     return RET_OK;
 }
 QString text_of_combo(QWidget* w) { return static_cast<QComboBox*>(w)->currentText(); }

@@ -1,5 +1,6 @@
 // What the user can do to each kind of widget, and which handlers it runs.
 #include "toolkit/ravel/qt/int_limit.h"
+#include "toolkit/ravel/qt/text_widget.h"
 #include "toolkit/ravel/qt/widget_class.h"
 
 #include <QAbstractButton>
@@ -105,7 +106,7 @@ void wire_scroll_bar(widget_state* s) {
     });
 }
 
-void wire_text(widget_state* s) { widget_filter_inner(s, static_cast<QPlainTextEdit*>(s->w)->viewport()); }
+void wire_text(widget_state* s) { widget_filter_inner(s, static_cast<text_widget*>(s->w)->viewport()); }
 
 struct wiring {
     widget_kind kind;
