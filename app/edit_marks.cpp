@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
+#include <string_view>
 
 namespace {
 
@@ -32,6 +34,57 @@ const std::vector<shown_field>& fields_of(widget* home, const page_table& table)
 }
 
 } // namespace
+
+namespace {
+
+/// By key: a page's row and the family's table have a field each.
+using key_set = std::set<std::string_view>;
+
+key_set keys_of(const std::vector<image_difference>& unwritten) {
+    key_set keys;
+    for (const image_difference& one : unwritten) keys.insert(one.what->key);
+    return keys;
+}
+bool differs(const key_set& keys, const field& what) { return what.key != nullptr && keys.contains(what.key); }
+
+std::string value_in(const dev_obj& dev, const field& what, std::span<const uint8_t> image) {
+    const auto value = value_in_image(dev.of, what, image);
+    return value ? value_with_unit(what, *value) : "";
+}
+
+/// "模块中: 125K  默认: 125K"; of an unknown module the default alone.
+std::string tooltip_of(const dev_obj& dev, const field& what) {
+    std::string text = "默认: " + value_in(dev, what, image_of_defaults(dev.of));
+    if (dev.in_module) text = "模块中: " + value_in(dev, what, dev.in_module->bytes) + "  " + text;
+    return text;
+}
+
+void mark_tabs(widget* home, const family_pages& pages, const key_set& keys) {
+    const auto has = [&keys](const page_table& table) {
+        return std::ranges::any_of(table.rows, [&](const page_row& row) { return differs(keys, *row.what); });
+    };
+    for (const page_tab& tab : pages.tabs)
+        widget_set_marked(widget_lookup(home, tab.button),
+                          std::ranges::any_of(pages.tables, [&](const page_table* t) {
+                              return field_tab_of(pages, *t) == &tab && has(*t);
+                          }));
+    for (const page_table* table : pages.tables)
+        if (table->inside.button != nullptr)
+            if (widget* button = widget_lookup(home, table->inside.button)) widget_set_marked(button, has(*table));
+}
+
+} // namespace
+
+void marks_show(widget* home, const family_pages& pages, const dev_obj& dev,
+                const std::vector<image_difference>& unwritten) {
+    const key_set keys = keys_of(unwritten);
+    for (const page_table* table : pages.tables)
+        for (const shown_field& one : fields_of(home, *table)) {
+            widget_set_marked(one.w, differs(keys, *one.what));
+            if (one.what->place.bits != 0) widget_set_tooltip_more(one.w, tooltip_of(dev, *one.what).c_str());
+        }
+    mark_tabs(home, pages, keys);
+}
 
 std::vector<const field*> marks_refused(widget* home, const family_pages& pages) {
     std::vector<const field*> found;

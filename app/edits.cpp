@@ -2,6 +2,7 @@
 
 #include "app/change_list.h"
 #include "app/devices.h"
+#include "app/edit_marks.h"
 #include "app/model_switch.h"
 #include "app/truth_line.h"
 #include "profile/compare.h"
@@ -75,7 +76,7 @@ ret_t step_show(widget* home, const family_pages& pages, const edit_step* step, 
 
 void edits_follow(const family_pages& pages, dev_obj& dev) {
     std::unique_ptr<account>& kept = accounts()[&pages];
-    if (kept != nullptr && kept->of == &dev) return;
+    if (kept != nullptr && kept->of == &dev && dev.edited) return;
     kept = std::make_unique<account>(dev);
     dev.edited = [kept = kept.get()](const edit_cause& cause) {
         kept->log.note(cause, kept->restored);
@@ -100,6 +101,7 @@ void edits_show(widget* home) {
     count_show(home, unwritten.size());
     buttons_show(home, kept->log);
     truth_line_show(home, *pages, *kept->of, unwritten.size());
+    marks_show(home, *pages, *kept->of, unwritten);
     change_list_show(home, *kept->of, unwritten);
 }
 

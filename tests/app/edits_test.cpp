@@ -1,0 +1,300 @@
+// Where the edited values stand, as the home page says it: through the program's own buttons, beside what the
+// simulated module holds.
+#include "app/edits.h"
+
+#include "app/module_contents.h"
+#include "app/truth_line.h"
+#include "dev_a/pages/vkt510a_pages.h"
+#include "dev_b/pages/vkt610b_pages.h"
+#include "dev_generic/pages/generic_pages.h"
+#include "tests/support/app_fixture.h"
+#include "tests/support/user.h"
+#include "toolkit/core/idle.h"
+#include "toolkit/table_view/table_view.h"
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+struct edits : app_test {
+    void SetUp() override {
+        app_test::SetUp();
+        module_check_after_write(nullptr);
+        date_time_set_test_clock(&then);
+    }
+    void TearDown() override {
+        date_time_set_test_clock(nullptr);
+        module_check_after_write(nullptr);
+        app_test::TearDown();
+    }
+    static std::string truth() { return text(home(), "truth_line"); }
+    static std::string count() { return text(home(), "unwritten_count"); }
+    static std::string title() { return window_manager_get_title(window_manager()); }
+    static std::string code() { return text(home(), "mledit"); }
+    /// What the script's failure says that it found.
+    static std::string tooltip(const std::string& path) {
+        return user_tries("expect home_page/" + path + " tooltip nothing\n");
+    }
+    std::string run_and_close(const char* button) {
+        const std::string said = run(button);
+        press_ok();
+        return said;
+    }
+    static constexpr date_time_t then{.hour = 14, .minute = 32, .second = 9, .year = 2025, .month = 3, .day = 4};
+};
+
+TEST_F(edits, at_the_start_all_is_the_default_and_unread) {
+    EXPECT_EQ(truth(), "默认值，尚未读取");
+    EXPECT_EQ(count(), "");
+    EXPECT_EQ(title(), "VKTCfgTools");
+    EXPECT_EQ(text(home(), "tab_changes"), "改动");
+    EXPECT_FALSE(enabled("button_undo"));
+    EXPECT_FALSE(enabled("button_redo"));
+    EXPECT_FALSE(enabled("button_check"));
+    EXPECT_FALSE(enabled("button_all_back"));
+    EXPECT_FALSE(enabled("button_all_default"));
+    EXPECT_FALSE(enabled("button_copy_changes"));
+}
+
+TEST_F(edits, the_line_follows_connecting_reading_editing_writing_and_leaving) {
+    connect("VKT531A");
+    EXPECT_EQ(truth(), "默认值，尚未读取");
+    pick("page_change/combo_box_ex", "透明转换");
+    EXPECT_EQ(truth(), "1 项未写入，尚未读取");
+    EXPECT_EQ(run_and_close("button_read"), "读配置完成");
+    EXPECT_EQ(truth(), "与模块一致 14:32");
+    EXPECT_EQ(title(), "VKTCfgTools");
+    pick("page_change/combo_box_ex", "自定义协议转换");
+    EXPECT_EQ(truth(), "1 项未写入");
+    EXPECT_EQ(count(), "未写入的改动 1 项");
+    EXPECT_EQ(title(), "未写入的改动 1 项 - VKTCfgTools");
+    EXPECT_TRUE(widget_get_marked(widget_lookup(at("page_change"), "combo_box_ex")));
+    EXPECT_TRUE(widget_get_marked(at("table_button_change")));
+    EXPECT_FALSE(widget_get_marked(at("table_button_can")));
+    EXPECT_EQ(run_and_close("button_write"), "写配置完成");
+    EXPECT_EQ(truth(), "与模块一致 14:32");
+    EXPECT_FALSE(widget_get_marked(widget_lookup(at("page_change"), "combo_box_ex")));
+    EXPECT_FALSE(widget_get_marked(at("table_button_change")));
+    click(home(), "button2");
+    ASSERT_TRUE(wait([] { return enabled("button"); }));
+    EXPECT_EQ(truth(), "1 项未写入，尚未读取") << "of the defaults";
+}
+
+TEST_F(edits, a_field_says_what_the_module_and_the_defaults_hold) {
+    plug("VKT531A");
+    std::vector<uint8_t> memory = module->memory();
+    memory[42] = 1;
+    module->set_memory(memory);
+    run_and_close("button");
+    const auto said = [] { return tooltip("page_change/combo_box_ex"); };
+    EXPECT_THAT(said(), HasSubstr("默认: 透明带标识转换"));
+    EXPECT_THAT(said(), Not(HasSubstr("模块中")));
+    run_and_close("button_read");
+    EXPECT_THAT(said(), HasSubstr("模块中: 透明转换  默认: 透明带标识转换"));
+}
+
+TEST_F(edits, another_model_is_another_module) {
+    connect("VKT531A");
+    run_and_close("button_read");
+    ASSERT_TRUE(device(generic_pages).in_module);
+    click(home(), "button2");
+    ASSERT_TRUE(wait([] { return enabled("button"); }));
+    EXPECT_FALSE(device(generic_pages).in_module);
+    dev_module_holds(device(generic_pages), device(generic_pages).image);
+    pick("combo_box_ex_dev", "VKT530A");
+    EXPECT_FALSE(device(generic_pages).in_module);
+}
+
+TEST_F(edits, a_write_that_fails_leaves_nothing_known) {
+    connect("VKT531A");
+    run_and_close("button_read");
+    module->plan({.what = sim::fault::silent, .times = 0xFFFFFFFF});
+    EXPECT_NE(run_and_close("button_write"), "写配置完成");
+    EXPECT_FALSE(device(generic_pages).in_module);
+    EXPECT_EQ(truth(), "默认值，尚未读取");
+}
+
+TEST_F(edits, a_read_that_fails_leaves_what_was_known) {
+    connect("VKT531A");
+    run_and_close("button_read");
+    module->plan({.what = sim::fault::silent, .times = 1});
+    EXPECT_NE(run_and_close("button_read"), "读配置完成");
+    EXPECT_TRUE(device(generic_pages).in_module);
+    EXPECT_EQ(truth(), "与模块一致 14:32");
+}
+
+TEST_F(edits, taking_back_and_doing_again_by_the_keys_and_byte_for_byte) {
+    const std::string start = code();
+    pick("page_change/combo_box_ex", "透明转换");
+    const std::string edited = code();
+    click(home(), "button_default");
+    const std::string restored = code();
+    ASSERT_NE(start, edited);
+    EXPECT_THAT(tooltip("button_undo"), HasSubstr("“恢复默认”"));
+    EXPECT_EQ(user_does("key Ctrl+Z\nwait home_page/button_redo enabled 1\n"), "");
+    ASSERT_TRUE(wait([&] { return code() == edited; })) << code();
+    EXPECT_EQ(text(at("page_change"), "combo_box_ex"), "透明转换");
+    EXPECT_THAT(tooltip("button_undo"), HasSubstr("“转换模式”"));
+    EXPECT_EQ(user_does("key Ctrl+Z\nwait home_page/button_undo enabled 0\n"), "");
+    EXPECT_EQ(code(), start);
+    EXPECT_EQ(user_does("key Ctrl+Y\nwait home_page/button_undo enabled 1\nkey Ctrl+Y\n"
+                        "wait home_page/button_redo enabled 0\n"),
+              "");
+    EXPECT_EQ(code(), restored) << "with the blanks of restored defaults";
+    EXPECT_EQ(edits_redo(home()), RET_FAIL);
+}
+
+// The field's own taking back of letters does not come first.
+TEST_F(edits, the_keys_work_while_a_field_has_the_keyboard) {
+    click(home(), "table_button_can");
+    const std::string start = code();
+    EXPECT_EQ(user_does("type home_page/page_can/edit_send 12345678\nkey Ctrl+Z\n"), "");
+    EXPECT_EQ(code(), start) << "what was not stored yet has nothing to take back";
+    EXPECT_EQ(user_does("type home_page/page_can/edit_send 12345678\nkey Tab\n"), "");
+    ASSERT_NE(code(), start);
+    EXPECT_EQ(user_does("type home_page/page_can/edit_send 87654321\nkey Ctrl+Z\n"), "");
+    ASSERT_TRUE(wait([] { return enabled("button_redo"); }));
+    EXPECT_THAT(code(), HasSubstr("12 34 56 78"));
+}
+
+TEST_F(edits, strokes_at_a_number_are_one_step) {
+    pick("combo_box_ex_dev", "VKT610B");
+    click(home(), "vkt610b_tab_button_spi");
+    const std::string start = code();
+    EXPECT_EQ(user_does("type home_page/page_vkt610b_spi/spin_box_number_vkt610b 42\nkey Tab\n"), "");
+    ASSERT_NE(code(), start);
+    EXPECT_EQ(edits_undo(home()), RET_OK);
+    EXPECT_EQ(code(), start);
+    EXPECT_EQ(edits_undo(home()), RET_FAIL);
+}
+
+TEST_F(edits, the_list_has_what_a_write_would_change_and_leads_to_it) {
+    plug("VKT531A");
+    std::vector<uint8_t> memory = module->memory();
+    memory[4] = 12; // CAN 500K
+    module->set_memory(memory);
+    run_and_close("button");
+    run_and_close("button_read");
+    click(home(), "table_button_can");
+    pick("page_can/combo_box_ex_bps", "250K");
+    EXPECT_EQ(text(home(), "tab_changes"), "改动 1");
+    click(home(), "tab_changes");
+    EXPECT_THAT(text(home(), "changes_note"), HasSubstr("与模块中的值相比，写入会改变 1 项"));
+    widget* table = at("changes_table");
+    ASSERT_TRUE(wait([&] { return table_client_get_rows(table) == 1; }));
+    table_client_fill(table);
+    EXPECT_EQ(text(table, "change_field"), "CAN · 波特率");
+    EXPECT_EQ(text(table, "change_values"), "模块中: 500K bps　当前: 250K bps　默认: 125K bps");
+    click(home(), "button_copy_changes");
+    EXPECT_EQ(clip_board_get_text(), "CAN · 波特率\t模块中: 500K bps\t当前: 250K bps\t默认: 125K bps\n");
+
+    click(home(), "table_button_change");
+    EXPECT_EQ(user_does("click home_page/changes_table/change_row/change_field\nkey Enter\n"), "");
+    EXPECT_TRUE(widget_get_focused(widget_lookup(at("page_can"), "combo_box_ex_bps")));
+    EXPECT_TRUE(widget_get_visible(at("page_can")));
+
+    click(table, "button_row_default");
+    EXPECT_EQ(text(at("page_can"), "combo_box_ex_bps"), "125K");
+    ASSERT_TRUE(wait([&] { return table_client_get_rows(table) == 1; }));
+    click(table, "button_row_back");
+    EXPECT_EQ(text(at("page_can"), "combo_box_ex_bps"), "500K");
+    EXPECT_EQ(truth(), "与模块一致 14:32");
+    EXPECT_EQ(edits_undo(home()), RET_OK);
+    EXPECT_EQ(text(at("page_can"), "combo_box_ex_bps"), "125K");
+    click(home(), "button_all_back");
+    EXPECT_EQ(text(at("page_can"), "combo_box_ex_bps"), "500K");
+    click(home(), "button_all_default");
+    EXPECT_EQ(text(at("page_can"), "combo_box_ex_bps"), "125K");
+    EXPECT_FALSE(enabled("button_all_default"));
+}
+
+TEST_F(edits, the_list_names_what_is_always_written_the_same_way) {
+    plug("VKT531A");
+    std::vector<uint8_t> memory = module->memory();
+    memory[1] = 7; // data bits
+    module->set_memory(memory);
+    run_and_close("button");
+    run_and_close("button_read");
+    click(home(), "button_default");
+    EXPECT_EQ(truth(), "与模块一致 14:32");
+    EXPECT_THAT(text(home(), "changes_note"), EndsWith("\n写入时总是同一个值，不算改动：UART · 数据位"));
+}
+
+TEST_F(edits, the_line_leads_to_the_list) {
+    click(home(), "truth_line");
+    EXPECT_TRUE(visible("changes_table"));
+    click(home(), "tab_code");
+    EXPECT_FALSE(visible("changes_table"));
+    EXPECT_TRUE(visible("mledit"));
+}
+
+TEST_F(edits, a_refused_input_comes_first_in_the_line_which_leads_to_it) {
+    pick("combo_box_ex_dev", "VKT510A");
+    click(home(), "vkt510a_tab_button_uart");
+    EXPECT_EQ(user_does("type home_page/page_vkt510a_uart/spin_box_distance_vkt510a 999\nkey Tab\n"), "");
+    EXPECT_EQ(truth(), "有 1 项输入未被接受");
+    click(home(), "vkt510a_tab_button_can");
+    click(home(), "truth_line");
+    EXPECT_TRUE(visible("page_vkt510a_uart"));
+}
+
+TEST_F(edits, a_check_compares_and_touches_nothing) {
+    connect("VKT510A");
+    EXPECT_EQ(run_and_close("button_check"), "校验完成：一致");
+    EXPECT_EQ(truth(), "与模块一致 14:32");
+    pick("page_vkt510a_change/combo_box_ex_vkt510a", "透明转换");
+    const std::string edited = code();
+    EXPECT_EQ(run("button_check"), "校验完成：1 项不同");
+    EXPECT_FALSE(visible("changes_table"));
+    press_ok();
+    EXPECT_EQ(code(), edited);
+    EXPECT_TRUE(visible("changes_table"));
+    EXPECT_EQ(module->count().reads, 2U);
+    EXPECT_EQ(module->count().writes, 0U);
+}
+
+TEST_F(edits, a_check_of_a_module_that_is_silent_fails_like_a_read) {
+    connect("VKT531A");
+    module->plan({.what = sim::fault::silent, .times = 1});
+    EXPECT_THAT(run("button_check"), Not(StartsWith("校验完成")));
+    EXPECT_EQ(text(progress(), "label"), "   连接失败");
+    press_ok();
+    EXPECT_EQ(run_and_close("button_read"), "读配置完成") << "is taken over again";
+    EXPECT_EQ(run_and_close("button_check"), "校验完成：一致");
+}
+
+TEST_F(edits, a_check_after_writing_fails_with_the_names_of_what_differs) {
+    module_check_after_write([] { return true; });
+    connect("VKT531A");
+    click(home(), "button_write");
+    ASSERT_TRUE(wait([] { return progress() != nullptr && text(progress(), "label3") == "校验完成：一致"; }));
+    press_ok();
+    EXPECT_EQ(module->count().writes, 1U);
+    EXPECT_EQ(module->count().reads, 1U);
+    // The reply after the acknowledgement says that byte 42 is 3; a frame has four bytes before it.
+    module->plan({.what = sim::fault::patch, .after = 1, .times = 1, .argument = 46 * 256 + 3});
+    pick("page_change/combo_box_ex", "透明转换");
+    click(home(), "button_write");
+    ASSERT_TRUE(
+        wait([] { return progress() != nullptr && text(progress(), "label3") == "写入后校验不一致：转换模式"; }));
+    EXPECT_EQ(text(progress(), "label"), "   连接失败");
+    press_ok();
+    EXPECT_EQ(truth(), "1 项未写入");
+    EXPECT_EQ(buttons(), "drwf");
+}
+
+TEST(truth_line, says_the_worst_first) {
+    const family_descriptor* list[] = {generic_pages.of};
+    const auto dev = dev_open(list, "VKT531A");
+    EXPECT_EQ(truth_line_text(*dev, 0, 0), "默认值，尚未读取");
+    EXPECT_EQ(truth_line_text(*dev, 3, 0), "3 项未写入，尚未读取");
+    EXPECT_EQ(truth_line_text(*dev, 3, 2), "有 2 项输入未被接受");
+    dev->in_module = module_image{dev->image, {.hour = 7, .minute = 5}};
+    EXPECT_EQ(truth_line_text(*dev, 0, 0), "与模块一致 07:05");
+    EXPECT_EQ(truth_line_text(*dev, 3, 0), "3 项未写入");
+}
+
+} // namespace
