@@ -3,6 +3,7 @@
 #include "app/devices.h"
 #include "app/edits.h"
 #include "app/field_place.h"
+#include "app/home_parts.h"
 #include "edits/put_back.h"
 #include "shell/copy_notice.h"
 #include "toolkit/core/text.h"
@@ -113,18 +114,18 @@ std::string change_list_text(const dev_obj& dev, const std::vector<image_differe
 void change_list_show(widget* home, const dev_obj& dev, const std::vector<image_difference>& unwritten) {
     shown() = unwritten;
     const std::string count = unwritten.empty() ? "改动" : tk_format("改动 %d", static_cast<int>(unwritten.size()));
-    widget_set_text_utf8(widget_lookup(home, "tab_changes"), count.c_str());
-    widget_set_text_utf8(widget_lookup(home, "changes_note"), note_text(dev, unwritten.size()).c_str());
+    widget_set_text_utf8(home_part(home, "tab_changes"), count.c_str());
+    widget_set_text_utf8(home_part(home, "changes_note"), note_text(dev, unwritten.size()).c_str());
     for (const char* name : {"button_all_back", "button_copy_changes"})
-        widget_set_enable(widget_lookup(home, name), !unwritten.empty());
-    widget_set_enable(widget_lookup(home, "button_all_default"),
+        widget_set_enable(home_part(home, name), !unwritten.empty());
+    widget_set_enable(home_part(home, "button_all_default"),
                       !std::ranges::equal(image_of_defaults(dev.of), dev.image));
-    table_client_set_rows(widget_lookup(home, "changes_table"), static_cast<uint32_t>(unwritten.size()));
+    table_client_set_rows(home_part(home, "changes_table"), static_cast<uint32_t>(unwritten.size()));
 }
 
 ret_t change_list_open(widget* home) {
-    widget_set_value_int(widget_lookup(home, "tab_changes"), 1);
-    return pages_set_active_by_name(widget_lookup(home, "code_pages"), "changes_page");
+    widget_set_value_int(home_part(home, "tab_changes"), 1);
+    return pages_set_active_by_name(home_part(home, "code_pages"), "changes_page");
 }
 
 void change_list_bind(widget* home) {

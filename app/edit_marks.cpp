@@ -1,6 +1,7 @@
 #include "app/edit_marks.h"
 
 #include "app/field_place.h"
+#include "app/home_parts.h"
 
 #include <algorithm>
 #include <map>
@@ -17,20 +18,22 @@ struct shown_field {
 struct shown_page {
     widget* page = nullptr;
     std::vector<shown_field> fields{};
+    bool told = false;             ///< the tooltips are those of `module`
+    std::vector<uint8_t> module{}; ///< empty: not known
 };
 
-const std::vector<shown_field>& fields_of(widget* home, const page_table& table) {
+shown_page& page_of(widget* home, const page_table& table) {
     static auto& pages = *new std::map<const page_table*, shown_page>;
     shown_page& known = pages[&table];
-    widget* page = widget_lookup(home, table.name);
-    if (page == known.page && !known.fields.empty()) return known.fields;
+    widget* page = home_part(home, table.name);
+    if (page == known.page && !known.fields.empty()) return known;
     known = {page};
     // A page that was never shown has no widgets yet.
-    if (page == nullptr || !widget_get_prop_bool(page, "attached", false)) return known.fields;
+    if (page == nullptr || !widget_get_prop_bool(page, "attached", false)) return known;
     for (const page_row& row : table.rows)
         if (row.what->key != nullptr && row.kind != row_kind::caption)
             if (widget* w = widget_lookup(page, row.name)) known.fields.push_back({row.what, w});
-    return known.fields;
+    return known;
 }
 
 } // namespace
@@ -59,18 +62,28 @@ std::string tooltip_of(const dev_obj& dev, const field& what) {
     return text;
 }
 
+/// Once for each module.
+void tell(shown_page& page, const dev_obj& dev) {
+    static const std::vector<uint8_t> unknown;
+    const std::vector<uint8_t>& module = dev.in_module ? dev.in_module->bytes : unknown;
+    if (page.fields.empty() || (page.told && page.module == module)) return;
+    for (const shown_field& one : page.fields)
+        if (one.what->place.bits != 0) widget_set_tooltip_more(one.w, tooltip_of(dev, *one.what).c_str());
+    page.told = true;
+    page.module = module;
+}
+
 void mark_tabs(widget* home, const family_pages& pages, const key_set& keys) {
     const auto has = [&keys](const page_table& table) {
         return std::ranges::any_of(table.rows, [&](const page_row& row) { return differs(keys, *row.what); });
     };
     for (const page_tab& tab : pages.tabs)
-        widget_set_marked(widget_lookup(home, tab.button),
-                          std::ranges::any_of(pages.tables, [&](const page_table* t) {
+        widget_set_marked(home_part(home, tab.button), std::ranges::any_of(pages.tables, [&](const page_table* t) {
                               return field_tab_of(pages, *t) == &tab && has(*t);
                           }));
     for (const page_table* table : pages.tables)
         if (table->inside.button != nullptr)
-            if (widget* button = widget_lookup(home, table->inside.button)) widget_set_marked(button, has(*table));
+            if (widget* button = home_part(home, table->inside.button)) widget_set_marked(button, has(*table));
 }
 
 } // namespace
@@ -78,18 +91,18 @@ void mark_tabs(widget* home, const family_pages& pages, const key_set& keys) {
 void marks_show(widget* home, const family_pages& pages, const dev_obj& dev,
                 const std::vector<image_difference>& unwritten) {
     const key_set keys = keys_of(unwritten);
-    for (const page_table* table : pages.tables)
-        for (const shown_field& one : fields_of(home, *table)) {
-            widget_set_marked(one.w, differs(keys, *one.what));
-            if (one.what->place.bits != 0) widget_set_tooltip_more(one.w, tooltip_of(dev, *one.what).c_str());
-        }
+    for (const page_table* table : pages.tables) {
+        shown_page& page = page_of(home, *table);
+        for (const shown_field& one : page.fields) widget_set_marked(one.w, differs(keys, *one.what));
+        tell(page, dev);
+    }
     mark_tabs(home, pages, keys);
 }
 
 std::vector<const field*> marks_refused(widget* home, const family_pages& pages) {
     std::vector<const field*> found;
     for (const page_table* table : pages.tables)
-        for (const shown_field& one : fields_of(home, *table))
+        for (const shown_field& one : page_of(home, *table).fields)
             if (widget_get_refused(one.w)) found.push_back(one.what);
     return found;
 }

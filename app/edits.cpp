@@ -3,10 +3,12 @@
 #include "app/change_list.h"
 #include "app/devices.h"
 #include "app/edit_marks.h"
+#include "app/home_parts.h"
 #include "app/model_switch.h"
 #include "app/truth_line.h"
 #include "profile/compare.h"
 #include "shell/navigator.h"
+#include "toolkit/core/idle.h"
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/window_manager.h"
 
@@ -43,7 +45,7 @@ std::string step_tooltip(const char* does, const edit_step* step, const char* ke
 
 void count_show(widget* home, std::size_t count) {
     const std::string text = count == 0 ? "" : tk_format("未写入的改动 %d 项", static_cast<int>(count));
-    widget_set_text_utf8(widget_lookup(home, "unwritten_count"), text.c_str());
+    widget_set_text_utf8(home_part(home, "unwritten_count"), text.c_str());
     const std::string title = count == 0 ? program_title : text + " - " + program_title;
     window_manager_set_title(window_manager(), title.c_str());
 }
@@ -57,19 +59,29 @@ void buttons_show(widget* home, const edit_log& log) {
     } rows[] = {{"button_undo", log.undoable(), "撤销", "Ctrl+Z"},
                 {"button_redo", log.redoable(), "重做", "Ctrl+Y"}};
     for (const auto& row : rows) {
-        widget* button = widget_lookup(home, row.button);
+        widget* button = home_part(home, row.button);
         widget_set_enable(button, row.step != nullptr);
         widget_set_tooltip(button, step_tooltip(row.does, row.step, row.keys).c_str());
     }
 }
 
-/// A step was taken back or done again.
-ret_t step_show(widget* home, const family_pages& pages, const edit_step* step, bool restored) {
-    if (step == nullptr) return RET_FAIL;
+/// Shows the current device's state after steps back and forth: however many there were in one turn, once.
+ret_t show_steps() {
+    widget* home = navigator_find("home_page");
+    const family_pages* pages = current_pages();
+    const account* kept = account_of(pages);
+    if (home == nullptr || kept == nullptr) return RET_OK;
     model_page_refresh(home);
-    model_show_code_as(pages, restored);
+    model_show_code_as(*pages, kept->restored);
     edits_show(home);
     return RET_OK;
+}
+
+/// A step was taken back or done again.
+ret_t step_done(account& kept, const edit_step* step, bool restored) {
+    if (step == nullptr) return RET_FAIL;
+    kept.restored = restored;
+    return idle_queue_once("edits_show_steps", show_steps);
 }
 
 } // namespace
@@ -105,20 +117,20 @@ void edits_show(widget* home) {
     change_list_show(home, *kept->of, unwritten);
 }
 
-ret_t edits_undo(widget* home) {
+ret_t edits_undo(widget* /*home*/) {
     account* kept = current_account();
     if (kept == nullptr) return RET_FAIL;
     kept->log.note({}, kept->restored); // whatever nobody noted is a step too
     const edit_step* step = kept->log.undo();
-    return step_show(home, *current_pages(), step, step != nullptr && step->restored_before);
+    return step_done(*kept, step, step != nullptr && step->restored_before);
 }
 
-ret_t edits_redo(widget* home) {
+ret_t edits_redo(widget* /*home*/) {
     account* kept = current_account();
     if (kept == nullptr) return RET_FAIL;
     kept->log.note({}, kept->restored);
     const edit_step* step = kept->log.redo();
-    return step_show(home, *current_pages(), step, step != nullptr && step->restored_after);
+    return step_done(*kept, step, step != nullptr && step->restored_after);
 }
 
 ret_t edits_applied(widget* home, const char* name) {

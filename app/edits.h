@@ -17,7 +17,8 @@ void edits_code_shown(const family_pages& pages, bool restored);
 /// Shows where the current model's device stands, all over the home page.
 void edits_show(widget* home);
 
-/// Takes a step of the current device back, or does it again, and shows it. RET_FAIL when there is none.
+/// Takes a step of the current device back, or does it again; it is shown with the next turn of the event loop.
+/// RET_FAIL when there is none.
 ret_t edits_undo(widget* home);
 ret_t edits_redo(widget* home);
 /// After a change that no page made: the page on show is filled again, the code shown, and the step noted.

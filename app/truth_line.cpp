@@ -4,6 +4,7 @@
 #include "app/devices.h"
 #include "app/edit_marks.h"
 #include "app/field_place.h"
+#include "app/home_parts.h"
 #include "toolkit/core/text.h"
 
 namespace {
@@ -28,7 +29,7 @@ std::string truth_line_text(const dev_obj& dev, std::size_t unwritten, std::size
 
 void truth_line_show(widget* home, const family_pages& pages, dev_obj& dev, std::size_t unwritten) {
     const std::size_t refused = marks_refused(home, pages).size();
-    widget* line = widget_lookup(home, "truth_line");
+    widget* line = home_part(home, "truth_line");
     widget_set_text_utf8(line, truth_line_text(dev, unwritten, refused).c_str());
     widget_set_style_state(line, style_of(dev, unwritten, refused));
 }

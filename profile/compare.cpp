@@ -5,6 +5,14 @@
 
 namespace {
 
+/// Asked for at each edit, so the order is made once.
+const std::vector<const field*>& ordered_fields(const family_descriptor& of) {
+    thread_local std::map<const family_descriptor*, std::vector<const field*>> known;
+    std::vector<const field*>& fields = known[&of];
+    if (fields.empty()) fields = fields_by_page(of);
+    return fields;
+}
+
 /// Where a person sees no difference, or the program writes the same whatever the store says.
 bool is_no_edit(const field& row, const field_value& one, const field_value& other) {
     return row.encode != encode_rule::from_key || value_shown(row, one) == value_shown(row, other);
@@ -15,10 +23,11 @@ bool is_no_edit(const field& row, const field_value& one, const field_value& oth
 std::vector<image_difference> image_differences(const family_descriptor& of, std::span<const uint8_t> left,
                                                 std::span<const uint8_t> right) {
     std::vector<image_difference> out;
-    for (const field* row : fields_by_page(of)) {
+    for (const field* row : ordered_fields(of)) {
+        if (place_bits(of, *row, left) == place_bits(of, *row, right)) continue;
         const std::optional<field_value> one = value_in_image(of, *row, left);
         const std::optional<field_value> other = value_in_image(of, *row, right);
-        if (!one || !other || place_bits(of, *row, left) == place_bits(of, *row, right)) continue;
+        if (!one || !other) continue;
         out.push_back({row, *one, *other, is_no_edit(*row, *one, *other)});
     }
     return out;

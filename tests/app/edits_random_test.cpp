@@ -196,11 +196,14 @@ TEST_P(edits_random, marks_and_list_agree_with_the_bytes) {
             const std::string after = text(home(), "mledit");
             if (edits_of(pages())->undoable() != last && next(4) == 0) {
                 ASSERT_EQ(edits_undo(home()), RET_OK);
+                settle();
                 ASSERT_EQ(text(home(), "mledit"), before) << step;
                 ASSERT_EQ(edits_redo(home()), RET_OK);
+                settle();
                 ASSERT_EQ(text(home(), "mledit"), after) << step;
             }
         }
+        settle();
         judge(step);
     }
 }

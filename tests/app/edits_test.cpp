@@ -167,6 +167,7 @@ TEST_F(edits, strokes_at_a_number_are_one_step) {
     EXPECT_EQ(user_does("type home_page/page_vkt610b_spi/spin_box_number_vkt610b 42\nkey Tab\n"), "");
     ASSERT_NE(code(), start);
     EXPECT_EQ(edits_undo(home()), RET_OK);
+    settle();
     EXPECT_EQ(code(), start);
     EXPECT_EQ(edits_undo(home()), RET_FAIL);
 }
@@ -203,6 +204,7 @@ TEST_F(edits, the_list_has_what_a_write_would_change_and_leads_to_it) {
     EXPECT_EQ(text(at("page_can"), "combo_box_ex_bps"), "500K");
     EXPECT_EQ(truth(), "与模块一致 14:32");
     EXPECT_EQ(edits_undo(home()), RET_OK);
+    settle();
     EXPECT_EQ(text(at("page_can"), "combo_box_ex_bps"), "125K");
     click(home(), "button_all_back");
     EXPECT_EQ(text(at("page_can"), "combo_box_ex_bps"), "500K");

@@ -78,17 +78,22 @@ ret_t widget_set_marked(widget* w, bool marked) {
     if (state == nullptr) return RET_BAD_PARAMS;
     const bool as_dot = state->kind == widget_kind::tab_button;
     if (!as_dot && !is_field(state->kind)) return RET_BAD_PARAMS;
-    if (state->mark == nullptr && !marked) return RET_OK;
-    if (state->mark == nullptr) state->mark = new mark_widget(state->w, as_dot);
-    if (state->mark->isHidden() != marked) return RET_OK;
-    state->mark->setVisible(marked);
-    if (marked) state->mark->raise();
+    QWidget* mark = state->mark;
+    if (mark == nullptr) {
+        if (!marked) return RET_OK;
+        mark = new mark_widget(state->w, as_dot);
+        state->mark = mark;
+    }
+    if (mark->isHidden() != marked) return RET_OK;
+    mark->setVisible(marked);
+    if (marked) mark->raise();
     return RET_OK;
 }
 
 bool widget_get_marked(const widget* w) {
     const widget_state* state = live(w);
-    return state != nullptr && state->mark != nullptr && !state->mark->isHidden();
+    const QWidget* mark = state == nullptr ? nullptr : state->mark.data();
+    return mark != nullptr && !mark->isHidden();
 }
 
 ret_t widget_set_tooltip_more(widget* w, const char* text, tooltip_part part) {
