@@ -14,6 +14,7 @@ constexpr DWORD read_multiplier_ms = 10;
 constexpr uint32_t look_at_paused_ms = 500;
 constexpr int chances = 5;
 constexpr uint32_t chance_ms = 20;
+constexpr const char* text_gone = "The port is gone, receiving has ended: error code %lu\n";
 constexpr uint32_t look_again_ms = 100; ///< after a read that failed, or ended without reason
 
 struct io_words {
@@ -84,6 +85,7 @@ bool traffic::wait_to_run(port_lease& port) {
         guard.unlock();
         DWORD error = 0;
         if (port.waiting(&error) || !port_lost_error(error)) continue;
+        log_console(tk_format(text_gone, static_cast<unsigned long>(error)));
         lose();
         return false;
     }

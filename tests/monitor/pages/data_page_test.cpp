@@ -81,6 +81,42 @@ TEST_F(data_page, while_it_is_open_no_session_starts) {
     session_timing_get().start_wait_ms = session_timing{}.start_wait_ms;
 }
 
+TEST_F(data_page, without_a_connected_module_it_says_so_and_can_be_left) {
+    said_clear();
+    navigator_to("data_page");
+    EXPECT_EQ(shown("state_word"), "未连接");
+    EXPECT_THAT(said(), HasSubstr("data_page: the traffic cannot be started\n"));
+    EXPECT_EQ(refused(), "请先连接设备");
+    EXPECT_EQ(csv(), "");
+    leave_page();
+}
+
+TEST_F(data_page, while_it_waits_for_the_port_one_frame_can_be_asked_for) {
+    connect("VKT610B");
+    module->set_traffic(frames(0));
+    {
+        const port_lease other = current_device()->session.take_port(0);
+        ASSERT_TRUE(other);
+        navigator_to("data_page");
+        EXPECT_EQ(shown("state_word"), "等待端口…");
+        does("click ~/button_write\n");
+        EXPECT_FALSE(usable("button_write"));
+        answer_message();
+        does("click ~/check_button_send_timer\n");
+        EXPECT_TRUE(wait([this] { return !message_seen.empty(); }));
+        settle();
+        EXPECT_EQ(message_seen, "上一帧还没有发送完，请稍后再试");
+        EXPECT_FALSE(checked("check_button_send_timer"));
+        EXPECT_TRUE(usable("edit_timer"));
+        EXPECT_FALSE(usable("button_write"));
+    }
+    EXPECT_TRUE(wait([] { return shown("state_word") == "传输模式"; }));
+    EXPECT_TRUE(wait([] { return usable("button_write"); }));
+    EXPECT_TRUE(wait_received(1));
+    leave_page();
+    EXPECT_EQ(received().size(), 1u);
+}
+
 TEST_F(data_page, a_module_that_vanishes_is_said_and_the_home_page_knows) {
     open_page(frames(100));
     ASSERT_TRUE(wait([] { return rows() > 0; }));

@@ -43,6 +43,30 @@ TEST_F(table, MakesOnlyTheRowsThatShow) {
     EXPECT_EQ(loaded, made);
 }
 
+TEST_F(table, TheLayoutOfItsRowsIsReadOnce) {
+    table_client_set_rows(client, 1);
+    ASSERT_EQ(table_client_fill(client), RET_OK);
+    ASSERT_EQ(made, 1);
+    write_layout("row", "no layout");
+    table_client_set_rows(client, 5);
+    ASSERT_EQ(table_client_fill(client), RET_OK);
+    EXPECT_EQ(made, 5);
+}
+
+TEST_F(table, ALayoutThatCouldNotBeReadIsReadAgain) {
+    write_layout("row", "no layout");
+    table_client_set_rows(client, 3);
+    {
+        said log;
+        ASSERT_EQ(table_client_fill(client), RET_OK);
+        EXPECT_THAT(log.take(), testing::HasSubstr("table row: "));
+    }
+    ASSERT_EQ(made, 0);
+    write_layout("row", row_ui);
+    ASSERT_EQ(table_client_fill(client), RET_OK);
+    EXPECT_EQ(made, 3);
+}
+
 TEST_F(table, RefreshesAskedForTogetherAreOne) {
     table_client_set_rows(client, 3);
     table_client_set_rows(client, 2);

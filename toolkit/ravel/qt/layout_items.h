@@ -16,7 +16,7 @@ class layout_builder {
     layout_builder(QString file, int depth, const layout_builder* outer);
 
     widget_state* build_root(const QString& name);
-    widget_state* build_part(QWidget* parent, widget_state* parent_state);
+    widget_state* build_part(const ui_element& ui, QWidget* parent, widget_state* parent_state);
     QWidget* build_widget(const ui_element& element, QWidget* parent, widget_state* parent_state);
 
     const QString& file() const { return file_; }
@@ -33,7 +33,8 @@ class layout_builder {
     void fill(QWidget* w, widget_state* state, const ui_element& element);
     void attach(QWidget* parent, QWidget* w) const;
     void include(QWidget* w, widget_state* state, const ui_element& element, const QString& name);
-    void fill_included(QWidget* w, widget_state* state, const std::vector<QString>& own_properties);
+    void fill_included(QWidget* w, widget_state* state, const ui_element& ui,
+                       const std::vector<QString>& own_properties);
     void finish(const widget_state* root, const ui_element& ui) const;
     QWidget* named(const widget_state* root, const QString& name, int line) const;
     QString renamed(QString name) const;

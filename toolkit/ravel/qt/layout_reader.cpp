@@ -100,10 +100,10 @@ widget_state* layout_builder::build_root(const QString& name) {
     return state;
 }
 
-widget_state* layout_builder::build_part(QWidget* parent, widget_state* parent_state) {
+widget_state* layout_builder::build_part(const ui_element& ui, QWidget* parent, widget_state* parent_state) {
     std::unique_ptr<QWidget> part(find_layout_class(QStringLiteral("QWidget"), {})->make(parent));
     widget_state* state = adopt_widget(part.get(), widget_kind::view, QString(), parent_state);
-    fill_included(part.get(), state, {});
+    fill_included(part.get(), state, ui, {});
     part.release(); // its parent's
     return state;
 }
@@ -175,12 +175,12 @@ void layout_builder::include(QWidget* w, widget_state* state, const ui_element& 
     std::vector<QString> own;
     for (const ui_element& property : element.children) own.push_back(property.attribute("name"));
     const bool page = state->parent != nullptr && state->parent->kind == widget_kind::pages && !state->name.empty();
-    if (!page) return inner.fill_included(w, state, own);
+    if (!page) return inner.fill_included(w, state, read_ui_file(inner.file_), own);
     state->build_later = [inner, w, state, own]() mutable {
         const bool enabled_updates = w->updatesEnabled();
         w->setUpdatesEnabled(false);
         try {
-            inner.fill_included(w, state, own);
+            inner.fill_included(w, state, read_ui_file(inner.file_), own);
             chain_focus_behind(w);
         } catch (const layout_error& refused) {
             log_write(LOG_LEVEL_ERROR, std::string(refused.what()) + "\n");
@@ -190,8 +190,8 @@ void layout_builder::include(QWidget* w, widget_state* state, const ui_element& 
 }
 
 /// What the including widget sets itself (`own`) the included root does not override.
-void layout_builder::fill_included(QWidget* w, widget_state* state, const std::vector<QString>& own) {
-    const ui_element ui = read_ui_file(file_);
+void layout_builder::fill_included(QWidget* w, widget_state* state, const ui_element& ui,
+                                   const std::vector<QString>& own) {
     const ui_element& root = root_widget(ui);
     if (root.attribute("class") != u"QWidget")
         refuse(root.line, QStringLiteral("the root of an included layout must be a QWidget"));
@@ -249,6 +249,9 @@ widget_state* load_layout(const QString& name, std::string* error) {
     return built(name, error, [&name](layout_builder& builder) { return builder.build_root(name); });
 }
 
-widget_state* load_part(const QString& name, QWidget* parent, widget_state* parent_state, std::string* error) {
-    return built(name, error, [=](layout_builder& builder) { return builder.build_part(parent, parent_state); });
+widget_state* part_layout::build(QWidget* parent, widget_state* parent_state, std::string* error) {
+    return built(name_, error, [=, this](layout_builder& builder) {
+        if (!read_) read_ = read_ui_file(builder.file());
+        return builder.build_part(*read_, parent, parent_state);
+    });
 }

@@ -11,6 +11,7 @@
 #include <QVariant>
 
 void restyle(QWidget* w) {
+    if (!w->testAttribute(Qt::WA_WState_Polished)) return; // it is styled when it is shown first
     w->style()->unpolish(w);
     w->style()->polish(w);
     w->update();

@@ -98,7 +98,8 @@ bool table_widget::fill() {
 
 bool table_widget::add_row(uint32_t index) {
     std::string why;
-    widget_state* row = load_part(property("row_layout").toString(), viewport(), state_of(this), &why);
+    if (!row_layout_) row_layout_.emplace(property("row_layout").toString());
+    widget_state* row = row_layout_->build(viewport(), state_of(this), &why);
     if (row == nullptr) {
         log_write(LOG_LEVEL_ERROR, "table row: " + why + "\n");
         return false;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "toolkit/ravel/qt/detail.h"
+#include "toolkit/ravel/qt/layout_reader.h"
 #include "toolkit/ravel/qt/widget_class.h"
 #include "toolkit/table_view/table_view.h"
 
@@ -9,6 +10,8 @@
 #include <QElapsedTimer>
 #include <QPointer>
 #include <QTimer>
+
+#include <optional>
 
 /// Pixels that a key or a notch of the wheel moves a table sideways.
 constexpr int side_step = 64;
@@ -70,8 +73,9 @@ class table_widget final : public QAbstractScrollArea {
     void move_to(int64_t row, bool growing);
     int64_t row_at(int y) const;
 
-    std::vector<row_widget> pool_; ///< from the top
-    QTimer asked_;                 ///< runs while a filling is asked for
+    std::optional<part_layout> row_layout_; ///< from the first row on
+    std::vector<row_widget> pool_;          ///< from the top
+    QTimer asked_;                          ///< runs while a filling is asked for
     QElapsedTimer since_fill_;
     uint32_t count_ = 0;
     table_choice choice_ = table_choice::none;
