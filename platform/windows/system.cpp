@@ -1,5 +1,6 @@
 #include "platform/system.h"
 #include "platform/windows/com_port_system.h"
+#include "platform/windows/utf8.h"
 
 #include <atomic>
 #include <cstdio>
@@ -37,13 +38,7 @@ std::string platform_program_folder() {
     std::wstring wide(32768, L'\0'); // the longest path there is
     wide.resize(GetModuleFileNameW(nullptr, wide.data(), static_cast<DWORD>(wide.size())));
     wide.resize(wide.find_last_of(L"\\/") == std::wstring::npos ? 0 : wide.find_last_of(L"\\/"));
-    const auto length = static_cast<int>(wide.size());
-    std::string text(static_cast<std::size_t>(
-                         WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, nullptr, 0, nullptr, nullptr)),
-                     '\0');
-    WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, text.data(), static_cast<int>(text.size()), nullptr,
-                        nullptr);
-    return text;
+    return utf8_narrow(wide.c_str());
 }
 
 void platform_com_init() {

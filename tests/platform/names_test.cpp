@@ -48,6 +48,19 @@ TEST_F(names_test, one_name_leads_to_its_device) {
     EXPECT_EQ(com::GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
+TEST_F(names_test, a_port_without_an_adapter_has_no_description) {
+    EXPECT_EQ(com::describe_port("COM7"), "");
+    EXPECT_EQ(com::describe_port("COM250"), "");
+    EXPECT_EQ(com::describe_port("none"), "");
+    EXPECT_EQ(com::describe_port(""), "");
+}
+
+#ifdef _WIN32
+TEST_F(names_test, an_adapter_is_described_by_its_maker_and_its_friendly_name) {
+    EXPECT_EQ(com::describe_port("COM12"), "Bench 测试 adapter");
+}
+#endif
+
 #ifndef _WIN32
 
 /// A folder that is removed at the end.
