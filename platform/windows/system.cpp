@@ -24,6 +24,8 @@ BOOL WINAPI on_console_event(DWORD /*event*/) {
     platform_exit_now(interrupt_status);
 }
 
+HANDLE console_of(std::FILE* stream) { return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream))); }
+
 } // namespace
 
 void platform_on_interrupt(void (*call)(), int status) {
@@ -32,7 +34,20 @@ void platform_on_interrupt(void (*call)(), int status) {
     SetConsoleCtrlHandler(on_console_event, TRUE);
 }
 
-bool platform_is_terminal(std::FILE* stream) { return _isatty(_fileno(stream)) != 0; }
+bool platform_is_terminal(std::FILE* stream) {
+    const HANDLE console = console_of(stream);
+    DWORD mode = 0; // only a console has one
+    if (GetConsoleMode(console, &mode) == FALSE) return false;
+    return SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != FALSE;
+}
+
+terminal_size platform_terminal_size(std::FILE* stream) {
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (GetConsoleScreenBufferInfo(console_of(stream), &info) == FALSE) return {};
+    const SMALL_RECT& shown = info.srWindow;
+    return {static_cast<unsigned>(shown.Right - shown.Left + 1),
+            static_cast<unsigned>(shown.Bottom - shown.Top + 1)};
+}
 
 std::string platform_program_folder() {
     std::wstring wide(32768, L'\0'); // the longest path there is

@@ -46,10 +46,8 @@ TEST_F(many_modules, a_bad_one_does_not_stop_the_others) {
     plug_other("VKT610B", "COM8").plan({.what = fault::refuse, .after = 3});
     const std::string path = profile_file("VKT610B");
     EXPECT_EQ(vkt({"program", path, "COM7", "COM8", "COM499", "--check", "--journal", line_csv}), exit_module);
-    EXPECT_THAT(
-        out,
-        FitsPattern(
-            "COM7 +pass +0x0A182101\nCOM8 +fail +写配置 +应答帧校验失败\nCOM499 +fail +开始连接 +串口打开失败\n"));
+    EXPECT_THAT(out, FitsPattern("COM7 +pass +V1.1.2 24年10月\nCOM8 +fail +写配置 +应答帧校验失败\nCOM499 +fail "
+                                 "+开始连接 +串口打开失败\n"));
     EXPECT_THAT(err, HasSubstr("vkt: COM8: 写配置: 应答帧校验失败\n"));
     EXPECT_THAT(err, HasSubstr("vkt: COM499: 开始连接: 串口打开失败: 不存在 (error 2)\n"));
     EXPECT_EQ(journal_lines().size(), 4u);
@@ -57,6 +55,27 @@ TEST_F(many_modules, a_bad_one_does_not_stop_the_others) {
     EXPECT_EQ(vkt({"program", path, "COM7", "COM8", "--json"}), exit_good);
     EXPECT_THAT(out, testing::StartsWith(R"({"model": "VKT610B", "profile": ")"));
     EXPECT_THAT(out, HasSubstr(R"({"port": "COM8", "result": "pass", "firmware": "", "step": "", "text": ""})"));
+}
+
+TEST_F(many_modules, the_firmware_is_stated_as_the_window_states_it) {
+    plug("VKT510A");
+    EXPECT_EQ(vkt({"program", profile_file("VKT510A"), "COM7", "--journal", line_csv}), exit_good) << err;
+    EXPECT_EQ(out, "COM7  pass  02-00-01, 21-07\n");
+    EXPECT_THAT(journal_lines().back(), HasSubstr(",COM7,VKT510A,\"02-00-01, 21-07\","));
+    EXPECT_THAT(session_log(), testing::IsEmpty());
+    module.reset();
+    plug("VKT610B");
+    const std::string path = profile_file("VKT610B");
+    EXPECT_EQ(vkt({"program", path, "COM7", "--check", "--journal", line_csv}), exit_good) << err;
+    EXPECT_THAT(journal_lines().back(), HasSubstr(",COM7,VKT610B,V1.1.2 24年10月,"));
+    // Without a read it is not known, nor from a module that has none.
+    EXPECT_EQ(vkt({"program", path, "COM7", "--journal", line_csv}), exit_good) << err;
+    EXPECT_THAT(journal_lines().back(), HasSubstr(",COM7,VKT610B,,"));
+    std::vector<uint8_t> memory = module->memory();
+    std::fill(memory.begin() + 4 * 34, memory.end(), uint8_t{0});
+    module->set_memory(memory);
+    EXPECT_EQ(vkt({"program", path, "COM7", "--check", "--journal", line_csv}), exit_good) << err;
+    EXPECT_THAT(journal_lines().back(), HasSubstr(",COM7,VKT610B,,"));
 }
 
 TEST_F(many_modules, a_check_that_fails_names_the_fields) {
@@ -72,12 +91,25 @@ TEST_F(many_modules, what_is_wrong_is_said_before_the_first_is_touched) {
     const std::string path = profile_file("VKT531A");
     EXPECT_EQ(vkt({"program", path, "COM7", "COM7"}), exit_usage);
     EXPECT_EQ(err, "vkt: COM7: named twice\n");
+    EXPECT_EQ(vkt({"program", path, "COM7", "com7"}), exit_usage);
+    EXPECT_EQ(err, "vkt: com7: named twice\n");
+    EXPECT_EQ(vkt({"program", path, "COM499", "COM498", "COM499"}), exit_usage);
+    EXPECT_EQ(err, "vkt: COM499: named twice\n");
     EXPECT_EQ(vkt({"program", path, "COM7", "--journal", file("none/line.csv")}), exit_usage);
     EXPECT_EQ(err, "vkt: " + file("none/line.csv") + ": cannot be written\n");
     EXPECT_EQ(vkt({"program", file("none.json"), "COM7"}), exit_usage);
     EXPECT_EQ(vkt({"program", path}), exit_usage);
     EXPECT_EQ(module->received().size(), 0u);
 }
+
+#ifndef _WIN32
+TEST_F(many_modules, a_port_named_by_its_path_too_is_named_twice) {
+    plug("VKT531A");
+    EXPECT_EQ(vkt({"program", profile_file("VKT531A"), "COM7", module->port_path()}), exit_usage);
+    EXPECT_EQ(err, "vkt: " + module->port_path() + ": named twice\n");
+    EXPECT_EQ(module->received().size(), 0u);
+}
+#endif
 
 TEST_F(many_modules, an_interruption_is_in_the_journal) {
     port_timing_get().timeouts = {60000, 60000, 60000, 60000, 60000};
