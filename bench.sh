@@ -15,7 +15,7 @@ esac
 scripts/install.sh build gui display bench
 configure release -DVKT_BENCH=ON -DVKT_TESTS=OFF
 build release VKTCfgTools empty_window bench_page_edit bench_table bench_session bench_timing_list bench_traffic_frame \
-    bench_record_queue bench_assistant bench_traffic_window vkt_sim
+    bench_record_queue bench_assistant bench_traffic_window vkt vkt_sim
 
 say "measurements (release build)"
 status=0

@@ -40,6 +40,7 @@ constexpr argument_row rows[] = {
     {.name = "count",    .spelled = "--count",         .shown = "N",     .help = "how many frames (1)", .number = &o::count, .lowest = 1, .highest = 1000000000},
     {.name = "channel",  .spelled = "--channel",       .shown = "N",     .help = "1 uart1-can1 (as without it), 2 uart1-can2, 3 uart2-can2, 4 spi1-can1, 5 spi1-can2", .number = &o::channel, .lowest = 1, .highest = 5},
     {.name = "ports",    .spelled = "ports",           .shown = "PORT...", .help = "ports with a module each", .texts = &o::ports, .by = completes::port},
+    {.name = "wait",     .spelled = "--wait",          .shown = nullptr, .help = "go on with every module that is plugged in, until it is interrupted", .flag = &o::wait},
     {.name = "journal",  .spelled = "--journal",       .shown = "FILE",  .help = "append a line for each module to this file", .text = &o::journal, .by = completes::file},
 };
 // clang-format on

@@ -40,8 +40,12 @@ constexpr command_row all[] = {
      "port, and the exit status is the highest of theirs. The journal gets a line for each module as it is done: "
      "time, "
      "port, model, firmware where the module tells it, checksum of the profile, result, the step that failed and "
-     "why.",
-     "profile! ports! as check journal ac", run_program},
+     "why. With --wait a port that is not there is waited for; once its module is done (a bell rings on a "
+     "terminal) "
+     "the port must go away and come back for the next one. That goes on until it is interrupted, which is its "
+     "good "
+     "end unless a module is under way. With --json every module is an object on a line of its own then.",
+     "profile! ports! as check wait journal ac", run_program},
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 // Commands that talk to a module.
 #include "cli/commands.h"
 #include "cli/link.h"
+#include "cli/port_device.h"
 #include "cli/profiles.h"
 #include "profile/compare.h"
 #include "serial/port_cause.h"
@@ -8,7 +9,6 @@
 #include "serial/port_list.h"
 #include "serial/port_names.h"
 
-#include <array>
 #include <filesystem>
 
 namespace {
@@ -36,12 +36,6 @@ void note_odd_values(const cli_context& with, const std::string& port, const pro
     for (const profile_value& one : from.values)
         if (const std::string why = value_refusal(*one.what, one.value); !why.empty())
             with.note("vkt: " + port + ": " + one.what->key + ": " + value_shown(*one.what, one.value) + " " + why);
-}
-
-std::string device_behind(const std::string& name) {
-    std::array<char, 1024> device{};
-    const DWORD got = com::QueryDosDeviceA(name.c_str(), device.data(), device.size() - 1);
-    return got == 0 ? "" : device.data();
 }
 
 /// Empty when the port can be opened.

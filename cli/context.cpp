@@ -1,5 +1,6 @@
 #include "cli/context.h"
 
+#include "cli/run.h"
 #include "profile/json_text.h"
 #include "toolkit/core/fs.h"
 
@@ -8,15 +9,15 @@
 
 namespace {
 
-/// Columns on a terminal. Texts here are ASCII, Chinese, or a dash or arrow.
-std::size_t width(const std::string& text) {
-    std::size_t columns = 0;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80) columns += 1;
-        if (byte >= 0xC0) columns += byte >= 0xE3 ? 2 : 1; // from U+3000 on
-    }
-    return columns;
+constexpr char escape = '\x1b';
+
+/// Columns of the character that begins with this byte; 0 for a byte inside one. Texts here are ASCII, Chinese, or
+/// a dash or arrow.
+std::size_t columns_of(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80) return 1;
+    if (byte < 0xC0) return 0;
+    return byte >= 0xE3 ? 2 : 1; // from U+3000 on
 }
 
 /// How many letters must be changed, added or left out.
@@ -37,8 +38,10 @@ std::size_t distance(const std::string& a, const std::string& b) {
 } // namespace
 
 void cli_context::print(const std::string& text) const {
-    if (!options.quiet) streams.out(text);
+    if (!options.quiet && !streams.out(text)) cli_output_lost();
 }
+
+bool cli_context::shows_progress() const { return streams.terminal && !options.quiet && !options.json; }
 
 void cli_context::note(const std::string& line) const {
     if (!options.quiet && !options.json) streams.err(line + "\n");
@@ -88,11 +91,36 @@ std::string json_list(const std::vector<std::string>& values) {
     return text + "]";
 }
 
+std::size_t shown_width(const std::string& text) {
+    std::size_t columns = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == escape)
+            i = text.find('m', i);
+        else
+            columns += columns_of(text[i]);
+    }
+    return columns;
+}
+
+std::string cut_to_width(const std::string& text, std::size_t columns) {
+    std::size_t used = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        used += columns_of(text[i]);
+        if (used > columns) return text.substr(0, i);
+    }
+    return text;
+}
+
+std::string result_word(bool good, bool colour) {
+    const char* word = good ? "pass" : "fail";
+    return colour ? std::string("\x1b[") + (good ? "32" : "31") + "m" + word + "\x1b[0m" : word;
+}
+
 std::string table_text(const std::vector<std::vector<std::string>>& rows) {
     std::vector<std::size_t> widths;
     for (const auto& row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
-        for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], width(row[i]));
+        for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], shown_width(row[i]));
     }
     std::string text;
     for (const auto& row : rows) {
@@ -101,8 +129,8 @@ std::string table_text(const std::vector<std::vector<std::string>>& rows) {
         std::size_t at = 0;
         for (std::size_t i = 0; i < row.size(); ++i) {
             line += std::string(row[i].empty() ? 0 : column - at, ' ') + row[i];
-            if (!row[i].empty()) at = column + width(row[i]);
-            column += widths[i] + 2;
+            if (!row[i].empty()) at = column + shown_width(row[i]);
+            column += widths[i] == 0 ? 0 : widths[i] + 2;
         }
         text += line + "\n";
     }

@@ -54,8 +54,10 @@ module_link::~module_link() {
         static_cast<void>(leaver_.release());
         static_cast<void>(dev_.release());
     }
-    if (with_.streams.terminal && !with_.options.json) with_.streams.err(clear_line);
+    if (owns_line()) with_.streams.err(clear_line);
 }
+
+bool module_link::owns_line() const { return !show_ && !with_.options.verbose && with_.shows_progress(); }
 
 session_reports module_link::reports() {
     const std::weak_ptr<int> alive = alive_;
@@ -69,6 +71,7 @@ session_reports module_link::reports() {
                     dev_accept(*dev_, image);
                 });
             },
+        .firmware = [this, alive](const std::string& text) { post(alive, [this, text] { firmware_ = text; }); },
         .connected = [] {},
         .finished = [this, alive](uint32_t) { post(alive, [this] { end_session(); }); },
     };
@@ -83,7 +86,8 @@ session_reports module_link::reports() {
 
 void module_link::take_progress(const session_progress& progress) {
     step_ = step_text(progress.text);
-    if (with_.streams.terminal && !with_.options.quiet && !with_.options.json && !with_.options.verbose)
+    if (show_) show_(progress.percent, step_);
+    if (owns_line())
         with_.streams.err(tk_format("%s%s %3u%% %s", clear_line, port_.c_str(), progress.percent, step_.c_str()));
 }
 
@@ -92,7 +96,10 @@ void module_link::take_failure(const session_failure& failure) {
                          .where = port_,
                          .step = step_,
                          .text = failure.text,
-                         .cause = cause_text(failure.cause, port_)};
+                         .cause = cause_text(failure.cause, port_),
+                         .not_opened = failure.not_opened,
+                         .absent = failure.absent,
+                         .lost = failure.port_lost};
     end_session();
 }
 

@@ -24,6 +24,12 @@ class module_link {
     const session_bytes& in_module() const { return in_module_; }
     /// The last report's text.
     const std::string& last_report() const { return step_; }
+    /// What the module said of its firmware; empty: nothing yet.
+    const std::string& firmware() const { return firmware_; }
+    /// From now on `show` hears of every report, and the link itself shows nothing.
+    void show_progress(std::function<void(uint32_t percent, const std::string& step)> show) {
+        show_ = std::move(show);
+    }
 
     /// Starts a session; `ended` is called on this thread when it is over, with what went wrong, if anything. An
     /// interruption is no end: the link is destroyed then.
@@ -38,6 +44,7 @@ class module_link {
 
   private:
     session_reports reports();
+    bool owns_line() const;
     void take_progress(const session_progress& progress);
     void take_failure(const session_failure& failure);
     void take_traffic(int64_t at_us, const session_traffic& traffic) const;
@@ -50,6 +57,8 @@ class module_link {
     const std::string port_;
     std::shared_ptr<int> alive_;
     std::string step_;
+    std::string firmware_;
+    std::function<void(uint32_t, const std::string&)> show_; ///< null: on a terminal, on a line of the link's own
     session_bytes in_module_;
     std::optional<cli_error> failure_;
     std::function<void(std::optional<cli_error>)> ended_; ///< null: nothing runs

@@ -36,6 +36,7 @@ struct cli_options {
     // Many modules.
     std::vector<std::string> ports{};
     std::string journal{}; ///< a file
+    bool wait = false;     ///< again for every module that is plugged in
 
     // Traffic.
     std::string frame{}; ///< "123#1122"

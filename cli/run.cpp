@@ -10,6 +10,7 @@
 namespace {
 
 std::atomic<bool> interrupted{false};
+bool output_lost = false;
 
 /// While it lives, what rooms below say on the console goes nowhere: standard output is for results, and what they
 /// say is said by errors again. There is no session log.
@@ -37,19 +38,26 @@ void cli_interrupt() {
     idle_queue([] { return RET_OK; }); // wakes whoever waits
 }
 bool cli_interrupted() { return interrupted; }
+void cli_output_lost() {
+    output_lost = true;
+    cli_interrupt();
+}
 
 int cli_run(const std::vector<std::string>& arguments, const cli_streams& streams) {
     interrupted = false;
+    output_lost = false;
     idle_set_gui_thread();
     cli_parsed parsed = arguments_parse(arguments);
+    const cli_error no_output{.where = "standard output", .text = "cannot be written"};
     const cli_context with{parsed.options, streams};
     if (!parsed.error.empty()) return with.fail({.text = parsed.error});
     if (parsed.options.command == nullptr) {
-        streams.out(parsed.text);
-        return exit_good;
+        return streams.out(parsed.text) ? static_cast<int>(exit_good) : with.fail(no_output);
     }
     const quiet_rooms quiet;
     const int status = parsed.options.command->run(with);
-    if (!cli_interrupted()) return status;
+    if (output_lost) return with.fail(no_output);
+    // Some commands run until they are interrupted.
+    if (status != exit_interrupted) return status;
     return with.fail({.status = exit_interrupted, .text = "interrupted"});
 }

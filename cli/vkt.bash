@@ -18,7 +18,7 @@ _vkt() {
     timing) options="--clock --nominal --data --sample --all" words="" files= ;;
     monitor) options="--model --candump --seconds --check" words="$(vkt ports 2>/dev/null | cut -d' ' -f1)" files= ;;
     send) options="--model --channel --every --count --check" words="$(vkt ports 2>/dev/null | cut -d' ' -f1)" files= ;;
-    program) options="--model --check --journal --ac" words="$(vkt ports 2>/dev/null | cut -d' ' -f1)" files=1 ;;
+    program) options="--model --check --wait --journal --ac" words="$(vkt ports 2>/dev/null | cut -d' ' -f1)" files=1 ;;
     '') words="models fields default show set diff ports read write timing monitor send program" ;;
     esac
     case $before in -m | --model) words=$models files= ;; -o | --out) words= files=1 ;; esac

@@ -8,17 +8,21 @@
 
 namespace {
 
-void write(std::FILE* stream, const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stream);
-    std::fflush(stream);
+bool write(std::FILE* stream, const std::string& text) {
+    return std::fwrite(text.data(), 1, text.size(), stream) == text.size() && std::fflush(stream) == 0;
 }
 
 } // namespace
 
 int vkt_console_main(const std::vector<std::string>& arguments) {
     platform_on_interrupt(cli_interrupt, exit_interrupted);
-    const cli_streams streams{[](const std::string& text) { write(stdout, text); },
-                              [](const std::string& text) { write(stderr, text); }, platform_is_terminal(stderr)};
+    const cli_streams streams{
+        .out = [](const std::string& text) { return write(stdout, text); },
+        .err = [](const std::string& text) { write(stderr, text); },
+        .terminal = platform_is_terminal(stderr),
+        .colour = platform_is_terminal(stdout) && std::getenv("NO_COLOR") == nullptr,
+        .size = [] { return platform_terminal_size(stderr); },
+    };
     // Faults of the port, for tests.
     const char* faults = std::getenv("VKT_COM_FAULT");
     if (faults != nullptr && !com::fault_parse(faults)) write(stderr, "vkt: VKT_COM_FAULT not understood\n");

@@ -18,12 +18,13 @@ step_end note_model(session_run& run) {
     return step_end::good;
 }
 
-/// One line with the firmware's five bytes; a reply with a foreign header is accepted without one.
+/// The firmware's five bytes; a reply with a foreign header is accepted without a word.
 void note_firmware(session_run& run) {
     if (!f7_starts_with(run.reply, f7_command_firmware, 0x05)) return;
     const auto& r = run.reply;
-    session_log_append(
-        tk_format("%s, %02X-%02X-%02X, %02X-%02X\r\n", run.input.model.c_str(), r[6], r[7], r[8], r[4], r[5]));
+    const std::string firmware = tk_format("%02X-%02X-%02X, %02X-%02X", r[6], r[7], r[8], r[4], r[5]);
+    session_log_append(run.input.model + ", " + firmware + "\r\n");
+    if (run.reports.firmware) run.reports.firmware(firmware);
 }
 
 constexpr reply_check firmware_checks[] = {

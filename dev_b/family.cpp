@@ -98,6 +98,8 @@ step_end take_image(session_run& run) {
     step_idle(run);
     const auto image = std::span(run.reply).subspan(image_at, vkt610b_image_size);
     run.image.assign(image.begin(), image.end());
+    const uint32_t version = vkt610b_regs_from_bytes(image.first<vkt610b_image_size>()).back();
+    if (run.reports.firmware && version != 0) run.reports.firmware(vkt610b_version_text(version));
     return step_image(run);
 }
 

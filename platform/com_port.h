@@ -98,6 +98,9 @@ void resume_all();
 /// empty path removes the mapping. Does nothing on Windows. Any thread.
 void map_port(const std::string& name, const std::string& path);
 
+/// Whether there is a port of that name, or of that path as CreateFileA takes it, now; opens nothing. Any thread.
+bool port_present(const std::string& name);
+
 /// What the system says about the device of a port ("FTDI FT232R USB UART A6007XYZ"); empty when it says nothing.
 /// Any thread.
 std::string describe_port(const std::string& name);

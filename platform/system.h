@@ -18,8 +18,14 @@ int vkt_console_main(const std::vector<std::string>& arguments);
 /// terminal that is closed, a termination signal); asked a second time, and after 900 ms in any case, the process
 /// ends with `status`. Once, before any other thread is started.
 void platform_on_interrupt(void (*call)(), int status);
-/// True for a stream that a person looks at.
+/// True for a stream that a person looks at, and that understands the control sequences of a terminal.
 bool platform_is_terminal(std::FILE* stream);
+struct terminal_size {
+    unsigned columns = 80;
+    unsigned rows = 24;
+};
+/// Of the terminal behind a stream; as above where there is none that says it.
+terminal_size platform_terminal_size(std::FILE* stream);
 
 /// The folder of the running program (UTF-8, without a slash at its end); empty when the system does not say. Any
 /// thread.

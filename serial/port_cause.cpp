@@ -40,7 +40,7 @@ const char* denied_words(const std::string& path) {
 port_cause port_open_cause(const std::string& path, DWORD error) {
     if (error == error_access_denied) return {denied_words(path), error, false};
     for (const cause_row& row : open_causes)
-        if (row.error == error) return {row.words, error, false};
+        if (row.error == error) return {row.words, error, false, row.words == absent};
     return {other, error, false};
 }
 

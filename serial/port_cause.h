@@ -9,6 +9,7 @@ struct port_cause {
     const char* words = nullptr; ///< null: there is none that the system knows of
     DWORD error = 0;             ///< the system's code
     bool lost = false;           ///< the device behind an open port is gone
+    bool absent = false;         ///< there is no such port to open
 };
 
 /// Why a path could not be opened. Any thread.

@@ -23,11 +23,13 @@ struct session_traffic {
 struct session_failure {
     uint32_t run; ///< as device_session::start numbered it
     session_kind kind;
-    std::string log_line;   ///< for both logs, as it stands
-    std::string text;       ///< for the screen
-    std::string cause{};    ///< one more line for both logs: port and system error in words; empty without one
-    bool port_lost = false; ///< the device behind the port is gone
-    bool at_port = false;   ///< it lies with the port: not opened, or the system refused; else with the module
+    std::string log_line;    ///< for both logs, as it stands
+    std::string text;        ///< for the screen
+    std::string cause{};     ///< one more line for both logs: port and system error in words; empty without one
+    bool port_lost = false;  ///< the device behind the port is gone
+    bool at_port = false;    ///< it lies with the port: not opened, or the system refused; else with the module
+    bool not_opened = false; ///< the port could not be opened
+    bool absent = false;     ///< because there is none of that name
 };
 
 struct session_reports {
@@ -37,6 +39,8 @@ struct session_reports {
     std::function<void(const session_failure&)> failed;
     /// A checked reply: the module's image; empty when the old one stands and is only to be decoded again.
     std::function<void(session_bytes)> image;
+    /// What the module says of its firmware, as text; null: nobody asks.
+    std::function<void(const std::string&)> firmware{};
     /// All went well: the buttons of a connected module may show.
     std::function<void()> connected;
     /// The last report of a session that went well.

@@ -108,8 +108,15 @@ step_end session_run::fail(const char* message, const std::string& log, port_cau
     port.give_back();
     const std::string line = port_cause_line(input.port_text, cause);
     if (reports.failed)
-        reports.failed(
-            {number_, script_.kind, log, message, line, cause.lost, never_open || cause.words != nullptr});
+        reports.failed({.run = number_,
+                        .kind = script_.kind,
+                        .log_line = log,
+                        .text = message,
+                        .cause = line,
+                        .port_lost = cause.lost,
+                        .at_port = never_open || cause.words != nullptr,
+                        .not_opened = never_open,
+                        .absent = cause.absent});
     return step_end::failed;
 }
 

@@ -70,7 +70,7 @@ registry() { "$wine" reg add "$1" /v "$2" /d "$3" /f >>"$wine_dir/wineboot.log" 
 
 # Wine reads the names of the ports only when its server starts, so they are registered with a server of their own.
 make_prefix() {
-    local key='HKLM\Software\Wine\Ports' port wanted="${ports[*]} unmanaged $wine_dir"
+    local key='HKLM\Software\Wine\Ports' port wanted="${ports[*]} unmanaged described $wine_dir"
     if [ "$(cat "$wine_dir/prefix.ready" 2>/dev/null)" = "$wanted" ]; then return; fi
     echo "wine-tests: preparing $WINEPREFIX"
     rm -rf "$WINEPREFIX" "$wine_dir/prefix.ready"
@@ -78,6 +78,12 @@ make_prefix() {
     "$wine" wineboot -i >"$wine_dir/wineboot.log" 2>&1 </dev/null 9>&-
     for port in "${ports[@]}"; do registry "$key" "$port" "$wine_dir/ports/${port,,}"; done
     registry "$key" COM20 "$wine_dir/ports/folder"
+    # What Windows keeps of a plugged adapter, so that there is one to describe.
+    key='HKLM\System\CurrentControlSet\Enum\USB\VID_1209&PID_0001\0001'
+    registry "$key" ClassGUID '{4d36e978-e325-11ce-bfc1-08002be10318}'
+    registry "$key" FriendlyName '测试 adapter (COM12)'
+    registry "$key" Mfg '@oem1.inf,%maker%;Bench'
+    registry "$key\Device Parameters" PortName COM12
     # The virtual display has no window manager; Wine would wait for its answers, 2 s each.
     registry 'HKCU\Software\Wine\X11 Driver' Managed N
     "$wineserver" -k 9>&- || true

@@ -150,6 +150,15 @@ void com::map_port(const std::string& name, const std::string& path) {
         posix_com::mapped()[key] = path;
 }
 
+bool com::port_present(const std::string& name) {
+    constexpr const char* head = "\\\\.\\";
+    char device[1024];
+    const std::string bare = name.starts_with(head) ? name.substr(4) : name;
+    const bool named = com::QueryDosDeviceA(bare.c_str(), device, sizeof device) != 0;
+    std::error_code ignored;
+    return std::filesystem::is_character_file(named ? device : bare, ignored);
+}
+
 std::string com::describe_port(const std::string& name) {
     const std::filesystem::path node = posix_com::port_name_node(name);
     if (node.empty()) return {};

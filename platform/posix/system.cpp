@@ -7,6 +7,7 @@
 #include <ctime>
 #include <filesystem>
 #include <pthread.h>
+#include <sys/ioctl.h>
 #include <thread>
 #include <unistd.h>
 
@@ -32,7 +33,16 @@ void platform_on_interrupt(void (*call)(), int status) {
     std::thread([=] { wait_for_interrupt(call, status, asked); }).detach();
 }
 
-bool platform_is_terminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
+bool platform_is_terminal(std::FILE* stream) {
+    const char* kind = std::getenv("TERM");
+    return isatty(fileno(stream)) != 0 && (kind == nullptr || std::strcmp(kind, "dumb") != 0);
+}
+
+terminal_size platform_terminal_size(std::FILE* stream) {
+    winsize window{};
+    if (ioctl(fileno(stream), TIOCGWINSZ, &window) != 0 || window.ws_col == 0 || window.ws_row == 0) return {};
+    return {window.ws_col, window.ws_row};
+}
 
 std::string platform_program_folder() {
     std::error_code error;

@@ -1,26 +1,15 @@
 #include "platform/system.h"
+#include "platform/windows/utf8.h"
 
 #include <windows.h>
 
-namespace {
-
-std::wstring widen(const char* utf8) {
-    const int size = MultiByteToWideChar(CP_UTF8, 0, utf8, -1, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(size > 0 ? size : 1), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, utf8, -1, wide.data(), size);
-    wide.pop_back(); // the end that the system counts in
-    return wide;
-}
-
-} // namespace
-
 std::FILE* platform_fopen(const char* utf8_path, const char* mode) {
-    return _wfopen(widen(utf8_path).c_str(), (widen(mode) + L"N").c_str());
+    return _wfopen(utf8_widen(utf8_path).c_str(), (utf8_widen(mode) + L"N").c_str());
 }
 
 bool platform_replace_file(const char* from, const char* to) {
-    const std::wstring source = widen(from);
-    const std::wstring target = widen(to);
+    const std::wstring source = utf8_widen(from);
+    const std::wstring target = utf8_widen(to);
     // A reader that has the file open for a moment makes the call fail: try for about 200 ms.
     for (int attempt = 0; attempt < 20; attempt++) {
         if (MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING) != 0) return true;

@@ -4,7 +4,11 @@ void com::map_port(const std::string& /*name*/, const std::string& /*path*/) {
     // The system's own registry of ports says what a name stands for.
 }
 
-// The registry's names of adapters are not looked up: the device's own name is all there is.
-std::string com::describe_port(const std::string& /*name*/) { return {}; }
+bool com::port_present(const std::string& name) {
+    constexpr const char* head = "\\\\.\\";
+    char device[1024];
+    const std::string bare = name.starts_with(head) ? name.substr(4) : name;
+    return com::QueryDosDeviceA(bare.c_str(), device, sizeof device) != 0;
+}
 
 com::denial com::why_denied(const std::string& /*path*/) { return denial::taken; }

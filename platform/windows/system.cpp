@@ -1,5 +1,6 @@
 #include "platform/system.h"
 #include "platform/windows/com_port_system.h"
+#include "platform/windows/utf8.h"
 
 #include <atomic>
 #include <cstdio>
@@ -23,6 +24,8 @@ BOOL WINAPI on_console_event(DWORD /*event*/) {
     platform_exit_now(interrupt_status);
 }
 
+HANDLE console_of(std::FILE* stream) { return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream))); }
+
 } // namespace
 
 void platform_on_interrupt(void (*call)(), int status) {
@@ -31,19 +34,26 @@ void platform_on_interrupt(void (*call)(), int status) {
     SetConsoleCtrlHandler(on_console_event, TRUE);
 }
 
-bool platform_is_terminal(std::FILE* stream) { return _isatty(_fileno(stream)) != 0; }
+bool platform_is_terminal(std::FILE* stream) {
+    const HANDLE console = console_of(stream);
+    DWORD mode = 0; // only a console has one
+    if (GetConsoleMode(console, &mode) == FALSE) return false;
+    return SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != FALSE;
+}
+
+terminal_size platform_terminal_size(std::FILE* stream) {
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    if (GetConsoleScreenBufferInfo(console_of(stream), &info) == FALSE) return {};
+    const SMALL_RECT& shown = info.srWindow;
+    return {static_cast<unsigned>(shown.Right - shown.Left + 1),
+            static_cast<unsigned>(shown.Bottom - shown.Top + 1)};
+}
 
 std::string platform_program_folder() {
     std::wstring wide(32768, L'\0'); // the longest path there is
     wide.resize(GetModuleFileNameW(nullptr, wide.data(), static_cast<DWORD>(wide.size())));
     wide.resize(wide.find_last_of(L"\\/") == std::wstring::npos ? 0 : wide.find_last_of(L"\\/"));
-    const auto length = static_cast<int>(wide.size());
-    std::string text(static_cast<std::size_t>(
-                         WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, nullptr, 0, nullptr, nullptr)),
-                     '\0');
-    WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, text.data(), static_cast<int>(text.size()), nullptr,
-                        nullptr);
-    return text;
+    return utf8_narrow(wide.c_str());
 }
 
 void platform_com_init() {

@@ -23,12 +23,12 @@ class cli_stage : public session_test {
     int vkt(const std::vector<std::string>& arguments) {
         out.clear();
         err.clear();
-        const cli_streams streams{[this](const std::string& text) { out += text; },
+        const cli_streams streams{[this](const std::string& text) { return out += text, accepts_output; },
                                   [this](const std::string& text) {
                                       err += text;
                                       if (on_error_text) on_error_text(text);
                                   },
-                                  terminal};
+                                  terminal, colour, [this] { return size; }};
         return cli_run(arguments, streams);
     }
     /// The defaults of a model in a file of its own, with settings; its path.
@@ -60,7 +60,10 @@ class cli_stage : public session_test {
     }
 
     std::string out, err;
+    bool accepts_output = true;
     bool terminal = false;
+    bool colour = false;
+    terminal_size size{};
     std::function<void(const std::string&)> on_error_text;
     std::vector<std::unique_ptr<sim::module_t>> others;
     const std::filesystem::path files = scratch_folder("vkt_cli");

@@ -221,6 +221,22 @@ TEST_F(offline, dry_run_opens_no_port) {
     EXPECT_EQ(com::call_count(com::call::create_file), 0u);
 }
 
+// ---- what cannot be printed ----
+
+TEST_F(offline, a_result_that_cannot_be_printed_is_an_error) {
+    const std::string path = profile_file("VKT531A");
+    accepts_output = false;
+    const std::vector<std::string> rows[] = {{}, {"--help"}, {"models"}, {"default", "VKT531A"}, {"show", path}};
+    for (const std::vector<std::string>& words : rows) {
+        EXPECT_EQ(vkt(words), exit_usage);
+        EXPECT_EQ(err, "vkt: standard output: cannot be written\n");
+    }
+    EXPECT_EQ(vkt({"-q", "models"}), exit_good);
+    EXPECT_EQ(vkt({"default", "VKT531A", "-o", file("d.json")}), exit_good);
+    accepts_output = true;
+    EXPECT_EQ(vkt({"models"}), exit_good);
+}
+
 // ---- what is made from the same texts ----
 
 TEST_F(offline, manual_page_and_completion_in_the_tree_are_the_programs) {

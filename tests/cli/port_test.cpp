@@ -2,6 +2,11 @@
 #include "tests/cli/cli_stage.h"
 #include "tests/support/pattern.h"
 
+#ifndef _WIN32
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
 using sim::fault;
 
 namespace {
@@ -240,6 +245,40 @@ TEST_F(ports, why_one_cannot_be_opened) {
     EXPECT_EQ(err, "vkt: COM7: 发送验证命令: 写配置命令失败: 系统错误 (error 87)\n");
     EXPECT_EQ(vkt(read), exit_good);
 }
+
+#ifndef _WIN32 // Wine opens a port twice, and knows no rights
+
+TEST_F(ports, one_that_another_program_holds) {
+    plug("VKT531A");
+    com_port holder;
+    ASSERT_EQ(holder.open("\\\\.\\COM7"), RET_OK);
+    EXPECT_EQ(vkt({"read", "COM7", "-m", "VKT531A"}), exit_port);
+    EXPECT_EQ(err, "vkt: COM7: 开始连接: 串口打开失败: 被占用 (error 5)\n");
+    EXPECT_EQ(vkt({"program", profile_file("VKT531A"), "COM7"}), exit_port);
+    EXPECT_EQ(vkt({"ports"}), exit_good);
+    EXPECT_THAT(out, HoldsPattern("(^|\n)COM7 +.* 被占用 \\(error 5\\)\n"));
+    EXPECT_EQ(module->received().size(), 0u);
+    holder.close();
+    EXPECT_EQ(vkt({"read", "COM7", "-m", "VKT531A"}), exit_good);
+}
+
+TEST_F(ports, one_that_the_user_may_not_open) {
+    plug("VKT531A");
+    ASSERT_EQ(chmod(module->port_path().c_str(), 0), 0);
+    const uid_t owner = getuid();
+    constexpr uid_t nobody = 65534;
+    if (owner == 0) {
+        ASSERT_EQ(setresuid(nobody, nobody, 0), 0);
+    }
+    const int status = vkt({"read", "COM7", "-m", "VKT531A"});
+    if (owner == 0) {
+        ASSERT_EQ(setresuid(0, 0, 0), 0);
+    }
+    EXPECT_EQ(status, exit_port);
+    EXPECT_EQ(err, "vkt: COM7: 开始连接: 串口打开失败: 无权限 (error 5)\n");
+}
+
+#endif
 
 TEST_F(ports, an_error_as_json) {
     EXPECT_EQ(vkt({"--json", "read", "COM499", "-m", "VKT531A"}), exit_port);

@@ -81,6 +81,14 @@ TEST_F(traffic_commands, monitor_counts_what_is_no_frame) {
     EXPECT_THAT(err, HoldsPattern("vkt: COM7: [0-9]+ frames, [1-9][0-9]* bytes in no frame, 0 frames not shown\n"));
 }
 
+TEST_F(traffic_commands, monitor_ends_when_nobody_reads_it_any_more) {
+    module_sends("rate=40:count=1000:lengths=2");
+    accepts_output = false;
+    EXPECT_EQ(vkt({"monitor", "COM7"}), exit_usage);
+    EXPECT_EQ(err, "vkt: standard output: cannot be written\n");
+    EXPECT_TRUE(comes_to_mode("transfer"));
+}
+
 TEST_F(traffic_commands, a_module_that_is_pulled_ends_the_monitor) {
     std::thread user([&] {
         EXPECT_TRUE(module->wait_requests(1, 20000)); // the read; it goes to transfer mode next

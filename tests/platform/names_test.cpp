@@ -48,7 +48,37 @@ TEST_F(names_test, one_name_leads_to_its_device) {
     EXPECT_EQ(com::GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
+TEST_F(names_test, a_port_is_present_by_its_name) {
+    EXPECT_TRUE(com::port_present("COM7"));
+    EXPECT_TRUE(com::port_present("\\\\.\\COM7"));
+    for (const char* none : {"COM250", "\\\\.\\COM250", "none", ""}) EXPECT_FALSE(com::port_present(none)) << none;
+    com::fault_set(com::call::query_dos_device, 0, 1, 2);
+    EXPECT_FALSE(com::port_present("COM7"));
+}
+
+TEST_F(names_test, a_port_without_an_adapter_has_no_description) {
+    EXPECT_EQ(com::describe_port("COM7"), "");
+    EXPECT_EQ(com::describe_port("COM250"), "");
+    EXPECT_EQ(com::describe_port("none"), "");
+    EXPECT_EQ(com::describe_port(""), "");
+}
+
+#ifdef _WIN32
+TEST_F(names_test, an_adapter_is_described_by_its_maker_and_its_friendly_name) {
+    EXPECT_EQ(com::describe_port("COM12"), "Bench 测试 adapter");
+}
+#endif
+
 #ifndef _WIN32
+
+TEST_F(names_test, a_port_is_present_by_the_path_of_a_device) {
+    EXPECT_TRUE(com::port_present("/dev/null"));
+    EXPECT_FALSE(com::port_present("/dev"));
+    EXPECT_FALSE(com::port_present("/dev/none"));
+    com::map_port("COM251", "/dev/none");
+    EXPECT_FALSE(com::port_present("COM251"));
+    com::map_port("COM251", "");
+}
 
 /// A folder that is removed at the end.
 class scratch {
