@@ -154,6 +154,8 @@ expect 1 "FAILED" ready QTWIN_DIR="$work/none" QTWIN_ARCHIVE="$work/qt.tar.xz"
 [ ! -e "$work/none" ] || { failed=$((failed + 1)) && echo "--ready left something behind"; }
 (cd "$work" && sha256sum qt.tar.xz >qt.tar.xz.sha256)
 expect 0 "$work/none/prefix" ready QTWIN_DIR="$work/none" QTWIN_ARCHIVE="$work/qt.tar.xz"
+expect 0 "no-install-recommends xz-utils" ready QTWIN_DIR="$work/new" QTWIN_ARCHIVE="$work/qt.tar.xz" \
+    PATH="$work/bin:$PATH" INSTALLED=dpkg-dev
 [ -f "$work/none/prefix/lib/libQt6Test.a" ] || { failed=$((failed + 1)) && echo "the archive was not unpacked"; }
 tar -cJf "$work/qt.tar.xz" -C "$work/qt" prefix/lib
 (cd "$work" && sha256sum qt.tar.xz >qt.tar.xz.sha256)
