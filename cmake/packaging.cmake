@@ -66,17 +66,20 @@ function(vkt_install_data)
     endforeach()
     install(FILES ${packaging}/icon/vktcfgtools.svg DESTINATION share/icons/hicolor/scalable/apps)
     install(FILES ${packaging}/linux/copyright ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/README.zh-CN.md DESTINATION share/doc/vktcfgtools)
-    vkt_install_compressed(CHANGELOG.md share/doc/vktcfgtools changelog.gz)
-    vkt_install_compressed(packaging/linux/vktcfgtools.1 share/man/man1 vktcfgtools.1.gz)
-    vkt_install_compressed(cli/vkt.1 share/man/man1 vkt.1.gz)
+    vkt_install_compressed(vktcfgtools.1.gz share/man/man1 cat packaging/linux/vktcfgtools.1)
+    vkt_install_compressed(vkt.1.gz share/man/man1 cat cli/vkt.1)
+    vkt_install_compressed(changelog.gz share/doc/vktcfgtools packaging/linux/debian-changelog.sh)
+    foreach(packed packaging/linux/vktcfgtools.1 cli/vkt.1 CHANGELOG.md)
+        set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${packed})
+    endforeach()
 endfunction()
 
-# vkt_install_compressed(FILE FOLDER NAME): a packed file, the same one every time.
-function(vkt_install_compressed file folder name)
+# vkt_install_compressed(NAME FOLDER COMMAND...): what a command prints, packed; the same file every time.
+function(vkt_install_compressed name folder)
     set(packed ${CMAKE_BINARY_DIR}/package/${name})
-    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${file})
     file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/package)
-    execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/${file} OUTPUT_FILE ${packed} COMMAND_ERROR_IS_FATAL ANY)
+    execute_process(COMMAND ${ARGN} COMMAND gzip -9n WORKING_DIRECTORY ${PROJECT_SOURCE_DIR} OUTPUT_FILE ${packed}
+        COMMAND_ERROR_IS_FATAL ANY)
     install(FILES ${packed} DESTINATION ${folder})
 endfunction()
 

@@ -13,3 +13,8 @@ make_same_age() { find "$1" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +; }
 
 # forget_build_time FOLDER: the one object that holds the time it was compiled at is compiled anew, at the packages' time.
 forget_build_time() { rm -f "build/$1"/app/CMakeFiles/VKTCfgTools.dir/vkt_main.cpp.*; }
+
+# changelog_section: prints what CHANGELOG.md says of this version, without the heading.
+changelog_section() {
+    awk -v head="## $version" 'index($0, "## ") == 1 { inside = index($0 " ", head " ") == 1; next } inside' CHANGELOG.md
+}

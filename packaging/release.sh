@@ -7,7 +7,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/common.sh
 . packaging/common.sh
 
-notes=$(awk -v head="## $version" 'index($0, "## ") == 1 { inside = index($0 " ", head " ") == 1; next } inside' CHANGELOG.md)
+notes=$(changelog_section)
 if [ -z "${notes//[[:space:]]/}" ]; then
     echo "release: CHANGELOG.md has no section of version $version" >&2
     exit 1

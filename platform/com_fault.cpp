@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <charconv>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <string_view>
@@ -15,9 +16,9 @@ constexpr std::size_t call_kinds = static_cast<std::size_t>(call::count_);
 
 // In the order of com::call.
 constexpr std::array<std::string_view, call_kinds> call_names = {
-    "CreateFileA",  "SetupComm",           "SetCommState",   "SetCommTimeouts", "GetCommTimeouts",
-    "PurgeComm",    "ClearCommError",      "ReadFile",       "WriteFile",       "GetOverlappedResult",
-    "CreateEventA", "WaitForSingleObject", "QueryDosDeviceA"};
+    "CreateFileA",  "SetupComm",           "SetCommState",    "SetCommTimeouts", "GetCommTimeouts",
+    "PurgeComm",    "ClearCommError",      "ReadFile",        "WriteFile",       "GetOverlappedResult",
+    "CreateEventA", "WaitForSingleObject", "QueryDosDeviceA", "CloseHandle"};
 static_assert(!call_names.back().empty());
 
 struct fault {
@@ -58,17 +59,22 @@ bool read_number(std::string_view text, uint32_t* out) {
     return failure == std::errc() && end == text.data() + text.size();
 }
 
+bool read_error(std::string_view text, uint32_t* out) {
+    if (text != "hang") return read_number(text, out);
+    *out = never_returns;
+    return true;
+}
+
 bool read_row(std::string_view text, fault_row* row) {
     const std::string_view name = cut(&text, ':');
     for (std::size_t i = 0; i < call_kinds; i++)
         if (call_names[i] == name) row->which = static_cast<call>(i);
     if (row->which == call::count_ || !read_number(cut(&text, ':'), &row->skip)) return false;
-    return read_number(cut(&text, ':'), &row->times) && read_number(text, &row->error);
+    return read_number(cut(&text, ':'), &row->times) && read_error(text, &row->error);
 }
 
-} // namespace
-
-bool fault_hits(call which, DWORD* error) {
+/// Counts the call; true, with `error` filled, when there is a fault for it.
+bool finds_fault(call which, DWORD* error) {
     fault_switch& s = the_switch();
     const std::size_t kind = static_cast<std::size_t>(which);
     const std::lock_guard<std::mutex> guard(s.lock);
@@ -79,6 +85,19 @@ bool fault_hits(call which, DWORD* error) {
         return true;
     }
     return false;
+}
+
+/// What a driver does that is stuck: no abort and no closing of the port ends it.
+[[noreturn]] void hang() {
+    for (;;) std::promise<void>().get_future().wait();
+}
+
+} // namespace
+
+bool fault_hits(call which, DWORD* error) {
+    if (!finds_fault(which, error)) return false;
+    if (*error == never_returns) hang();
+    return true;
 }
 
 void fault_set(call which, uint32_t skip, uint32_t times, DWORD error) {

@@ -158,11 +158,13 @@ DWORD WaitForSingleObject(HANDLE object, DWORD ms) {
 }
 
 BOOL CloseHandle(HANDLE handle) {
+    bool is_port = false;
     {
         // Before it is closed: its number may be given out again at once. A driver may take its time to close.
         const std::lock_guard<std::mutex> guard(ports().lock);
-        ports().handles.erase(handle);
+        is_port = ports().handles.erase(handle) != 0;
     }
+    if (is_port && fails(call::close_handle)) return FALSE;
     return ::CloseHandle(handle);
 }
 

@@ -66,8 +66,13 @@ enum class call : uint8_t {
     create_event,
     wait_for_single_object,
     query_dos_device,
+    close_handle, ///< of a port
     count_
 };
+
+/// As a fault's error: the call hangs, as in a driver that is stuck, and nothing but the end of the process ends
+/// it.
+constexpr DWORD never_returns = 0xFFFFFFFF;
 
 /// From now on the call numbered `skip` (from 0) and the `times` - 1 after it fail with `error` instead of reaching
 /// the system; a wait returns WAIT_FAILED, or WAIT_TIMEOUT when `error` is 258. Faults add up until fault_clear.
@@ -77,8 +82,8 @@ void fault_set(call which, uint32_t skip, uint32_t times, DWORD error);
 void fault_clear();
 /// How often a function was called since fault_clear, failed calls included.
 uint32_t call_count(call which);
-/// Reads faults as "WriteFile:SKIP:TIMES:ERROR;CreateEventA:0:1:8"; false (and none set) when it cannot be read.
-/// The program does this at start-up with the environment variable VKT_COM_FAULT.
+/// Reads faults as "WriteFile:SKIP:TIMES:ERROR;CreateEventA:0:1:8;CreateFileA:0:1:hang"; false (and none set) when
+/// it cannot be read. The program does this at start-up with the environment variable VKT_COM_FAULT.
 bool fault_parse(const char* text);
 
 /// Test aid: `watcher` hears of each call before it is made (and before a fault is asked for), with the numbers

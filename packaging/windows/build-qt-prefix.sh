@@ -6,7 +6,7 @@
 # The result lies in build/qtwin/prefix (another folder: QTWIN_DIR); its path is the last line printed. A prefix that
 # is there already is kept. QTWIN_PREFIX names a ready prefix elsewhere, which is only checked. A build takes about 28
 # minutes of processor time and 1.5 GB. Packages that are missing are installed.
-# --ready builds and installs nothing: it prints the path of a ready prefix, or ends with status 1.
+# --ready builds nothing: it prints the path of a ready prefix, or ends with status 1.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -35,6 +35,7 @@ check_prefix() {
 take_archive() {
     [ -f "$archive" ] || return 1
     (cd "$(dirname "$archive")" && sha256sum --quiet --check "$(basename "$archive").sha256" >&2) || return 1
+    "$root/scripts/install.sh" windows-qt >&2 || return 1
     rm -rf "$work/unpacked" "$prefix"
     mkdir -p "$work/unpacked"
     tar -xJf "$archive" -C "$work/unpacked" >&2 || return 1

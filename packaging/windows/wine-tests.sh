@@ -118,8 +118,11 @@ start_pty_host() {
 }
 
 # With a server that is there already a program starts at once, and the server says nothing when a port vanishes.
+# It is who opens files: without an administrator's right to write anywhere it does so as a user would.
 start_server() {
-    "$wineserver" -f -p >/dev/null 2>&1 </dev/null 9>&- &
+    local as_user=()
+    [ "$(id -u)" != 0 ] || as_user=(setpriv --bounding-set -dac_override --inh-caps -dac_override)
+    "${as_user[@]}" "$wineserver" -f -p >/dev/null 2>&1 </dev/null 9>&- &
     server_pid=$!
     "$wine" wineboot >"$wine_dir/wineboot.log" 2>&1 </dev/null 9>&-
 }

@@ -85,6 +85,16 @@ TEST_F(fault_test, opening_fails_as_asked) {
     EXPECT_EQ(com::call_count(com::call::create_file), 2U);
 }
 
+TEST_F(fault_test, closing_fails_as_asked_and_only_a_port_s_counts) {
+    EXPECT_TRUE(com::fault_parse("CloseHandle:0:1:6"));
+    EXPECT_TRUE(com::CloseHandle(com::CreateEventA(nullptr, TRUE, FALSE, nullptr)));
+    EXPECT_EQ(com::call_count(com::call::close_handle), 0U);
+    EXPECT_FALSE(com::CloseHandle(port));
+    EXPECT_EQ(com::GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(com::call_count(com::call::close_handle), 1U);
+    // It is still open: the fixture closes it.
+}
+
 TEST_F(fault_test, event_is_not_made_as_asked) {
     EXPECT_TRUE(com::fault_parse("CreateEventA:0:1:8"));
     EXPECT_EQ(com::CreateEventA(nullptr, TRUE, FALSE, nullptr), nullptr);
@@ -110,13 +120,15 @@ TEST_F(fault_test, faults_count_from_the_moment_they_are_set) {
 }
 
 TEST_F(fault_test, text_with_a_slip_sets_nothing) {
-    for (const char* bad : {"ReadFile", "ReadFile:0:1", "ReadFile:0:1:", "ReadFile:0:1:5:6", "ReadFile:-1:1:5",
-                            "ReadFile: 0:1:5", "readfile:0:1:5", "CancelIoEx:0:1:5", ":0:1:5", "ReadFile:0:1:5x",
-                            "ReadFile:99999999999:1:5", "WaitForSingleObject:0:1:6;nonsense", "ReadFile:::"})
+    for (const char* bad :
+         {"ReadFile", "ReadFile:0:1", "ReadFile:0:1:", "ReadFile:0:1:5:6", "ReadFile:-1:1:5", "ReadFile: 0:1:5",
+          "readfile:0:1:5", "CancelIoEx:0:1:5", ":0:1:5", "ReadFile:0:1:5x", "ReadFile:99999999999:1:5",
+          "ReadFile:0:1:hangs", "WaitForSingleObject:0:1:6;nonsense", "ReadFile:::"})
         EXPECT_FALSE(com::fault_parse(bad)) << bad;
     EXPECT_FALSE(com::fault_parse(nullptr));
     EXPECT_EQ(set.wait(0), WAIT_OBJECT_0);
     EXPECT_TRUE(com::fault_parse(""));
+    EXPECT_TRUE(com::fault_parse("ReadFile:0:1:hang"));
     EXPECT_TRUE(com::fault_parse("WaitForSingleObject:0:1:6;"));
     EXPECT_EQ(set.wait(0), WAIT_FAILED);
 }

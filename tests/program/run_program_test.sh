@@ -9,6 +9,7 @@
 #   #! arguments TEXT      the program's arguments (1280 750), or none; VKT_PROGRAM_ARGUMENTS overrides them
 #   #! env NAME=VALUE      for the program
 #   #! folder NAME         the tree's folder, with bin/, res/ and log/ in it (stage)
+#   #! read-only           the tree's bin/, in which the program runs, cannot be written
 #   #! screen WxH          of the virtual display (1600x1000); VKT_PROGRAM_SCREEN overrides it
 #   #! before COMMAND      shell command, run in the fresh tree's bin/ before the program starts; a process that it
 #                          leaves in the background ends with the test
@@ -51,7 +52,7 @@ finish() {
     if [ -n "$out" ]; then
         mkdir -p "$out" && cp -r "$tree"/shots/. "$tree"/*.txt "$out" 2>/dev/null
     fi
-    rm -rf "$tree"
+    chmod -R u+w "$tree" && rm -rf "$tree"
 }
 trap finish EXIT
 problems=0
@@ -128,6 +129,11 @@ mapfile -t environment < <(directive env)
 for setting in "${environment[@]}"; do export "${setting?}"; done
 mapfile -t commands < <(directive before)
 for command in "${commands[@]}"; do eval "$command"; done
+if grep -q '^#! read-only' "$script"; then
+    chmod a-w .
+    # An administrator may write all the same, so the program runs without that right. (Under Wine its server does.)
+    [ "$(id -u)" != 0 ] || program=(setpriv --bounding-set -dac_override --inh-caps -dac_override "${program[@]}")
+fi
 for job in $(jobs -p); do
     [ "$job" = "$sim" ] || [ "$job" = "$display" ] || children+=("$job")
 done

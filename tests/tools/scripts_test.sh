@@ -137,7 +137,10 @@ expect 0 "as root: env DEBIAN_FRONTEND=noninteractive apt-get -q install -y" ins
 
 # ---- packaging/windows/build-qt-prefix.sh
 
-ready() { env -u QTWIN_PREFIX QTWIN_ARCHIVE="$work/no.tar.xz" "$@" packaging/windows/build-qt-prefix.sh --ready; }
+ready() {
+    env -u QTWIN_PREFIX PATH="$work/bin:$PATH" INSTALLED="dpkg-dev xz-utils" QTWIN_ARCHIVE="$work/no.tar.xz" "$@" \
+        packaging/windows/build-qt-prefix.sh --ready
+}
 expect 1 "" ready QTWIN_DIR="$work/none"
 expect 1 "is no whole prefix" ready QTWIN_PREFIX="$work/none"
 mkdir -p "$work"/qt/prefix/lib/cmake/Qt6{Core,Gui,Widgets,Test} "$work/qt/prefix/plugins/platforms"
@@ -154,6 +157,8 @@ expect 1 "FAILED" ready QTWIN_DIR="$work/none" QTWIN_ARCHIVE="$work/qt.tar.xz"
 [ ! -e "$work/none" ] || { failed=$((failed + 1)) && echo "--ready left something behind"; }
 (cd "$work" && sha256sum qt.tar.xz >qt.tar.xz.sha256)
 expect 0 "$work/none/prefix" ready QTWIN_DIR="$work/none" QTWIN_ARCHIVE="$work/qt.tar.xz"
+expect 0 "no-install-recommends xz-utils" ready QTWIN_DIR="$work/new" QTWIN_ARCHIVE="$work/qt.tar.xz" \
+    INSTALLED=dpkg-dev
 [ -f "$work/none/prefix/lib/libQt6Test.a" ] || { failed=$((failed + 1)) && echo "the archive was not unpacked"; }
 tar -cJf "$work/qt.tar.xz" -C "$work/qt" prefix/lib
 (cd "$work" && sha256sum qt.tar.xz >qt.tar.xz.sha256)
