@@ -84,7 +84,7 @@ ret_t code_show(const family_pages& pages, bool restored) {
     }
     const bool alternative = widget_get_value_int(form) != 0;
     edits_code_shown(pages, restored);
-    return widget_set_text_utf8(box, pages.of->code_text(*dev, {alternative, restored}).c_str());
+    return widget_set_text_utf8(box, pages.of->code_text(*dev, {alternative, restored}, nullptr).c_str());
 }
 
 // Makes the device if need be, and prepares the pages when that, `renew` or the window asks for it; the console

@@ -11,7 +11,9 @@ namespace {
 void encode(dev_obj& dev) { f7_encode(dev.of.fields, dev.props.get(), f7_image_of(dev)); }
 void decode(dev_obj& dev) { f7_decode(dev.of.fields, dev.props.get(), f7_image_of(dev)); }
 
-std::string code_text(const dev_obj& dev, code_form form) { return f7_listing(f7_image_of(dev), form.alternative); }
+std::string code_text(const dev_obj& dev, code_form form, code_spans* spans) {
+    return f7_listing(f7_image_of(dev), form.alternative, listing_blanks::show, spans);
+}
 
 step_end note_model(session_run& run) {
     session_log_append(run.input.model + ":\n");

@@ -11,8 +11,8 @@
 
 vkt610b_image_view vkt610b_image_of(const dev_obj& dev) { return std::span(dev.image).first<vkt610b_image_size>(); }
 
-std::string vkt610b_code_mode(const dev_obj& dev, code_form form) {
-    return vkt610b_listing(vkt610b_image_of(dev), vkt610b_form_of(form.alternative));
+std::string vkt610b_code_mode(const dev_obj& dev, code_form form, code_spans* spans) {
+    return vkt610b_listing(vkt610b_image_of(dev), vkt610b_form_of(form.alternative), spans);
 }
 
 namespace {

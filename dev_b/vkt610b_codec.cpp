@@ -7,6 +7,9 @@ namespace {
 
 constexpr std::array<uint8_t, 2> first_bytes = {0xAA, 0xAC};
 
+constexpr std::size_t reg_in_command = 4;
+constexpr std::size_t value_in_command = 5;
+
 uint8_t first_byte(vkt610b_form form) { return first_bytes[static_cast<std::size_t>(form)]; }
 
 /// Puts the CRC of all bytes before the last two into those two, low byte first.
@@ -67,10 +70,14 @@ std::array<vkt610b_command, vkt610b_writable_count> vkt610b_write_commands(vkt61
     return out;
 }
 
-std::string vkt610b_listing(vkt610b_image_view image, vkt610b_form form) {
+std::string vkt610b_listing(vkt610b_image_view image, vkt610b_form form, code_spans* spans) {
     std::string text;
-    for (const vkt610b_command& command : vkt610b_write_commands(image, form))
+    for (const vkt610b_command& command : vkt610b_write_commands(image, form)) {
         text += vkt610b_listing_line(command);
+        // A line ends with its command's digits.
+        const std::size_t value_at = text.size() - 1 - 2 * (command.size() - value_in_command);
+        if (spans != nullptr) spans->push_back({value_at, 4u * command[reg_in_command], 4});
+    }
     return text;
 }
 
@@ -90,7 +97,7 @@ bool vkt610b_check_is_good(std::span<const uint8_t> frame) {
 
 vkt610b_command vkt610b_write_command(vkt610b_form form, uint8_t reg, uint32_t value) {
     vkt610b_command out = {first_byte(form), 0x07, 0x02, 0xFF, reg};
-    for (std::size_t i = 0; i < 4; ++i) out[5 + i] = static_cast<uint8_t>(value >> (8 * i));
+    for (std::size_t i = 0; i < 4; ++i) out[value_in_command + i] = static_cast<uint8_t>(value >> (8 * i));
     seal(out);
     return out;
 }
@@ -102,7 +109,7 @@ vkt610b_answer vkt610b_acknowledgement(std::span<const uint8_t> command) {
 }
 
 std::string vkt610b_listing_line(const vkt610b_command& command) {
-    std::string line = tk_format("寄存器 %02X 的配置指令: ", static_cast<unsigned>(command[4]));
+    std::string line = tk_format("寄存器 %02X 的配置指令: ", static_cast<unsigned>(command[reg_in_command]));
     constexpr char digits[] = "0123456789ABCDEF";
     for (const uint8_t byte : command) {
         line += digits[byte >> 4];

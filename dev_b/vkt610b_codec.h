@@ -4,6 +4,8 @@
 
 #include "dev_b/fields.h"
 
+#include "session/code_span.h"
+
 #include <string>
 
 using vkt610b_regs = std::array<uint32_t, vkt610b_register_count>;
@@ -34,8 +36,9 @@ void vkt610b_regs_to_bytes(const vkt610b_regs& regs, vkt610b_image bytes);
 /// The commands that write all writable registers of an image, in order.
 std::array<vkt610b_command, vkt610b_writable_count> vkt610b_write_commands(vkt610b_image_view image,
                                                                            vkt610b_form form);
-/// What the code view shows: one line for each of these commands.
-std::string vkt610b_listing(vkt610b_image_view image, vkt610b_form form);
+/// What the code view shows: one line for each of these commands. `spans`, where given, receives where the
+/// registers' bytes stand.
+std::string vkt610b_listing(vkt610b_image_view image, vkt610b_form form, code_spans* spans = nullptr);
 /// The same command in another form.
 vkt610b_command vkt610b_command_in(vkt610b_form form, std::span<const uint8_t> command);
 /// The last two bytes are the CRC-16/X-25 of those before, low byte first. False for fewer than two bytes.

@@ -16,9 +16,9 @@ ret_t cfg_image_refresh(dev_obj& dev, const char* key) {
 
 namespace {
 
-std::string code_text(const dev_obj& dev, code_form form) {
+std::string code_text(const dev_obj& dev, code_form form, code_spans* spans) {
     const auto blanks = form.restored ? listing_blanks::restore : listing_blanks::show;
-    return f7_listing(f7_image_of(dev), form.alternative, blanks);
+    return f7_listing(f7_image_of(dev), form.alternative, blanks, spans);
 }
 
 constexpr session_step connect_steps[] = {

@@ -18,6 +18,8 @@ constexpr listing_style styles[2][2] = {
     {{"  ", "%02X", "   ", "   ", " ", ""}, {"{  ", "0x%02X", ",   ", "   ", ", ", "}"}},
 };
 
+constexpr std::size_t digits = 2; ///< at the end of an item
+
 const char* separator(const listing_style& style, std::size_t item) {
     if (item == f7_image_frame_size) return style.close;
     if (item == f7_head_size) return style.after_head;
@@ -37,12 +39,15 @@ bool f7_starts_with(std::span<const uint8_t> reply, uint8_t command, std::option
            (!length || reply[3] == *length);
 }
 
-std::string f7_listing(f7_image_view image, bool list, listing_blanks blanks) {
+std::string f7_listing(f7_image_view image, bool list, listing_blanks blanks, code_spans* spans) {
     const listing_style& style = styles[blanks == listing_blanks::restore][list];
     const f7_image_frame frame = f7_write_frame(image);
     std::string text = style.open;
     for (std::size_t i = 0; i < frame.size(); i++) {
         text += tk_format(style.item, frame[i]);
+        const bool of_image = i >= f7_head_size && i < f7_head_size + f7_image_size;
+        if (of_image && spans != nullptr)
+            spans->push_back({.text_at = text.size() - digits, .image_at = i - f7_head_size});
         text += separator(style, i + 1);
     }
     return text;

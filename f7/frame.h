@@ -3,6 +3,7 @@
 #pragma once
 
 #include "f7/image.h"
+#include "session/code_span.h"
 
 #include <algorithm>
 #include <optional>
@@ -41,5 +42,7 @@ bool f7_starts_with(std::span<const uint8_t> reply, uint8_t command, std::option
 /// Two sets of blanks: the code view's own, and those that restoring the generic defaults shows.
 enum class listing_blanks : uint8_t { show, restore };
 /// The write frame as text: a brace list of "0x%02X" when `list`, else "%02X" items. The list has no comma after
-/// the items 14, 24, .. 64: that is the form that readers of the text expect.
-std::string f7_listing(f7_image_view image, bool list, listing_blanks blanks = listing_blanks::show);
+/// the items 14, 24, .. 64: that is the form that readers of the text expect. `spans`, where given, receives where
+/// the image's bytes stand.
+std::string f7_listing(f7_image_view image, bool list, listing_blanks blanks = listing_blanks::show,
+                       code_spans* spans = nullptr);

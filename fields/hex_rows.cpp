@@ -2,6 +2,7 @@
 // numbers, filters while one types and scans when an edit is left.
 
 #include "fields/row_kinds.h"
+#include "profile/value.h"
 #include "toolkit/core/hex_text.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
@@ -23,7 +24,8 @@ bool same_number(std::string_view text, std::span<const uint8_t> bytes) {
 /// Marks a text that is not the number which is sent for it.
 ret_t mark_unlike(const bound_row& at, const std::string& text, std::span<const uint8_t> sent, const char* why) {
     if (same_number(text, sent)) return widget_set_refused(at.w, nullptr);
-    return widget_set_refused(at.w, (why + ("：发送的是 " + hex_pairs_from_bytes(sent))).c_str());
+    return widget_set_refused(at.w, (why + ("：发送的是 " + hex_pairs_from_bytes(sent))).c_str(),
+                              value_refusal(at.what(), {}).c_str());
 }
 
 ret_t mark_text(const bound_row& at) {

@@ -1,6 +1,7 @@
 #include "fields/page_binder.h"
 
 #include "fields/row_kinds.h"
+#include "fields/rule_text.h"
 #include "fields/scroll.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
@@ -26,7 +27,12 @@ void apply_rule(const bound_row& at) {
     if (decider == nullptr) return;
     const int32_t value = row_number({at.table, *decider, at.page, nullptr, at.dev});
     const bool on = rule.value == switched_on ? value != 0 : value == rule.value || value == rule.or_value;
+    if (at.row.kind == row_kind::rule_hint) {
+        widget_set_visible(at.w, !on);
+        return;
+    }
     widget_set_enable(at.w, on);
+    widget_set_tooltip_more(at.w, on ? nullptr : rule_text(at.row).c_str(), tooltip_part::rule);
     if (at.row.hidden_when_disabled) widget_set_visible(at.w, on);
 }
 
@@ -52,9 +58,25 @@ void follow(const page_table& table, const page_row& changed, widget* page, dev_
     apply_rules_of(table, page, dev, next->what);
 }
 
+field_pointed& told_pointed() {
+    static auto& to = *new field_pointed;
+    return to;
+}
+
+void attach_pointed(const bound_row& at) {
+    if (at.what().key == nullptr) return;
+    for (const event_type type :
+         {event_type::pointer_enter, event_type::pointer_leave, event_type::focus, event_type::blur})
+        widget_on(at.w, type, [row = &at.row, dev = &at.dev](const event& what) {
+            if (told_pointed()) told_pointed()(*dev, *row->what, what.type);
+            return RET_OK;
+        });
+}
+
 void attach(const bound_row& at) {
     for (const auto& option : row_options(at.row)) combo_box_append_option(at.w, option.value, option.text);
     if (is_hex_word(at.row.kind)) edit_set_text_limit(at.w, 0, hex_edit_chars);
+    attach_pointed(at);
     const kind_ops& ops = kind_ops_of(at.row);
     const std::pair<event_type, bool> wanted[] = {{event_type::value_changed, ops.changed != nullptr},
                                                   {event_type::value_changing, ops.changing != nullptr},
@@ -82,6 +104,8 @@ ret_t report_lost(const page_table& table, std::string_view name, event_type typ
 }
 
 } // namespace
+
+void page_on_pointed(field_pointed to) { told_pointed() = std::move(to); }
 
 ret_t page_event(const page_table& table, const page_row& row, widget* page, dev_obj& dev, const event& what) {
     if (what.target == nullptr) return report_lost(table, row.name, what.type);

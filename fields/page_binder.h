@@ -6,6 +6,7 @@
 #include "toolkit/ravel/widget.h"
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -21,9 +22,10 @@ enum class row_kind : uint8_t {
     hex_word,     ///< edit of four hex pairs, stored as a number and filtered while one types
     hex_number,   ///< edit of one hex pair, stored as a number and filtered while one types
     caption,      ///< label that shows the translation of `text`
+    rule_hint,    ///< label that says when its card counts, while the row's rule does not hold
     custom,       ///< what `own` says
 };
-inline constexpr int row_kind_count = 11;
+inline constexpr int row_kind_count = 12;
 
 inline constexpr int32_t no_value = -2; ///< equals no property
 
@@ -103,6 +105,11 @@ struct page_table {
     const char* scroll_bar = nullptr;
     page_inside inside{};
 };
+
+/// Called when the user comes to a field or leaves it, by the pointer or by the keyboard. One for the program; a
+/// null function: nobody.
+using field_pointed = std::function<void(dev_obj& dev, const field& what, event_type how)>;
+void page_on_pointed(field_pointed to);
 
 /// Attaches options and handlers on the first call for a page widget, and fills it from the device on every call.
 /// The device must outlive the page. A missing page gives the console line of its init routine and RET_BAD_PARAMS.

@@ -1,5 +1,7 @@
 #include "fields/row_kinds.h"
 
+#include "fields/rule_text.h"
+#include "profile/value.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/ravel.h"
@@ -30,6 +32,8 @@ void fill_caption(const bound_row& at) {
     widget_set_text_utf8(at.w, locale_info_tr(at.row.text).c_str());
 }
 
+void fill_rule_hint(const bound_row& at) { widget_set_text_utf8(at.w, rule_text(at.row).c_str()); }
+
 // ---- one change handler for everything that is a number ----
 
 bool is_bounded_box(const bound_row& at) { return at.table.rules.boxes_bounded && at.row.kind == row_kind::number; }
@@ -45,10 +49,15 @@ std::string bound_text(const bound_row& at, int32_t shown) {
     return "取值须小于 " + std::to_string(refused_from(at) + at.what().shown_above);
 }
 
+/// For the line below the field.
+std::string wanted_text(const bound_row& at) {
+    return "应为" + (at.row.kind == row_kind::number ? " " + value_range(at.what()) : "列表中的一项");
+}
+
 void refuse(const bound_row& at, int32_t shown) {
     const char* name = at.row.refused_as == nullptr ? at.what().key : at.row.refused_as;
     if (at.table.rules.bounded) log_console(tk_format("%s is error\n", name));
-    widget_set_refused(at.w, ("未采用：" + bound_text(at, shown)).c_str());
+    widget_set_refused(at.w, ("未采用：" + bound_text(at, shown)).c_str(), wanted_text(at).c_str());
 }
 
 /// What is stored for a value on show; nothing when it is refused.
@@ -95,7 +104,7 @@ ret_t change_number(const bound_row& at) {
         return RET_FAIL;
     else if (const int32_t stored = *low + at.what().shown_above;
              stored != value && at.row.kind == row_kind::number)
-        widget_set_refused(at.w, ("实际保存的是 " + std::to_string(stored)).c_str());
+        widget_set_refused(at.w, ("实际保存的是 " + std::to_string(stored)).c_str(), wanted_text(at).c_str());
     return row_show(at);
 }
 
@@ -106,8 +115,8 @@ ret_t leave_number(const bound_row& at) {
     if (!widget_get_refused(at.w) || typed == stored) return RET_OK;
     const std::string bound = accepted(at, typed) ? "" : bound_text(at, typed) + "，";
     fill_number(at);
-    return widget_set_refused(at.w,
-                              tk_format("未采用 %d：%s实际保存的是 %d", typed, bound.c_str(), stored).c_str());
+    return widget_set_refused(at.w, tk_format("未采用 %d：%s实际保存的是 %d", typed, bound.c_str(), stored).c_str(),
+                              wanted_text(at).c_str());
 }
 
 ret_t change_choice_text(const bound_row& at) { return row_store_text(at, widget_get_text_utf8(at.w)); }
@@ -163,8 +172,9 @@ const kind_ops& kind_ops_of(const page_row& row) {
         hex_pair_ops,
         hex_word_ops,
         hex_number_ops,
-        {.fill = fill_caption}, // caption
-        {},                     // custom, of a row that brings nothing
+        {.fill = fill_caption},   // caption
+        {.fill = fill_rule_hint}, // rule_hint
+        {},                       // custom, of a row that brings nothing
     }};
     return kinds[static_cast<std::size_t>(row.kind)];
 }

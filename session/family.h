@@ -3,6 +3,7 @@
 // family's folder nobody names it.
 #pragma once
 
+#include "session/code_span.h"
 #include "session/field.h"
 #include "session/session_script.h"
 
@@ -37,7 +38,8 @@ struct family_descriptor {
     ret_t (*encode_key)(dev_obj& dev, const char* key) = nullptr;
     bool encodes_after_decode = false;     ///< what a reply holds beside the fields is not kept
     const char* kept_at_restore = nullptr; ///< key of the module's own value
-    std::string (*code_text)(const dev_obj& dev, code_form form);
+    /// The text; `spans`, where given, receives where it shows the image's bytes, in the order of the text.
+    std::string (*code_text)(const dev_obj& dev, code_form form, code_spans* spans);
 
     std::span<const session_script> scripts;
     /// What a session of this kind sends beside its fixed requests, in order.

@@ -10,7 +10,7 @@ CORE = ["platform", "toolkit/core"]
 VIEW = ["toolkit/ravel", "toolkit/table_view"]
 SESSION = CORE + ["serial", "session"]
 SHELL = CORE + VIEW + ["shell"]
-FIELDS = SESSION + SHELL + ["fields"]
+FIELDS = SESSION + SHELL + ["profile", "fields"]
 FAMILIES = ["dev_generic", "dev_a", "dev_b"]
 ENGINES = SESSION + ["f7"] + FAMILIES + ["profile", "edits", "monitor", "assistant"]
 PAGES = [f"{folder}/pages" for folder in FAMILIES]
@@ -37,7 +37,7 @@ LAYERS = {
     "monitor": SESSION,
     "assistant": SESSION,
     "shell": CORE + VIEW,
-    "fields": SESSION + SHELL,
+    "fields": SESSION + SHELL + ["profile"],
     "dev_generic/pages": FIELDS + ["f7", "dev_generic"],
     "dev_a/pages": FIELDS + ["f7", "dev_a"],
     "dev_b/pages": FIELDS + ["dev_b"],

@@ -17,8 +17,8 @@ FONTS = [  # file, family, style, and the font it is cut from
     ("vkt_sans_bold.otf", "VKT Sans", "Bold", "NotoSansCJK-Bold.ttc", "Noto Sans CJK SC"),
     ("vkt_mono.otf", "VKT Mono", "Regular", "NotoSansCJK-Regular.ttc", "Noto Sans Mono CJK SC"),
 ]
-ROOMS = ["app", "assistant", "dev_a", "dev_b", "dev_generic", "f7", "fields", "monitor", "platform", "serial", "session",
-         "shell", "toolkit", "res/default"]
+ROOMS = ["app", "assistant", "dev_a", "dev_b", "dev_generic", "edits", "f7", "fields", "monitor", "platform", "profile",
+         "serial", "session", "shell", "toolkit", "res/default"]
 KINDS = {".cpp", ".h", ".ui", ".ts", ".qss"}
 FAMILY_IDS, FULL_ID, POSTSCRIPT_ID, COPYRIGHT_ID, LICENCE_IDS = (1, 16), 4, 6, 0, (13, 14)
 

@@ -23,6 +23,9 @@ constexpr page_row change_rows[] = {
     {.name = "spin_box1_vkt510a",     .what = &f::id_length,     .kind = number,     .enabled_when = with_id},
     {.name = "edit_vkt510a",          .what = &f::frame_head,    .kind = hex_number, .enabled_when = custom_mode},
     {.name = "edit1_vkt510a",         .what = &f::frame_end,     .kind = hex_number, .enabled_when = custom_mode},
+    {.name = "hint_with_id_vkt510a",     .kind = rule_hint, .enabled_when = with_id},
+    {.name = "hint_transparent_vkt510a", .kind = rule_hint, .enabled_when = transparent},
+    {.name = "hint_custom_vkt510a",      .kind = rule_hint, .enabled_when = custom_mode},
 };
 
 constexpr page_row spi_rows[] = {

@@ -57,6 +57,8 @@ struct canfd_channel {
         {.name = vkt610b_named<"edit_check5_vkt610b_canfd#", N>,              .what = &of::extended_code1, .kind = custom, .enabled_when = extended, .own = &vkt610b_filter_ops},
         {.name = vkt610b_named<"edit_check6_vkt610b_canfd#", N>,              .what = &of::extended_code2, .kind = custom, .enabled_when = extended, .own = &vkt610b_filter_ops},
         {.name = vkt610b_named<"edit_check7_vkt610b_canfd#", N>,              .what = &of::extended_code3, .kind = custom, .enabled_when = extended, .own = &vkt610b_filter_ops},
+        {.name = vkt610b_named<"hint_standard_canfd#", N>,                    .kind = rule_hint, .enabled_when = standard},
+        {.name = vkt610b_named<"hint_extended_canfd#", N>,                    .kind = rule_hint, .enabled_when = extended},
     };
 };
 

@@ -75,17 +75,20 @@ bool is_number(std::string_view typed, uint32_t value) {
     return std::ranges::equal(typed, wanted, {}, digit);
 }
 
+/// For the line below the field.
+std::string wanted_text(const bound_row& at) { return tk_format("应为 0–%X 的十六进制数", at.what().highest); }
+
 ret_t commit_filter(const bound_row& at) {
     const std::string typed = widget_get_text_utf8(at.w);
     uint32_t value = 0;
     if (!hex_scan(typed.substr(0, digits_read), &value)) {
         log_console("sscanf read " + told_name(at.row.name) + " failed!");
-        return widget_set_refused(at.w, "未采用：不是十六进制数");
+        return widget_set_refused(at.w, "未采用：不是十六进制数", wanted_text(at).c_str());
     }
     value = std::min(value, at.what().highest);
     show_filter(at, value);
     const std::string why = tk_format("未采用 %s：实际保存的是 %08X", typed.c_str(), value);
-    widget_set_refused(at.w, is_number(typed, value) ? nullptr : why.c_str());
+    widget_set_refused(at.w, is_number(typed, value) ? nullptr : why.c_str(), wanted_text(at).c_str());
     const auto store = [value](tk_object* props, const char* key) {
         return tk_object_set_prop_uint32(props, key, value);
     };
@@ -101,7 +104,7 @@ ret_t leave_filter(const bound_row& at) {
     kind_ops_of(at.row).fill(at);
     const std::string why = tk_format("未采用 %s：不是十六进制数，实际保存的是 %08X",
                                       typed.empty() ? "空白" : typed.c_str(), field_word(at.what(), at.props()));
-    return widget_set_refused(at.w, why.c_str());
+    return widget_set_refused(at.w, why.c_str(), wanted_text(at).c_str());
 }
 
 // ---- version and calculator ----

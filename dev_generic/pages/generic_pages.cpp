@@ -37,6 +37,9 @@ constexpr page_row change_rows[] = {
     {.name = "spin_box1",     .what = &f::id_length,     .kind = number,   .enabled_when = with_id},
     {.name = "edit",          .what = &f::frame_head,    .kind = hex_pair, .enabled_when = custom_mode},
     {.name = "edit1",         .what = &f::frame_end,     .kind = hex_pair, .enabled_when = custom_mode},
+    {.name = "hint_with_id",     .kind = rule_hint, .enabled_when = with_id},
+    {.name = "hint_transparent", .kind = rule_hint, .enabled_when = transparent},
+    {.name = "hint_custom",      .kind = rule_hint, .enabled_when = custom_mode},
 };
 
 constexpr page_row spi_rows[] = {

@@ -60,6 +60,7 @@ TEST_F(layouts, every_row_has_the_kind_of_its_widget) {
         case row_kind::number:
             return "spin_box";
         case row_kind::caption:
+        case row_kind::rule_hint:
             return "label";
         default:
             return "edit";

@@ -34,7 +34,12 @@ session_bytes write_frame(const dev_obj& dev) {
     return frame;
 }
 
-std::string code_text(const dev_obj& dev, code_form form) {
+constexpr std::size_t head = 2;
+
+std::string code_text(const dev_obj& dev, code_form form, code_spans* spans) {
+    const std::string_view item = form.alternative ? "0x.." : "..";
+    for (std::size_t i = 0; i < dev.image.size() && spans != nullptr; ++i)
+        spans->push_back({.text_at = (head + i) * (item.size() + 1) + item.find('.'), .image_at = i});
     return hex_list(write_frame(dev), form.alternative ? "0x%02X" : "%02X", " ");
 }
 

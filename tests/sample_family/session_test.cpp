@@ -26,8 +26,8 @@ class sample_session : public session_test {
 TEST_F(sample_session, opens_with_its_defaults_encoded) {
     EXPECT_STREQ(dev->of.device, "SAMPLE1");
     EXPECT_EQ(dev->image, (std::vector<uint8_t>{1, 20, 0}));
-    EXPECT_EQ(dev->of.code_text(*dev, {}), "53 03 01 14 00 6B");
-    EXPECT_EQ(dev->of.code_text(*dev, {.alternative = true}), "0x53 0x03 0x01 0x14 0x00 0x6B");
+    EXPECT_EQ(dev->of.code_text(*dev, {}, nullptr), "53 03 01 14 00 6B");
+    EXPECT_EQ(dev->of.code_text(*dev, {.alternative = true}, nullptr), "0x53 0x03 0x01 0x14 0x00 0x6B");
 }
 
 TEST_F(sample_session, connects_reads_edits_writes_and_is_left) {

@@ -85,7 +85,8 @@ TEST_P(code_text, shows_the_bytes_that_a_write_sends) {
         for (const bool alternative : {false, true}) {
             const session_bytes sent = joined(dev_session_input(*dev, session_kind::write, alternative).requests);
             for (const bool restored : {false, true})
-                ASSERT_EQ(bytes_of(of.code_text(*dev, {.alternative = alternative, .restored = restored})), sent)
+                ASSERT_EQ(bytes_of(of.code_text(*dev, {.alternative = alternative, .restored = restored}, nullptr)),
+                          sent)
                     << round;
             ASSERT_NE(sent, last[alternative]) << "the store reaches the bytes";
             last[alternative] = sent;
@@ -102,7 +103,7 @@ TEST_P(code_text, and_a_write_sends_what_a_reply_brought) {
         for (uint8_t& byte : image) byte = static_cast<uint8_t>(random());
         dev_accept(*dev, image);
         for (const bool alternative : {false, true})
-            ASSERT_EQ(bytes_of(of.code_text(*dev, {.alternative = alternative})),
+            ASSERT_EQ(bytes_of(of.code_text(*dev, {.alternative = alternative}, nullptr)),
                       joined(dev_session_input(*dev, session_kind::write, alternative).requests));
     }
 }

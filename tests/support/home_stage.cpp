@@ -15,7 +15,8 @@ void show_part(widget* home, const char* name, bool on) {
 void show_code(const dev_obj& dev, const family_pages& of) {
     widget* home = widget_child(window_manager(), "home_page");
     const bool alternative = widget_get_value_int(widget_lookup(home, of.code_mode)) != 0;
-    widget_set_text_utf8(widget_lookup(home, "mledit"), of.of->code_text(dev, {alternative, false}).c_str());
+    widget_set_text_utf8(widget_lookup(home, "mledit"),
+                         of.of->code_text(dev, {alternative, false}, nullptr).c_str());
 }
 
 std::unique_ptr<dev_obj> device_with_code(const family_pages& of) {

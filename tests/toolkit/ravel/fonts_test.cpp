@@ -21,7 +21,7 @@ const fs::path top = VKT_SOURCE_TREE;
 QString own_characters() {
     QString all;
     for (const char* room : {"res/default/ui", "res/default/strings", "app", "assistant", "dev_a", "dev_b",
-                             "dev_generic", "f7", "fields", "monitor", "session", "shell"})
+                             "dev_generic", "edits", "f7", "fields", "monitor", "profile", "session", "shell"})
         for (const auto& entry : fs::recursive_directory_iterator(top / room)) {
             QFile file(QString::fromStdString(entry.path().string()));
             if (entry.is_regular_file() && file.open(QIODevice::ReadOnly)) all += QString::fromUtf8(file.readAll());

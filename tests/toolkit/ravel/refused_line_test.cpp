@@ -48,7 +48,7 @@ TEST_F(refused_lines, stand_below_the_field_in_the_error_colour) {
         EXPECT_LE(place().bottom(), place_of("second").center().y() - 8) << "the next field's text stays uncovered";
         EXPECT_EQ(line()->font().pixelSize(), 12);
         const QImage shown = native_window()->grab(place()).toImage();
-        EXPECT_EQ(shown.pixelColor(2, 8), style_color("error-soft"));
+        EXPECT_EQ(shown.pixelColor(2, 7), style_color("error-soft"));
         bool inked = false;
         for (int x = 0; x < shown.width() && !inked; x++)
             for (int y = 0; y < shown.height(); y++) inked |= shown.pixelColor(x, y) == style_color("error");

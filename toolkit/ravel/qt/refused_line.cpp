@@ -3,14 +3,15 @@
 #include "toolkit/ravel/qt/assets.h"
 
 #include <QAbstractScrollArea>
+#include <QApplication>
 #include <QEvent>
 #include <QPainter>
 
 namespace {
 
 constexpr int text_pixels = 12;
-constexpr int line_height = 16;
-constexpr int margin = 4; ///< left and right of the text
+constexpr int line_height = 14; // what lies below the field is covered as little as can be
+constexpr int margin = 4;       ///< left and right of the text
 constexpr int corner = 3;
 
 /// What it may lie on: the widgets around the field up to the content of what scrolls them, or the window.
@@ -25,7 +26,7 @@ refused_line::refused_line(QWidget* field, const QString& text)
     : QWidget(field->parentWidget()), field_(field), text_(text) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setFocusPolicy(Qt::NoFocus);
-    QFont small = field->font();
+    QFont small = QApplication::font();
     small.setPixelSize(text_pixels);
     setFont(small);
     QObject::connect(field, &QObject::destroyed, this, &QObject::deleteLater);
