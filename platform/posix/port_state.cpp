@@ -1,5 +1,5 @@
 // What shows of a port without opening it.
-#include "platform/com_port.h"
+#include "platform/port_state.h"
 #include "platform/posix/port_names.h"
 #include "platform/posix/port_rights.h"
 

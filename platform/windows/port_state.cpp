@@ -1,4 +1,5 @@
-#include "platform/com_port.h"
+#include "platform/port_state.h"
+#include "platform/windows/com_port_system.h"
 
 #include <array>
 

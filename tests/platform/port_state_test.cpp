@@ -1,6 +1,7 @@
 // What shows of a port without opening it.
 #include "port_fixture.h"
 
+#include "platform/port_state.h"
 #include "tests/support/scratch_folder.h"
 
 #include <cstdlib>
