@@ -148,9 +148,7 @@ std::optional<std::vector<std::string>> port_device_names() {
     std::optional<std::vector<std::string>> names = device_names();
     if (!names) return names;
     std::erase_if(*names, [](const std::string& name) { return !is_port(name); });
-    std::stable_sort(names->begin(), names->end(), [](const std::string& a, const std::string& b) {
-        return std::pair(a.substr(0, 3), name_number(a)) < std::pair(b.substr(0, 3), name_number(b));
-    });
+    std::stable_sort(names->begin(), names->end(), port_name_before);
     return names;
 }
 
@@ -222,6 +220,8 @@ void port_watcher_start() {
     w.wake.wait(0); // what was asked of a watcher before this one
     static_cast<void>(w.watcher.start({"com_get_entry2"}, [&wake = w.wake] { return watch(wake); }));
 }
+
+void port_watcher_scan_now() { workers().wake.set(); }
 
 uint32_t& port_watcher_period_ms() {
     static uint32_t period = 60000;

@@ -33,6 +33,8 @@ void port_list_load_start();
 /// Starts the watcher "com_get_entry2": a scan at once, then every port_watcher_period_ms(). Never more than one
 /// lives: when one does already, it is asked to scan now. GUI thread.
 void port_watcher_start();
+/// Asks the watcher, if one lives, to scan now. Any thread.
+void port_watcher_scan_now();
 /// Milliseconds, 60000 at first; tests choose another before they start the watcher.
 uint32_t& port_watcher_period_ms();
 

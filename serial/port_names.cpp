@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <string_view>
 
 namespace {
 
@@ -42,6 +43,15 @@ std::string port_text(const std::string& typed) {
 
 std::string position(uint32_t index) { return tk_format("%u", index); }
 
+/// The number that starts a text, without the zeros in front of it.
+std::string_view leading_number(std::string_view text) {
+    const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
+    const std::string_view number = text.substr(0, digits);
+    return number.substr(std::min(number.find_first_not_of('0'), number.size()));
+}
+
+bool starts_with_digit(std::string_view text) { return !text.empty() && text[0] >= '0' && text[0] <= '9'; }
+
 } // namespace
 
 std::optional<std::string> port_path(const std::string& text, bool typed_paths) {
@@ -50,6 +60,25 @@ std::optional<std::string> port_path(const std::string& text, bool typed_paths) 
     if (name.front() != 'C') return typed_paths ? name : std::string();
     const std::string path = tk_object_get_prop_str(name_map(), name.c_str(), "");
     return path.empty() ? std::nullopt : std::optional(path);
+}
+
+bool port_name_before(const std::string& a, const std::string& b) {
+    std::string_view left = a;
+    std::string_view right = b;
+    while (!left.empty() && !right.empty()) {
+        if (starts_with_digit(left) && starts_with_digit(right)) {
+            const std::string_view m = leading_number(left);
+            const std::string_view n = leading_number(right);
+            if (m != n) return m.size() != n.size() ? m.size() < n.size() : m < n;
+            left.remove_prefix(std::min(left.find_first_not_of("0123456789"), left.size()));
+            right.remove_prefix(std::min(right.find_first_not_of("0123456789"), right.size()));
+            continue;
+        }
+        if (left[0] != right[0]) return left[0] < right[0];
+        left.remove_prefix(1);
+        right.remove_prefix(1);
+    }
+    return left.size() < right.size();
 }
 
 void port_list_line_set(uint32_t index, const std::string& line) {

@@ -13,6 +13,9 @@
 /// which never opens. Any thread.
 std::optional<std::string> port_path(const std::string& text, bool typed_paths);
 
+/// Whether `a` stands before `b` in a list: letters by the alphabet, numbers by their size. Any thread.
+bool port_name_before(const std::string& a, const std::string& b);
+
 /// Keeps the port list's line at a position (from 0), for the process's life. Any thread.
 void port_list_line_set(uint32_t index, const std::string& line);
 /// What was kept last for a position; empty for one that never had a line. Any thread.

@@ -7,24 +7,12 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace posix_com {
 namespace {
-
-constexpr std::string_view device_prefix = R"(\\.\)";
-
-/// The device node a path leads to: "\\.\COM12" by name, "COM7" by name up to number 9 as on Windows, a path with a
-/// slash as it stands. Empty for anything else.
-std::string node_of(std::string_view path) {
-    if (path.starts_with(device_prefix)) return port_name_node(std::string(path.substr(device_prefix.size())));
-    if (path.find('/') != std::string_view::npos) return std::string(path);
-    const bool short_name = path.size() == 4 && path[3] != '0';
-    return short_name ? port_name_node(std::string(path)) : std::string();
-}
 
 struct error_row {
     int system;
@@ -90,7 +78,7 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD /*share*/, void* /*secu
     };
     if (path == nullptr || *path == '\0') return refuse(ERROR_PATH_NOT_FOUND);
     if (disposition != OPEN_EXISTING || model != nullptr) return refuse(ERROR_INVALID_PARAMETER);
-    const std::string node = node_of(path);
+    const std::string node = path_node(path);
     if (node.empty()) return refuse(ERROR_FILE_NOT_FOUND);
     if (!io_thread_start()) return refuse(ERROR_NOT_ENOUGH_MEMORY);
 
@@ -104,7 +92,7 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD /*share*/, void* /*secu
 }
 
 com::denial com::why_denied(const std::string& path) {
-    const std::string node = node_of(path);
+    const std::string node = path_node(path);
     struct stat about {};
     if (stat(node.c_str(), &about) == 0 && !S_ISCHR(about.st_mode)) return denial::no_port;
     const bool forbidden = access(node.c_str(), R_OK | W_OK) != 0 && errno == EACCES;

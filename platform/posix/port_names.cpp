@@ -82,6 +82,11 @@ name_map names_by_hand() {
     return names;
 }
 
+std::string in_root(const char* folder) {
+    const char* root = std::getenv("VKT_COM_ROOT");
+    return (root == nullptr ? "" : root) + std::string(folder);
+}
+
 std::string node_name(const name_rule& rule, int i) { return rule.node + std::to_string(rule.first_node + i); }
 
 /// The kernel says 0 for the type of a serial port without a chip behind it.
@@ -121,14 +126,40 @@ std::string port_name_node(const std::string& name) {
     if (found != by_hand.end()) return found->second;
     for (const name_rule& rule : rules) {
         const int i = key.second - rule.first_port;
-        if (key.first == rule.port && i >= 0 && i < rule.count) return "/dev/" + node_name(rule, i);
+        if (key.first == rule.port && i >= 0 && i < rule.count) return device_folder() + "/" + node_name(rule, i);
     }
     return {};
 }
 
+std::string path_node(std::string_view path) {
+    constexpr std::string_view device_prefix = R"(\\.\)";
+    if (path.starts_with(device_prefix)) return port_name_node(std::string(path.substr(device_prefix.size())));
+    if (path.find('/') != std::string_view::npos) return std::string(path);
+    const bool short_name = path.size() == 4 && path[3] != '0';
+    return short_name ? port_name_node(std::string(path)) : std::string();
+}
+
+std::vector<std::string> nodes_by_hand() {
+    std::vector<std::string> nodes;
+    for (const auto& [key, node] : names_by_hand())
+        if (!node.empty()) nodes.push_back(node);
+    return nodes;
+}
+
+std::string device_folder() { return in_root("/dev"); }
+std::string about_folder() { return in_root("/sys/class/tty"); }
+
+bool is_rule_node(const std::string& file_name) {
+    return std::ranges::any_of(rules, [&file_name](const name_rule& rule) {
+        const std::string_view digits = std::string_view(file_name).substr(
+            file_name.starts_with(rule.node) ? std::string_view(rule.node).size() : file_name.size());
+        return !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
+    });
+}
+
 std::vector<std::string> port_names() {
     name_map names = names_by_hand();
-    add_names_by_rule("/sys/class/tty", "/dev", &names);
+    add_names_by_rule(about_folder(), device_folder(), &names);
     return texts_of(names);
 }
 
@@ -162,10 +193,16 @@ bool com::port_present(const std::string& name) {
 std::string com::describe_port(const std::string& name) {
     const std::filesystem::path node = posix_com::port_name_node(name);
     if (node.empty()) return {};
-    // The USB device is one or two levels above the serial line that it makes.
+    // A name given by hand may lead to the node by a link with a name of its own.
+    const std::filesystem::path known = posix_com::about_folder();
     std::error_code error;
-    std::filesystem::path device = std::filesystem::canonical("/sys/class/tty" / node.filename() / "device", error);
+    std::filesystem::path device = std::filesystem::canonical(known / node.filename() / "device", error);
+    if (error) {
+        const std::filesystem::path target = std::filesystem::canonical(node, error);
+        if (!error) device = std::filesystem::canonical(known / target.filename() / "device", error);
+    }
     if (error) return {};
+    // The USB device is one or two levels above the serial line that it makes.
     for (int levels = 0; levels < 4 && !std::filesystem::exists(device / "product", error); ++levels)
         device = device.parent_path();
     std::string text;

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -15,6 +16,25 @@ TEST(port_names, com_names_map_to_device_paths) {
         EXPECT_EQ(port_path("COM12", typed), "\\\\.\\COM12");
         EXPECT_EQ(port_path("COM499", typed), "\\\\.\\COM499");
     }
+}
+
+TEST(port_name_before, sorts_letters_by_the_alphabet_and_numbers_by_their_size) {
+    const std::vector<std::string> sorted = {"",
+                                             "2COM3",
+                                             "COM",
+                                             "COM0",
+                                             "COM2",
+                                             "COM10",
+                                             "COM11",
+                                             "COM99",
+                                             "COM99A",
+                                             "COM100",
+                                             "COM18446744073709551617",
+                                             "LPT1"};
+    for (std::size_t i = 0; i < sorted.size(); ++i)
+        for (std::size_t j = 0; j < sorted.size(); ++j)
+            EXPECT_EQ(port_name_before(sorted[i], sorted[j]), i < j) << sorted[i] << " and " << sorted[j];
+    EXPECT_FALSE(port_name_before("COM02", "COM2") || port_name_before("COM2", "COM02"));
 }
 
 TEST(port_names, other_texts_with_a_leading_c_are_no_port) {
