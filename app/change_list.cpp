@@ -1,7 +1,6 @@
 #include "app/change_list.h"
 
 #include "app/devices.h"
-#include "app/edits.h"
 #include "app/field_place.h"
 #include "app/home_parts.h"
 #include "edits/put_back.h"
@@ -10,6 +9,8 @@
 #include "toolkit/table_view/table_view.h"
 
 namespace {
+
+ret_t (*applied_as)(widget* home, const char* name) = nullptr;
 
 // What the table shows now.
 std::vector<image_difference>& shown() {
@@ -71,13 +72,13 @@ ret_t put_back(widget* home, widget* row, put_back_to to) {
     if (one == nullptr || dev == nullptr) return RET_FAIL;
     const field& what = *one->what;
     const ret_t ret = edit_put_back(*dev, what, to);
-    return ret == RET_OK ? edits_applied(home, what.label) : ret;
+    return ret == RET_OK ? applied_as(home, what.label) : ret;
 }
 
 ret_t put_all_back(widget* home, put_back_to to, const char* name) {
     dev_obj* dev = current_device();
     if (dev == nullptr || edit_put_all_back(*dev, to) == 0) return RET_FAIL;
-    return edits_applied(home, name);
+    return applied_as(home, name);
 }
 
 std::string rows_text(uint32_t first, uint32_t last) {
@@ -128,7 +129,8 @@ ret_t change_list_open(widget* home) {
     return pages_set_active_by_name(home_part(home, "code_pages"), "changes_page");
 }
 
-void change_list_bind(widget* home) {
+void change_list_bind(widget* home, ret_t (*applied)(widget* home, const char* name)) {
+    applied_as = applied;
     widget* set = widget_need(home, "code_pages");
     const std::pair<const char*, const char*> tabs[] = {{"tab_code", "code_page"}, {"tab_changes", "changes_page"}};
     for (const auto& [tab, page] : tabs)

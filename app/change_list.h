@@ -12,5 +12,6 @@ std::string change_list_text(const dev_obj& dev, const std::vector<image_differe
 void change_list_show(widget* home, const dev_obj& dev, const std::vector<image_difference>& unwritten);
 /// Brings the list to the front.
 ret_t change_list_open(widget* home);
-/// Attaches what the list's buttons and rows do.
-void change_list_bind(widget* home);
+/// Attaches what the list's buttons and rows do; `applied` is called after values were put back, with the step's
+/// name.
+void change_list_bind(widget* home, ret_t (*applied)(widget* home, const char* name));

@@ -56,6 +56,17 @@ std::string platform_program_folder() {
     return utf8_narrow(wide.c_str());
 }
 
+std::string platform_settings_folder() {
+    const auto named = [](const wchar_t* variable) {
+        std::wstring value(32768, L'\0');
+        value.resize(GetEnvironmentVariableW(variable, value.data(), static_cast<DWORD>(value.size())));
+        return utf8_narrow(value.c_str());
+    };
+    if (std::string own = named(L"VKT_SETTINGS"); !own.empty()) return own;
+    const std::string data = named(L"APPDATA");
+    return data.empty() ? data : data + "\\VKTCfgTools";
+}
+
 void platform_com_init() {
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) return;
     // The process stays in the multithreaded apartment, and every thread in it that makes no other choice. This one

@@ -37,6 +37,7 @@ constexpr verb_row verb_rows[] = {
     {"shot", drive_verb::shot, "t", "shot FILE", 0},
     {"dump", drive_verb::dump, "t", "dump FILE", 0},
     {"clipboard", drive_verb::clipboard, "t", "clipboard FILE", 0},
+    {"drop", drive_verb::drop, "t", "drop FILE", 0},
     {"sleep", drive_verb::sleep, "n", "sleep MS", 0},
     {"close", drive_verb::close, "", "close", 0},
 };

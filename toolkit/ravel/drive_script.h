@@ -24,6 +24,7 @@ enum class drive_verb : uint8_t {
     shot,
     dump,
     clipboard,
+    drop,
     sleep,
     close,
 };

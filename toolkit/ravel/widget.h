@@ -35,6 +35,7 @@ enum class event_type : uint8_t {
     request_close, ///< to a window: somebody asks it to close
     long_press, ///< the left button was held on it for its time (widget_set_long_press_ms): once a press, not after
                 ///< the pointer left it; the click comes all the same when it is released
+    drop,       ///< to the top window: a file was dropped somewhere on the program's window
 };
 
 struct event {
@@ -42,6 +43,7 @@ struct event {
     widget* target = nullptr;
     int32_t delta = 0;   ///< wheel: positive when turned away from the user
     int32_t offset = -1; ///< text_hover, text_click: the character as a byte of the text's UTF-8 form; -1: none
+    const char* path = nullptr; ///< drop: the file's whole path, UTF-8; for as long as the handler runs
 };
 /// Answers RET_OK to let the toolkit go on. A request_close handler that does not answer RET_OK keeps the window
 /// open.

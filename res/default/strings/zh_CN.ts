@@ -51,4 +51,57 @@
     <message><source>Scroll left</source><translation>向左滚动</translation></message>
     <message><source>Scroll right</source><translation>向右滚动</translation></message>
 </context>
+<context>
+    <name>QFileDialog</name>
+    <message><source>Look in:</source><translation>位置：</translation></message>
+    <message><source>Back</source><translation>后退</translation></message>
+    <message><source>Go back</source><translation>后退</translation></message>
+    <message><source>Forward</source><translation>前进</translation></message>
+    <message><source>Go forward</source><translation>前进</translation></message>
+    <message><source>Parent Directory</source><translation>上一级</translation></message>
+    <message><source>Go to the parent directory</source><translation>到上一级文件夹</translation></message>
+    <message><source>Create New Folder</source><translation>新建文件夹</translation></message>
+    <message><source>Create a New Folder</source><translation>新建文件夹</translation></message>
+    <message><source>List View</source><translation>列表</translation></message>
+    <message><source>Change to list view mode</source><translation>以列表显示</translation></message>
+    <message><source>Detail View</source><translation>详细</translation></message>
+    <message><source>Change to detail view mode</source><translation>以详细列表显示</translation></message>
+    <message><source>Sidebar</source><translation>常用位置</translation></message>
+    <message><source>List of places and bookmarks</source><translation>常用位置</translation></message>
+    <message><source>Files</source><translation>文件</translation></message>
+    <message><source>Files of type:</source><translation>类型：</translation></message>
+    <message><source>File &amp;name:</source><translation>文件名(&amp;N)：</translation></message>
+    <message><source>New Folder</source><translation>新建文件夹</translation></message>
+    <message><source>&amp;Open</source><translation>打开(&amp;O)</translation></message>
+    <message><source>&amp;Save</source><translation>保存(&amp;S)</translation></message>
+    <message><source>Cancel</source><translation>取消</translation></message>
+    <message><source>Recent Places</source><translation>最近的位置</translation></message>
+    <message><source>My Computer</source><translation>计算机</translation></message>
+    <message><source>Computer</source><translation>计算机</translation></message>
+    <message><source>Drive</source><translation>驱动器</translation></message>
+    <message><source>File</source><translation>文件</translation></message>
+    <message><source>Unknown</source><translation>未知</translation></message>
+</context>
+<context>
+    <name>QFileSystemModel</name>
+    <message><source>Name</source><translation>名称</translation></message>
+    <message><source>Size</source><translation>大小</translation></message>
+    <message><source>Kind</source><translation>类型</translation></message>
+    <message><source>Type</source><translation>类型</translation></message>
+    <message><source>Date Modified</source><translation>修改时间</translation></message>
+    <message><source>My Computer</source><translation>计算机</translation></message>
+    <message><source>Computer</source><translation>计算机</translation></message>
+</context>
+<context>
+    <name>QPlatformTheme</name>
+    <message><source>Cancel</source><translation>取消</translation></message>
+    <message><source>Save</source><translation>保存</translation></message>
+    <message><source>Open</source><translation>打开</translation></message>
+    <message><source>&amp;No</source><translation>否(&amp;N)</translation></message>
+    <message><source>&amp;Yes</source><translation>是(&amp;Y)</translation></message>
+</context>
+<context>
+    <name>QDialogButtonBox</name>
+    <message><source>Cancel</source><translation>取消</translation></message>
+</context>
 </TS>

@@ -127,6 +127,7 @@ const verb_case verb_cases[] = {
     {"shot p", "shot FILE"},
     {"dump p", "dump FILE"},
     {"clipboard p", "clipboard FILE"},
+    {"drop a.json", "drop FILE"},
     {"sleep 1", "sleep MS", 1},
     {"close", "close"},
 };

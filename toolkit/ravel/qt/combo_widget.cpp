@@ -75,7 +75,16 @@ void combo_widget::showPopup() {
         setItemDelegate(new list_delegate(this));
         view()->setTextElideMode(Qt::ElideMiddle);
     }
+    // A box that is narrow for its place shows its options whole all the same.
+    if (property("wide_list").toBool()) view()->setMinimumWidth(std::min(list_width(), window()->width() / 2));
     QComboBox::showPopup();
+}
+
+int combo_widget::list_width() const {
+    constexpr int around = 32; // margins of a row, and a bar
+    int width = 0;
+    for (int row = 0; row < count(); ++row) width = std::max(width, fontMetrics().horizontalAdvance(itemText(row)));
+    return width + around;
 }
 
 bool combo_widget::text_is_cut() const {

@@ -59,7 +59,7 @@ class widget_state final : public QObject {
     bool has_handlers(event_type type) const;
     /// Runs the handlers of `type` (`number`: the event's delta, or its offset). A request_close that is refused
     /// answers at once.
-    ret_t fire(event_type type, int32_t number = 0);
+    ret_t fire(event_type type, int32_t number = 0, const char* path = nullptr);
     /// Runs one handler of move or resize once, when the layout under way has settled.
     void tell_place_later(uint32_t id);
 

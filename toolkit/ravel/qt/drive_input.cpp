@@ -9,11 +9,15 @@
 #include <QBuffer>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDropEvent>
+#include <QFileInfo>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPainter>
 #include <QSpinBox>
 #include <QStyleOptionButton>
 #include <QStyleOptionComboBox>
+#include <QUrl>
 #include <QWheelEvent>
 #include <QWindow>
 
@@ -182,6 +186,24 @@ void drive_wheel(QWidget* w, const QPoint& at, int delta, bool shift) {
                      shift ? Qt::ShiftModifier : Qt::NoModifier, Qt::NoScrollPhase, false);
     QSpontaneKeyEvent::mark(&turn);
     qApp->notify(window, &turn); // sendEvent would take the mark off again
+}
+
+bool drive_drop(const QString& path) {
+    QWindow* window = native_window() == nullptr ? nullptr : native_window()->windowHandle();
+    if (window == nullptr) return false;
+    QMimeData file;
+    file.setUrls({QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath())});
+    const QPoint at(window->width() / 2, window->height() / 2);
+    QDragEnterEvent enter(at, Qt::CopyAction, &file, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &enter);
+    if (!enter.isAccepted()) {
+        QDragLeaveEvent leave;
+        QCoreApplication::sendEvent(window, &leave);
+        return false;
+    }
+    QDropEvent drop(at, Qt::CopyAction, &file, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &drop);
+    return drop.isAccepted();
 }
 
 void drive_stroke(const drive_key& key) {

@@ -27,6 +27,9 @@ void drive_wheel(QWidget* w, const QPoint& at, int delta, bool shift = false);
 /// What is seen of a widget as far as the widgets around it cut it, in its own pixels.
 QRect drive_part_in_view(const QWidget* w);
 
+/// Drags a file onto the middle of the native window and lets go of it; false when nobody takes it.
+bool drive_drop(const QString& path);
+
 /// One stroke of a key, to whatever has the keyboard focus.
 void drive_stroke(const drive_key& key);
 /// One character typed; a line end is Enter, a tab stop is Tab.

@@ -309,6 +309,12 @@ drive_strokes clipboard_strokes(const drive_action& a) {
     }}};
 }
 
+drive_strokes drop_strokes(const drive_action& a) {
+    return {{[path = a.args[0]](int64_t) {
+        return drive_drop(QString::fromStdString(path)) ? good() : bad("no window takes a file now");
+    }}};
+}
+
 drive_strokes sleep_strokes(const drive_action& a) {
     return {{[](int64_t) { return good(); }, a.number}};
 }
@@ -342,6 +348,7 @@ constexpr verb_strokes verbs[] = {
     {drive_verb::shot, shot_strokes},
     {drive_verb::dump, dump_strokes},
     {drive_verb::clipboard, clipboard_strokes},
+    {drive_verb::drop, drop_strokes},
     {drive_verb::sleep, sleep_strokes},
     {drive_verb::close, close_strokes},
 };

@@ -5,7 +5,10 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDropEvent>
 #include <QKeyEvent>
+#include <QMimeData>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -37,6 +40,31 @@ bool is_button_shortcut(const QEvent* what) {
     });
 }
 
+/// The one file that a drag brings; empty when it brings anything else.
+QString dragged_file(const QMimeData* brought) {
+    const QList<QUrl> urls = brought == nullptr ? QList<QUrl>() : brought->urls();
+    return urls.size() == 1 && urls.front().isLocalFile() ? urls.front().toLocalFile() : QString();
+}
+
+/// Files are for the top window, whatever widget they are dropped on; no field takes their names as text. The
+/// handler runs once the drag is over: whoever dragged waits for the answer.
+bool take_file(QEvent* what) {
+    auto* drag = static_cast<QDropEvent*>(what);
+    const QString file = dragged_file(drag->mimeData());
+    if (file.isEmpty()) return false;
+    const widget_state* top = top_input_window() == nullptr ? nullptr : state_of(top_input_window());
+    drag->setAccepted(top != nullptr && top->has_handlers(event_type::drop));
+    if (!drag->isAccepted()) return true;
+    drag->setDropAction(Qt::CopyAction);
+    if (what->type() != QEvent::Drop) return true;
+    const auto tell = [file] {
+        widget_state* now = top_input_window() == nullptr ? nullptr : state_of(top_input_window());
+        if (now != nullptr) now->fire(event_type::drop, 0, file.toUtf8().constData());
+    };
+    QMetaObject::invokeMethod(native_window(), tell, Qt::QueuedConnection);
+    return true;
+}
+
 class input_trap final : public QObject {
   public:
     bool eventFilter(QObject* watched, QEvent* what) override {
@@ -48,12 +76,14 @@ class input_trap final : public QObject {
         case QEvent::Wheel:
         case QEvent::ContextMenu:
         case QEvent::Shortcut:
-        case QEvent::DragEnter:
-        case QEvent::Drop:
             return watched->isWidgetType() && !belongs_to_top(static_cast<QWidget*>(watched));
         case QEvent::ShortcutOverride:
             return watched->isWidgetType() &&
                    (!belongs_to_top(static_cast<QWidget*>(watched)) || is_button_shortcut(what));
+        case QEvent::DragEnter:
+        case QEvent::DragMove:
+        case QEvent::Drop:
+            return watched->isWidgetType() && (take_file(what) || !belongs_to_top(static_cast<QWidget*>(watched)));
         case QEvent::KeyPress:
         case QEvent::KeyRelease:
             return watched->isWidgetType() && key_astray(static_cast<QWidget*>(watched), what);

@@ -37,6 +37,7 @@ class combo_widget final : public QComboBox {
 
   private:
     bool text_is_cut() const;
+    int list_width() const;
     void refresh_popup();
 
     mutable QSize hint_;

@@ -153,10 +153,10 @@ void widget_state::tell_place_later(uint32_t id) {
     QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 }
 
-ret_t widget_state::fire(event_type type_of, int32_t number) {
+ret_t widget_state::fire(event_type type_of, int32_t number, const char* path) {
     if (!has_handlers(type_of)) return RET_OK;
     const bool of_text = type_of == event_type::text_hover || type_of == event_type::text_click;
-    const ::event what{type_of, handle, of_text ? 0 : number, of_text ? number : -1};
+    const ::event what{type_of, handle, of_text ? 0 : number, of_text ? number : -1, path};
     const QPointer<widget_state> self(this);
     const std::vector<entry> now = handlers_;
     for (const entry& e : now) {

@@ -131,6 +131,7 @@ void create_native_window(int width, int height, const QString& title) {
     stack.native->setAttribute(Qt::WA_StyledBackground);
     stack.native->setWindowTitle(title);
     stack.native->setMinimumSize(320, 240);
+    stack.native->setAcceptDrops(true); // what comes is looked at by the input trap
     stack.native->resize(width, height);
     install_input_trap();
 }
