@@ -45,14 +45,6 @@ std::string same_text(const dev_obj& dev) {
     return names.empty() ? names : "写入时总是同一个值，不算改动：" + names;
 }
 
-std::string note_text(const dev_obj& dev, std::size_t count) {
-    const char* beside = dev.in_module ? "模块中的值" : "默认值（尚未读取模块）";
-    const std::string what = count == 0 ? tk_format("与%s没有不同", beside)
-                                        : tk_format("与%s相比，写入会改变 %d 项", beside, static_cast<int>(count));
-    const std::string same = same_text(dev);
-    return same.empty() ? what : what + "\n" + same;
-}
-
 const image_difference* row_at(int64_t index) {
     return index >= 0 && static_cast<std::size_t>(index) < shown().size() ? &shown()[index] : nullptr;
 }
@@ -105,6 +97,14 @@ void bind_row(widget* home, widget* row) {
 
 } // namespace
 
+std::string change_note_text(const dev_obj& dev, std::size_t count) {
+    const char* beside = dev.in_module ? "模块中的值" : "默认值（尚未读取模块）";
+    const std::string what = count == 0 ? tk_format("与%s没有不同", beside)
+                                        : tk_format("与%s相比，写入会改变 %d 项", beside, static_cast<int>(count));
+    const std::string same = same_text(dev);
+    return same.empty() ? what : what + "\n" + same;
+}
+
 std::string change_list_text(const dev_obj& dev, const std::vector<image_difference>& unwritten) {
     std::string text;
     for (const image_difference& one : unwritten)
@@ -116,7 +116,7 @@ void change_list_show(widget* home, const dev_obj& dev, const std::vector<image_
     shown() = unwritten;
     const std::string count = unwritten.empty() ? "改动" : tk_format("改动 %d", static_cast<int>(unwritten.size()));
     widget_set_text_utf8(home_part(home, "tab_changes"), count.c_str());
-    widget_set_text_utf8(home_part(home, "changes_note"), note_text(dev, unwritten.size()).c_str());
+    widget_set_text_utf8(home_part(home, "changes_note"), change_note_text(dev, unwritten.size()).c_str());
     for (const char* name : {"button_all_back", "button_copy_changes"})
         widget_set_enable(home_part(home, name), !unwritten.empty());
     widget_set_enable(home_part(home, "button_all_default"),

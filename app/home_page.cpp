@@ -6,6 +6,7 @@
 #include "app/export_file.h"
 #include "app/families.h"
 #include "app/home_scroll.h"
+#include "app/kept_edits.h"
 #include "app/look.h"
 #include "app/model_switch.h"
 #include "app/port_selector.h"
@@ -33,6 +34,25 @@ ret_t code_copy(widget* home) {
     return copy_with_notice(widget_lookup(home, "button_copy"), code.c_str());
 }
 
+/// The offer of what the last closing has left.
+ret_t kept_show(widget* home) {
+    const bool offered = kept_edits_offer().has_value();
+    for (const char* name : {"button_kept", "button_kept_dismiss"})
+        widget_set_visible(widget_need(home, name), offered);
+    return RET_OK;
+}
+
+ret_t kept_restore(widget* home) {
+    const ret_t ret = kept_edits_restore(home);
+    kept_show(home);
+    return ret;
+}
+
+ret_t kept_dismiss(widget* home) {
+    kept_edits_dismiss();
+    return kept_show(home);
+}
+
 struct binding {
     const char* name;
     event_type type;
@@ -50,6 +70,8 @@ constexpr binding bindings[] = {
     {"button_undo", event_type::click, edits_undo},
     {"button_redo", event_type::click, edits_redo},
     {"truth_line", event_type::click, truth_line_pressed},
+    {"button_kept", event_type::click, kept_restore},
+    {"button_kept_dismiss", event_type::click, kept_dismiss},
     {"button_data", event_type::click, data_monitor_pressed},
     {"button_serial_assistant", event_type::click, [](widget*) { return navigator_to("serial_send"); }},
     {"progress_button", event_type::click, progress_forward},
@@ -96,6 +118,7 @@ ret_t home_page_init(widget* win, const void* /*context*/) {
     const ret_t ret = model_start(win);
     if (ret != RET_OK) return ret;
     start_choice_restore(win);
+    kept_show(win);
     if (authority_check() != 0) err_display_post(text_no_permission);
     return RET_OK;
 }

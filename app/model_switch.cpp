@@ -1,7 +1,6 @@
 #include "app/model_switch.h"
 
 #include "app/devices.h"
-#include "app/edits.h"
 #include "app/home_scroll.h"
 #include "app/profile_title.h"
 #include "shell/navigator.h"
@@ -20,6 +19,8 @@ const char* start_model() {
     constexpr const char* usual = "VKT531A";
     return pages_of_model(usual) != nullptr ? usual : families().front()->of->models.front().name;
 }
+
+model_followers followers{};
 
 /// Families whose tabs are bound in this window.
 std::set<const family_pages*>& prepared() {
@@ -43,7 +44,7 @@ ret_t tab_show(widget* home, const family_pages& pages, const page_tab& tab) {
     widget* set = widget_lookup(home, pages.page_set);
     ret_t ret = pages_set_active_by_name(set, tab.page);
     if (ret == RET_OK) ret = tab_fill(set, pages, tab);
-    edits_show(home);
+    if (followers.shown != nullptr) followers.shown(home);
     return ret;
 }
 
@@ -85,7 +86,7 @@ ret_t code_show(const family_pages& pages, bool restored) {
     }
     profile_title_soon();
     const bool alternative = widget_get_value_int(form) != 0;
-    edits_code_shown(pages, restored);
+    if (followers.code_shown != nullptr) followers.code_shown(pages, restored);
     return widget_set_text_utf8(box, pages.of->code_text(*dev, {alternative, restored}, nullptr).c_str());
 }
 
@@ -98,7 +99,7 @@ ret_t device_ready(widget* home, const family_pages& pages, bool renew) {
         log_console(tk_format("%s产品初始化失败\n", pages.log_name));
         return RET_FAIL;
     }
-    edits_follow(pages, *dev);
+    if (followers.device_ready != nullptr) followers.device_ready(pages, *dev);
     dev->shown = [&pages] { static_cast<void>(code_show(pages, false)); };
     if (!missing && !renew && prepared().contains(&pages)) return RET_OK;
     if (pages_prepare(home, pages) == RET_OK) return RET_OK;
@@ -112,11 +113,13 @@ ret_t family_show(widget* home, const family_pages& pages, bool renew) {
     if (ret != RET_OK) return ret;
     model_page_refresh(home);
     ret = model_show_code(home);
-    edits_show(home);
+    if (followers.shown != nullptr) followers.shown(home);
     return ret;
 }
 
 } // namespace
+
+void model_followed_by(model_followers who) { followers = who; }
 
 void model_bind(widget* home) {
     for (const family_pages* pages : families()) {

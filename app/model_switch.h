@@ -5,6 +5,14 @@
 
 #include <string>
 
+/// Who is to know of devices and of what is shown; functions that are null are not called.
+struct model_followers {
+    void (*device_ready)(const family_pages& pages, dev_obj& dev);
+    void (*code_shown)(const family_pages& pages, bool restored);
+    void (*shown)(widget* home); ///< another page or another model is on screen
+};
+void model_followed_by(model_followers who);
+
 /// Binds the switches of the code view, and hides what is another family's than the start model's.
 void model_bind(widget* home);
 /// Fills the model selector with every model and chooses VKT531A.

@@ -4,8 +4,6 @@
 #include "app/devices.h"
 #include "app/edits.h"
 #include "app/progress.h"
-#include "app/session_buttons.h"
-#include "app/session_results.h"
 #include "profile/compare.h"
 #include "toolkit/core/text.h"
 
@@ -31,7 +29,7 @@ run_account& run() {
 }
 
 check_kind wanted = check_kind::none;
-bool (*after_write)() = nullptr;
+check_after_write after_write{};
 
 std::string names_of(const std::vector<image_difference>& found) {
     std::string text;
@@ -43,28 +41,31 @@ std::string names_of(const std::vector<image_difference>& found) {
 
 void say(const std::string& text) { progress_update({true, 100, text, operation::read}); }
 
-void check_failed(const std::vector<image_difference>& found) {
-    const family_pages* pages = current_pages();
-    if (pages == nullptr) return;
+session_failure check_failure(const std::vector<image_difference>& found) {
     const std::string text = "写入后校验不一致：" + names_of(found);
-    session_failure failure{.run = 0, .kind = session_kind::read, .log_line = {}, .text = text};
-    failure.log_line = "\n" + current_model() + "\n" + text + "\n\n";
-    session_fail_display(*pages, failure);
+    return {.run = 0,
+            .kind = session_kind::read,
+            .log_line = "\n" + current_model() + "\n" + text + "\n\n",
+            .text = text};
 }
 
-void check_ended(widget* home, const dev_obj& dev, check_kind kind) {
+std::optional<session_failure> check_ended(widget* home, const dev_obj& dev, check_kind kind) {
     const std::vector<image_difference> found = dev_unwritten(dev);
-    if (found.empty()) return say("校验完成：一致");
-    if (kind == check_kind::after_write) return check_failed(found);
+    if (!found.empty() && kind == check_kind::after_write) return check_failure(found);
+    if (found.empty()) {
+        say("校验完成：一致");
+        return std::nullopt;
+    }
     say(tk_format("校验完成：%d 项不同", static_cast<int>(found.size())));
     progress_then({.refusal = nullptr, .then = [home] { return change_list_open(home); }});
+    return std::nullopt;
 }
 
 } // namespace
 
 void module_check_wanted(bool after) { wanted = after ? check_kind::after_write : check_kind::by_hand; }
 
-void module_check_after_write(bool (*is_wanted)()) { after_write = is_wanted; }
+void module_check_after_write(check_after_write how) { after_write = how; }
 
 void module_session_begins(const dev_obj& dev, session_kind kind) {
     run() = {.of = &dev, .kind = kind, .check = std::exchange(wanted, check_kind::none)};
@@ -77,15 +78,16 @@ bool module_reply(dev_obj& dev, std::span<const uint8_t> image) {
     return true;
 }
 
-void module_session_ended(widget* home, dev_obj& dev) {
-    if (run().of != &dev) return;
+std::optional<session_failure> module_session_ended(widget* home, dev_obj& dev) {
+    if (run().of != &dev) return std::nullopt;
     const run_account ended = std::exchange(run(), {});
-    if (ended.failed) return;
+    if (ended.failed) return std::nullopt;
     if (ended.kind == session_kind::write) dev_module_holds(dev, ended.written);
     edits_show(home);
     if (ended.check != check_kind::none) return check_ended(home, dev, ended.check);
-    if (ended.kind == session_kind::write && after_write != nullptr && after_write())
-        session_check_after_write(home);
+    if (ended.kind == session_kind::write && after_write.wanted != nullptr && after_write.wanted())
+        after_write.start(home);
+    return std::nullopt;
 }
 
 void module_session_failed(dev_obj& dev, const session_failure& failure) {

@@ -12,10 +12,15 @@ void module_check_wanted(bool after_write);
 void module_session_begins(const dev_obj& dev, session_kind kind);
 /// A checked reply has come. True when a check has taken it.
 bool module_reply(dev_obj& dev, std::span<const uint8_t> image);
-/// A session has come to its good end: what was written is in the module; a check says what it found.
-void module_session_ended(widget* home, dev_obj& dev);
+/// A session has come to its good end: what was written is in the module; a check says what it found. A failure of
+/// the check is for the caller to show.
+std::optional<session_failure> module_session_ended(widget* home, dev_obj& dev);
 /// A session has failed: after a write that was broken off, and once the port is lost, nothing is known any more.
 void module_session_failed(dev_obj& dev, const session_failure& failure);
 
-/// Chooses who says whether a good write is followed by a check; null: none is.
-void module_check_after_write(bool (*wanted)());
+/// Whether a good write is followed by a check, and what starts it; null: none is.
+struct check_after_write {
+    bool (*wanted)();
+    ret_t (*start)(widget* home);
+};
+void module_check_after_write(check_after_write how);

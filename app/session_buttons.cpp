@@ -8,6 +8,7 @@
 #include "app/session_focus.h"
 #include "app/session_results.h"
 #include "app/ui_state.h"
+#include "app/write_confirm.h"
 #include "serial/port_list.h"
 #include "shell/err_display.h"
 #include "shell/navigator.h"
@@ -125,6 +126,7 @@ ret_t session_read_pressed(widget* home) {
 
 ret_t session_write_pressed(widget* home) {
     if (!connected()) return err_display_show(text_connect_first);
+    if (!write_confirmed(*current_device())) return RET_OK;
     return transfer(home, session_kind::write, "button_write");
 }
 

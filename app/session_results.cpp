@@ -41,7 +41,12 @@ void take_image(const family_pages& pages, const session_bytes& image) {
 /// The last report of a session that went well.
 void take_end(const family_pages& pages, uint32_t run) {
     clean_up(pages, run);
-    if (dev_obj* dev = device_of(pages)) module_session_ended(navigator_find(home_name), *dev);
+    dev_obj* dev = device_of(pages);
+    if (dev == nullptr) return;
+    const auto failure = module_session_ended(navigator_find(home_name), *dev);
+    if (!failure) return;
+    log_console(failure->log_line);
+    session_fail_display(pages, *failure);
 }
 
 bool log_append(const std::string& path, const std::string& text) {

@@ -1,7 +1,6 @@
 #include "fields/page_binder.h"
 
 #include "fields/row_kinds.h"
-#include "fields/rule_text.h"
 #include "fields/scroll.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
@@ -32,7 +31,7 @@ void apply_rule(const bound_row& at) {
         return;
     }
     widget_set_enable(at.w, on);
-    widget_set_tooltip_more(at.w, on ? nullptr : rule_text(at.row).c_str(), tooltip_part::rule);
+    widget_set_tooltip_more(at.w, on ? nullptr : rule_text(at.row.enabled_when).c_str(), tooltip_part::rule);
     if (at.row.hidden_when_disabled) widget_set_visible(at.w, on);
 }
 

@@ -2,6 +2,7 @@
 // does. All families share it; what differs between them is a column. GUI thread only.
 #pragma once
 
+#include "fields/rule_text.h"
 #include "session/dev_obj.h"
 #include "toolkit/ravel/widget.h"
 
@@ -26,17 +27,6 @@ enum class row_kind : uint8_t {
     custom,       ///< what `own` says
 };
 inline constexpr int row_kind_count = 12;
-
-inline constexpr int32_t no_value = -2; ///< equals no property
-
-/// The widget is enabled while the property of a field that stands on the page has one of two values; without a
-/// field always.
-struct enable_rule {
-    const field* what = nullptr;
-    int32_t value = 0;
-    int32_t or_value = no_value;
-};
-inline constexpr int32_t switched_on = -1; ///< as a rule's value: anything but 0
 
 /// A property that is stored along when the row's own becomes `when`.
 struct companion {

@@ -1,5 +1,8 @@
 #include "fields/rule_text.h"
 
+#include <string_view>
+#include <vector>
+
 namespace {
 
 constexpr std::string_view on_word = "启用";
@@ -24,8 +27,7 @@ std::string with_end(const std::string& text, const char* end) {
 
 } // namespace
 
-std::string rule_text(const page_row& row) {
-    const enable_rule& rule = row.enabled_when;
+std::string rule_text(const enable_rule& rule) {
     if (rule.what == nullptr) return {};
     const std::vector<std::string> held = choices_where(rule, true);
     const std::vector<std::string> others = choices_where(rule, false);

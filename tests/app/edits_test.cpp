@@ -2,7 +2,7 @@
 // simulated module holds.
 #include "app/edits.h"
 
-#include "app/module_contents.h"
+#include "app/settings.h"
 #include "app/truth_line.h"
 #include "dev_a/pages/vkt510a_pages.h"
 #include "dev_b/pages/vkt610b_pages.h"
@@ -22,12 +22,12 @@ using testing::StartsWith;
 struct edits : app_test {
     void SetUp() override {
         app_test::SetUp();
-        module_check_after_write(nullptr);
+        settings_change([](settings& all) { all.check_after_write = false; });
         date_time_set_test_clock(&then);
     }
     void TearDown() override {
         date_time_set_test_clock(nullptr);
-        module_check_after_write(nullptr);
+        settings_change([](settings& all) { all.check_after_write = false; });
         app_test::TearDown();
     }
     static std::string truth() { return text(home(), "truth_line"); }
@@ -269,7 +269,7 @@ TEST_F(edits, a_check_of_a_module_that_is_silent_fails_like_a_read) {
 }
 
 TEST_F(edits, a_check_after_writing_fails_with_the_names_of_what_differs) {
-    module_check_after_write([] { return true; });
+    settings_change([](settings& all) { all.check_after_write = true; });
     connect("VKT531A");
     click(home(), "button_write");
     ASSERT_TRUE(wait([] { return progress() != nullptr && text(progress(), "label3") == "校验完成：一致"; }));

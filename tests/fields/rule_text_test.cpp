@@ -20,16 +20,16 @@ const page_row& row_of(const family_pages& of, const char* name) {
 }
 
 TEST(rule_texts, are_made_of_the_choices_or_the_label) {
-    EXPECT_EQ(rule_text(row_of(generic_pages, "spin_box")), "仅透明带标识转换时有效");
-    EXPECT_EQ(rule_text(row_of(generic_pages, "check_button1")), "仅透明转换时有效");
-    EXPECT_EQ(rule_text(row_of(generic_pages, "edit")), "仅自定义协议转换时有效");
-    EXPECT_EQ(rule_text(row_of(vkt510a_pages, "edit_scherm_vkt510a")), "仅启用接收滤波时有效");
-    EXPECT_EQ(rule_text(row_of(vkt610b_pages, "combo_box_ex_rejector_vkt610b_canfd2")),
+    EXPECT_EQ(rule_text(row_of(generic_pages, "spin_box").enabled_when), "仅透明带标识转换时有效");
+    EXPECT_EQ(rule_text(row_of(generic_pages, "check_button1").enabled_when), "仅透明转换时有效");
+    EXPECT_EQ(rule_text(row_of(generic_pages, "edit").enabled_when), "仅自定义协议转换时有效");
+    EXPECT_EQ(rule_text(row_of(vkt510a_pages, "edit_scherm_vkt510a").enabled_when), "仅启用接收滤波时有效");
+    EXPECT_EQ(rule_text(row_of(vkt610b_pages, "combo_box_ex_rejector_vkt610b_canfd2").enabled_when),
               "仅启用速率切换 BRS 时有效");
-    EXPECT_EQ(rule_text(row_of(vkt610b_pages, "check_button_vkt610b_canfd1")), "CAN模式时无效");
-    EXPECT_EQ(rule_text(row_of(vkt610b_pages, "edit_check0_vkt610b_canfd1")), "扩展帧滤波时无效");
-    EXPECT_EQ(rule_text(row_of(vkt610b_pages, "edit_check4_vkt610b_canfd1")), "标准帧滤波时无效");
-    EXPECT_EQ(rule_text(row_of(generic_pages, "combo_box_ex")), "");
+    EXPECT_EQ(rule_text(row_of(vkt610b_pages, "check_button_vkt610b_canfd1").enabled_when), "CAN模式时无效");
+    EXPECT_EQ(rule_text(row_of(vkt610b_pages, "edit_check0_vkt610b_canfd1").enabled_when), "扩展帧滤波时无效");
+    EXPECT_EQ(rule_text(row_of(vkt610b_pages, "edit_check4_vkt610b_canfd1").enabled_when), "标准帧滤波时无效");
+    EXPECT_EQ(rule_text(row_of(generic_pages, "combo_box_ex").enabled_when), "");
 }
 
 class rule_texts_shown : public home_stage {};

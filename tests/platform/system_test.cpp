@@ -36,10 +36,10 @@ TEST(system_test, settings_belong_where_the_variables_say) {
     const struct {
         const char *own, *config, *home, *folder;
     } cases[] = {
-        {"/own", "/config", "/home/me", "/own"},
-        {"", "/config", "/home/me", "/config/vktcfgtools"},
-        {"", "", "/home/me", "/home/me/.config/vktcfgtools"},
-        {"", "relative", "/home/me", "/home/me/.config/vktcfgtools"},
+        {"/own", "/config", "/people/me", "/own"},
+        {"", "/config", "/people/me", "/config/vktcfgtools"},
+        {"", "", "/people/me", "/people/me/.config/vktcfgtools"},
+        {"", "relative", "/people/me", "/people/me/.config/vktcfgtools"},
         {"", "", "", ""},
     };
     const char* const names[] = {"VKT_SETTINGS", "XDG_CONFIG_HOME", "HOME"};
