@@ -72,9 +72,9 @@ if [ -z "$demo" ]; then
 fi
 
 say "sessions, played under a virtual display"
-rm -f can_record_data.csv setting.json
+rm -rf can_record_data.csv setting.json ../../settings
 # The script's pictures and lists go to ../../shots.
-VKT_DRIVE=$OLDPWD/tests/program/demo.drive with_display ./VKTCfgTools "$@"
+VKT_SETTINGS=../../settings VKT_DRIVE=$OLDPWD/tests/program/demo.drive with_display ./VKTCfgTools "$@"
 stop_modules
 trap - EXIT
 say "what the module received, and what the code view showed"

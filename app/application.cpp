@@ -2,7 +2,9 @@
 
 #include "app/data_monitor.h"
 #include "app/home_page.h"
+#include "app/profile_window.h"
 #include "app/progress.h"
+#include "app/settings_window.h"
 #include "assistant/pages/serial_send.h"
 #include "monitor/pages/data_info.h"
 #include "monitor/pages/data_page.h"
@@ -23,6 +25,8 @@ void windows_register() {
     navigator_register_window("serial_send", serial_send_init);
     navigator_register_window("progress", progress_init);
     navigator_register_window("err_display", err_display_init);
+    navigator_register_window("settings", settings_window_init);
+    navigator_register_window("profile_errors", profile_errors_init);
     navigator_register_window("home_page", home_page_init);
     navigator_register_window("data_page", data_page_init);
     navigator_register_window("data_info", data_info_init);

@@ -24,7 +24,8 @@ std::vector<std::string> command_line_split(const std::string& line) {
 
 command_line_options command_line_options_of(const std::vector<std::string>& arguments) {
     command_line_options options;
-    if (arguments.size() > 1) options.width = tk_atoi(arguments[1].c_str());
+    options.sized = arguments.size() > 1;
+    if (options.sized) options.width = tk_atoi(arguments[1].c_str());
     if (arguments.size() > 2) options.height = tk_atoi(arguments[2].c_str());
     if (arguments.size() > 3) options.console = tk_atob(arguments[3].c_str());
     return options;

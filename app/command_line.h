@@ -8,6 +8,7 @@
 struct command_line_options {
     int32_t width = 1280; ///< of the window, pixels
     int32_t height = 750; ///< of the window, pixels
+    bool sized = false;   ///< the size was given
     bool console = false; ///< open a console for standard output
 };
 

@@ -3,12 +3,15 @@
 #include "app/change_list.h"
 #include "app/data_monitor.h"
 #include "app/edits.h"
+#include "app/export_file.h"
 #include "app/families.h"
 #include "app/home_scroll.h"
 #include "app/look.h"
 #include "app/model_switch.h"
 #include "app/port_selector.h"
+#include "app/profile_files.h"
 #include "app/session_buttons.h"
+#include "app/start_choice.h"
 #include "app/start_objects.h"
 #include "app/truth_line.h"
 #include "app/ui_state.h"
@@ -52,6 +55,12 @@ constexpr binding bindings[] = {
     {"progress_button", event_type::click, progress_forward},
     {"button_copy", event_type::click, code_copy},
     {"button_look", event_type::click, look_switch},
+    {"button_open", event_type::click, profile_open},
+    {"combo_recent", event_type::value_changed, profile_recent_picked},
+    {"button_save", event_type::click, profile_save_here},
+    {"button_save_as", event_type::click, profile_save_as},
+    {"button_export", event_type::click, export_frames_to_file},
+    {"button_settings", event_type::click, [](widget*) { return navigator_to("settings"); }},
 };
 
 constexpr const char* hidden_at_start[] = {"progress_bar", "label2", "label3", "label4", "hscroll_label"};
@@ -69,6 +78,7 @@ void bind(widget* home) {
     widget_set_text_utf8(widget_need(home, "version_name"), version_text);
     look_show(home);
     port_selector_bind(home);
+    profile_bind(home);
     home_scroll_bind(home);
 }
 
@@ -85,6 +95,7 @@ ret_t home_page_init(widget* win, const void* /*context*/) {
     idle_add([] { return model_page_refresh(navigator_find("home_page")); });
     const ret_t ret = model_start(win);
     if (ret != RET_OK) return ret;
+    start_choice_restore(win);
     if (authority_check() != 0) err_display_post(text_no_permission);
     return RET_OK;
 }

@@ -25,9 +25,10 @@ int32_t width_of(widget* home) { return widget_get_prop_int(widget_lookup(home, 
 
 int32_t foot_y_of(widget* home) { return widget_get_prop_int(widget_lookup(home, "view"), "y", design_foot_y); }
 
-// The bar with the buttons goes along from side to side.
+// The title and the bar with the buttons go along from side to side.
 ret_t apply(widget* home) {
-    scroll_view_set_offset(widget_lookup(home, "scroll_view_top"), state.x, 0);
+    for (const char* name : {"scroll_view_title", "scroll_view_top"})
+        scroll_view_set_offset(widget_lookup(home, name), state.x, 0);
     return scroll_view_set_offset(widget_lookup(home, "scroll_view_home"), state.x, state.y);
 }
 
@@ -70,7 +71,7 @@ ret_t home_scroll_to_top(widget* home) {
 
 ret_t home_scroll_resized(widget* home) {
     const int32_t width = width_of(home);
-    for (const char* name : {"scroll_view_top", "scroll_view_home"})
+    for (const char* name : {"scroll_view_title", "scroll_view_top", "scroll_view_home"})
         scroll_view_set_virtual_w(widget_lookup(home, name), std::max(width, design_width));
     widget_set_visible(widget_lookup(home, "scroll_bar_d_home"), foot_y_of(home) < design_foot_y);
     widget_set_visible(widget_lookup(home, "scroll_bar_d_home_c"), width < design_width);

@@ -3,6 +3,7 @@
 #include "app/devices.h"
 #include "app/edits.h"
 #include "app/home_scroll.h"
+#include "app/profile_title.h"
 #include "shell/navigator.h"
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
@@ -82,6 +83,7 @@ ret_t code_show(const family_pages& pages, bool restored) {
         if (pages.code_lost != nullptr) log_console(pages.code_lost);
         return RET_FAIL;
     }
+    profile_title_soon();
     const bool alternative = widget_get_value_int(form) != 0;
     edits_code_shown(pages, restored);
     return widget_set_text_utf8(box, pages.of->code_text(*dev, {alternative, restored}).c_str());
@@ -173,6 +175,16 @@ ret_t model_switch(widget* home) {
     for (dev_obj* dev : devices()) dev_module_unknown(*dev); // another module is meant
     const family_pages* pages = model_selected(home);
     return pages == nullptr ? RET_OK : family_show(home, *pages, false);
+}
+
+ret_t model_choose(widget* home, const std::string& model) {
+    for (const family_pages* pages : families())
+        for (const family_model& row : pages->of->models) {
+            if (model != row.name) continue;
+            widget_set_value_int(widget_lookup(home, "combo_box_ex_dev"), row.selector_value);
+            return model_switch(home);
+        }
+    return RET_FAIL;
 }
 
 ret_t model_start(widget* home) {

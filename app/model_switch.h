@@ -3,6 +3,8 @@
 
 #include "fields/family_pages.h"
 
+#include <string>
+
 /// Binds the switches of the code view, and hides what is another family's than the start model's.
 void model_bind(widget* home);
 /// Fills the model selector with every model and chooses VKT531A.
@@ -24,6 +26,10 @@ ret_t model_start(widget* home);
 
 /// Forgets which families' tabs were bound: the home page is a new window.
 void model_window_changed();
+
+/// Chooses a model as a pick in the selector does. RET_FAIL for a text that is no model, and when its family could
+/// not be shown.
+ret_t model_choose(widget* home, const std::string& model);
 
 /// The family of the model that the selector shows; null when there is none.
 const family_pages* model_selected(widget* home);

@@ -4,6 +4,7 @@
 #include "app/last_session.h"
 #include "app/model_switch.h"
 #include "app/session_focus.h"
+#include "app/settings.h"
 #include "session/session_texts.h"
 #include "shell/err_display.h"
 #include "shell/navigator.h"
@@ -17,6 +18,7 @@
 namespace {
 
 constexpr const char* window_name = "progress";
+constexpr uint32_t close_after_ms = 1000; // where the user wants that
 constexpr const char* text_no_session = "还没有与模块通信";
 
 // GUI thread only.
@@ -24,6 +26,9 @@ progress_finish& finish_wanted() {
     static auto& wanted = *new progress_finish;
     return wanted;
 }
+
+// The window closes by itself when this fires; 0 while it does not.
+uint32_t close_timer = 0;
 
 struct status_row {
     uint8_t operation;
@@ -100,7 +105,10 @@ ret_t focus_back() {
     return RET_OK;
 }
 
+void stay() { timer_remove(std::exchange(close_timer, 0)); }
+
 ret_t ok_clicked(const event&) {
+    stay();
     const progress_finish finish = std::exchange(finish_wanted(), {});
     if (finish.refusal)
         if (const char* why = finish.refusal()) return err_display_show(why);
@@ -108,6 +116,18 @@ ret_t ok_clicked(const event&) {
     window_is_open();
     session_focus_back();
     return finish.then ? finish.then() : ret;
+}
+
+/// A run that went well leaves as its "ok" does, a moment after it was seen.
+void close_soon(const progress_report& report) {
+    stay();
+    if (!settings_get().close_progress || style_of(report) != std::string_view("ok")) return;
+    const auto close = [] {
+        close_timer = 0;
+        if (navigator_find(window_name) != nullptr) ok_clicked({});
+        return RET_REMOVE;
+    };
+    close_timer = timer_add(close, close_after_ms);
 }
 
 } // namespace
@@ -127,6 +147,7 @@ ret_t progress_update(const progress_report& report) {
     if (report.percent == 100) model_page_refresh(navigator_find("home_page"));
     ok_show(win, report.percent == 100);
     progress_esc_refresh();
+    close_soon(report);
     return RET_OK;
 }
 
@@ -139,6 +160,7 @@ ret_t progress_init(widget* win, const void* /*context*/) {
     widget_on(widget_need(win, "button_copy_steps"), event_type::click, steps_copy);
     widget_on(win, event_type::request_close, [](const event&) { return idle_queue(focus_back); }); // by Esc
     window_open_flag = true;
+    stay();
     if (!session_any_running()) progress_then({});
     last_session_show(win, !session_any_running());
     ok_show(win, !session_any_running());

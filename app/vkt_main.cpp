@@ -1,8 +1,10 @@
 #include "app/application.h"
 #include "app/assets.h"
 #include "app/command_line.h"
+#include "app/kept_edits.h"
 #include "app/look.h"
 #include "app/paths.h"
+#include "app/start_choice.h"
 #include "platform/com_port.h"
 #include "platform/system.h"
 #include "shell/navigator.h"
@@ -33,8 +35,8 @@ void complain(const std::string& text) {
 
 bool toolkit_up(const command_line_options& options) {
     if (options.console) platform_open_console();
-    if (tk_init(options.width, options.height, app_type::desktop, program_name, resource_root().c_str()) !=
-        RET_OK) {
+    const window_size size = start_window_size(options);
+    if (tk_init(size.w, size.h, app_type::desktop, program_name, resource_root().c_str()) != RET_OK) {
         complain(std::string(program_name) + ": no resources in " + resource_root());
         return false;
     }
@@ -117,6 +119,8 @@ int vkt_main(const std::wstring& command_line) {
     const int status = run(command_line_options_of(arguments));
     {
         const exit_guard guard(status);
+        kept_edits_at_closing();
+        start_choice_keep();
         application_exit();
         tk_exit();
         std::fflush(stdout);

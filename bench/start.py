@@ -28,6 +28,7 @@ def start(name, script_lines, scratch):
     program, window = PROGRAMS[name]
     env = dict(os.environ)
     env.pop("VKT_DRIVE", None)
+    env["VKT_SETTINGS"] = str(scratch)
     if script_lines:
         script = pathlib.Path(scratch) / f"{name}.drive"
         script.write_text("\n".join(line.format(window=window) for line in script_lines) + "\n")

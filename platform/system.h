@@ -25,6 +25,11 @@ bool platform_is_terminal(std::FILE* stream);
 /// thread.
 std::string platform_program_folder();
 
+/// Where this user's settings belong (UTF-8, without a slash at its end; the folder need not be there): what the
+/// variable VKT_SETTINGS names, else "%APPDATA%\\VKTCfgTools" on Windows and "vktcfgtools" in $XDG_CONFIG_HOME or
+/// ~/.config elsewhere. Empty when the system names none. Any thread.
+std::string platform_settings_folder();
+
 /// Initialises COM (multithreaded apartment) for the process. Called once, by the GUI thread, before any window is
 /// there; that thread itself stays free to choose. Nothing elsewhere than on Windows.
 void platform_com_init();

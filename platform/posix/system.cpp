@@ -40,6 +40,19 @@ std::string platform_program_folder() {
     return error ? std::string() : program.parent_path().string();
 }
 
+std::string platform_settings_folder() {
+    const auto named = [](const char* variable) {
+        const char* value = std::getenv(variable);
+        return std::string(value == nullptr ? "" : value);
+    };
+    if (const std::string own = named("VKT_SETTINGS"); !own.empty()) return own;
+    // A relative one is to be ignored.
+    if (const std::string config = named("XDG_CONFIG_HOME"); config.starts_with("/"))
+        return config + "/vktcfgtools";
+    const std::string home = named("HOME");
+    return home.empty() ? home : home + "/.config/vktcfgtools";
+}
+
 void platform_com_init() {}
 
 bool platform_open_console() { return true; }

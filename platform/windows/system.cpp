@@ -23,6 +23,16 @@ BOOL WINAPI on_console_event(DWORD /*event*/) {
     platform_exit_now(interrupt_status);
 }
 
+std::string narrow(const std::wstring& wide) {
+    const auto length = static_cast<int>(wide.size());
+    std::string text(static_cast<std::size_t>(
+                         WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, nullptr, 0, nullptr, nullptr)),
+                     '\0');
+    WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, text.data(), static_cast<int>(text.size()), nullptr,
+                        nullptr);
+    return text;
+}
+
 } // namespace
 
 void platform_on_interrupt(void (*call)(), int status) {
@@ -37,13 +47,18 @@ std::string platform_program_folder() {
     std::wstring wide(32768, L'\0'); // the longest path there is
     wide.resize(GetModuleFileNameW(nullptr, wide.data(), static_cast<DWORD>(wide.size())));
     wide.resize(wide.find_last_of(L"\\/") == std::wstring::npos ? 0 : wide.find_last_of(L"\\/"));
-    const auto length = static_cast<int>(wide.size());
-    std::string text(static_cast<std::size_t>(
-                         WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, nullptr, 0, nullptr, nullptr)),
-                     '\0');
-    WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, text.data(), static_cast<int>(text.size()), nullptr,
-                        nullptr);
-    return text;
+    return narrow(wide);
+}
+
+std::string platform_settings_folder() {
+    const auto named = [](const wchar_t* variable) {
+        std::wstring value(32768, L'\0');
+        value.resize(GetEnvironmentVariableW(variable, value.data(), static_cast<DWORD>(value.size())));
+        return narrow(value);
+    };
+    if (std::string own = named(L"VKT_SETTINGS"); !own.empty()) return own;
+    const std::string data = named(L"APPDATA");
+    return data.empty() ? data : data + "\\VKTCfgTools";
 }
 
 void platform_com_init() {

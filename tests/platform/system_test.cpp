@@ -32,6 +32,28 @@ TEST(system_test, resident_memory_grows_with_use) {
 
 #ifndef _WIN32
 
+TEST(system_test, settings_belong_where_the_variables_say) {
+    const struct {
+        const char *own, *config, *home, *folder;
+    } cases[] = {
+        {"/own", "/config", "/me", "/own"},
+        {"", "/config", "/me", "/config/vktcfgtools"},
+        {"", "", "/me", "/me/.config/vktcfgtools"},
+        {"", "relative", "/me", "/me/.config/vktcfgtools"},
+        {"", "", "", ""},
+    };
+    const char* const names[] = {"VKT_SETTINGS", "XDG_CONFIG_HOME", "HOME"};
+    std::string before[3];
+    for (int i = 0; i < 3; i++) before[i] = std::getenv(names[i]) == nullptr ? "" : std::getenv(names[i]);
+    for (const auto& row : cases) {
+        setenv(names[0], row.own, 1);
+        setenv(names[1], row.config, 1);
+        setenv(names[2], row.home, 1);
+        EXPECT_EQ(platform_settings_folder(), row.folder);
+    }
+    for (int i = 0; i < 3; i++) setenv(names[i], before[i].c_str(), 1);
+}
+
 TEST(system_test, debugger_output_goes_to_standard_error_when_wanted) {
     ::testing::internal::CaptureStderr();
     platform_debugger_output("unwanted\n");

@@ -10,6 +10,7 @@
 #   #! env NAME=VALUE      for the program
 #   #! folder NAME         the tree's folder, with bin/, res/ and log/ in it (stage)
 #   #! screen WxH          of the virtual display (1600x1000); VKT_PROGRAM_SCREEN overrides it
+#   #! settings TEXT       what settings.json in the user's settings folder ($VKT_SETTINGS) holds at the start
 #   #! before COMMAND      shell command, run in the fresh tree's bin/ before the program starts; a process that it
 #                          leaves in the background ends with the test
 #   #! on "TEXT" COMMAND   vkt_sim command, given when the program first prints TEXT (which it must do)
@@ -81,6 +82,8 @@ cp -rL "$stage/res" "$folder/res"
 cd "$folder/bin" || exit 2
 # No message bus: the run depends on nothing of the desktop it is started from.
 export XDG_RUNTIME_DIR=$tree DBUS_SESSION_BUS_ADDRESS=disabled: NO_AT_BRIDGE=1
+# Settings of the run's own; XDG_CONFIG_HOME is where the window library keeps the file dialog's columns.
+export VKT_SETTINGS=$tree/settings XDG_CONFIG_HOME=$tree/config
 unset VKT_COM_PORTS VKT_COM_FAULT VKT_DEBUGGER_LOG
 
 # ---- display ----------------------------------------------------------------------------------------------------------
@@ -126,6 +129,8 @@ fi
 export VKT_DRIVE=$script
 mapfile -t environment < <(directive env)
 for setting in "${environment[@]}"; do export "${setting?}"; done
+mapfile -t lines < <(directive settings)
+[ "${#lines[@]}" = 0 ] || { mkdir -p "$VKT_SETTINGS" && printf '%s\n' "${lines[@]}" >"$VKT_SETTINGS/settings.json"; }
 mapfile -t commands < <(directive before)
 for command in "${commands[@]}"; do eval "$command"; done
 for job in $(jobs -p); do

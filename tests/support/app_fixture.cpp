@@ -2,8 +2,11 @@
 
 #include "app/application.h"
 #include "app/families.h"
+#include "app/kept_edits.h"
 #include "app/last_session.h"
+#include "app/profile_title.h"
 #include "app/progress.h"
+#include "app/settings.h"
 #include "assistant/pages/serial_send.h"
 #include "monitor/pages/data_page.h"
 #include "platform/system.h"
@@ -34,6 +37,7 @@ struct world {
         fs::create_directories(tree / "res");
         fs::copy(source, tree / "res" / "default", fs::copy_options::recursive);
         fs::current_path(tree / "bin");
+        settings_folder() = (tree / "settings").generic_string();
         // Once, before any worker reads them.
         session_timing_get().mode_step_ms = 2;
         port_timing_get().timeouts = {100, 0, 3000, 500, 1000};
@@ -80,6 +84,10 @@ void app_test::settle() { EXPECT_TRUE(toolkit_stage_settle()); }
 
 void app_test::SetUp() {
     the_world();
+    fs::remove_all(settings_folder());
+    settings_forget();
+    kept_edits_forget();
+    profile_forget();
     com::fault_clear();
     com::resume_all();
     date_time_set_test_clock(&fixed_time);

@@ -71,6 +71,19 @@ TEST_F(combos, a_value_that_no_option_has_selects_and_shows_nothing) {
     EXPECT_EQ(widget_get_value_int(fixed), -1);
 }
 
+TEST_F(combos, a_wide_list_shows_its_options_whole) {
+    const std::string longest = "a file with a long name　/in/a/folder";
+    combo_box_append_option(fixed, 5, longest.c_str());
+    const int needed = box(fixed)->fontMetrics().horizontalAdvance(QString::fromStdString(longest));
+    widget_set_prop_bool(fixed, "wide_list", true);
+    ASSERT_LT(box(fixed)->width(), needed);
+    const QPoint arrow = drive_list_spot(state_of(qwidget_of(fixed)));
+    click_at(fixed, arrow.x(), arrow.y());
+    ASSERT_TRUE(wait_until([this] { return list_is_open(fixed); }));
+    EXPECT_GE(box(fixed)->view()->width(), needed);
+    key("Esc");
+}
+
 TEST_F(combos, enter_in_a_box_that_nobody_touched_is_no_change) {
     told.take();
     click(at("port"));

@@ -1,0 +1,149 @@
+#include "app/settings.h"
+
+#include "platform/system.h"
+#include "toolkit/core/conf_json.h"
+#include "toolkit/core/fs.h"
+#include "toolkit/core/log.h"
+#include "toolkit/core/text.h"
+
+#include <optional>
+
+namespace {
+
+constexpr const char* file_name = "settings.json";
+constexpr int32_t window_max = 16384; // pixels
+
+struct flag_row {
+    const char* key;
+    bool settings::*value;
+};
+constexpr flag_row flags[] = {
+    {"check_after_write", &settings::check_after_write},
+    {"confirm_write", &settings::confirm_write},
+    {"restore_last", &settings::restore_last},
+    {"close_progress", &settings::close_progress},
+};
+
+struct number_row {
+    const char* key;
+    int32_t settings::*value;
+};
+constexpr number_row numbers[] = {
+    {"window_w", &settings::window_w},
+    {"window_h", &settings::window_h},
+};
+
+struct text_row {
+    const char* key;
+    std::string settings::*value;
+};
+constexpr text_row texts[] = {
+    {"last_model", &settings::last_model},
+    {"last_port", &settings::last_port},
+};
+
+std::string recent_key(std::size_t place) { return tk_format("recent_%zu", place + 1); }
+
+std::string& folder_in_use() {
+    static auto& folder = *new std::string(platform_settings_folder());
+    return folder;
+}
+
+std::optional<settings>& in_use() {
+    static auto& one = *new std::optional<settings>;
+    return one;
+}
+
+/// What the file holds; null for none, and for one that cannot be read.
+conf_json_ptr file_load() {
+    const std::string path = settings_path(file_name);
+    const bool there = fs_file_exist(os_fs(), path.c_str()) || fs_dir_exist(os_fs(), path.c_str());
+    return there ? conf_json_load(path.c_str()) : nullptr;
+}
+
+/// A value of another kind gives whatever default it is asked with.
+bool is_flag(const conf_json* conf, const char* key) {
+    return conf_json_get_bool(conf, key, false) == conf_json_get_bool(conf, key, true);
+}
+
+settings read_from(const conf_json* conf) {
+    settings out;
+    std::string wrong;
+    for (const flag_row& row : flags) {
+        out.*row.value = conf_json_get_bool(conf, row.key, false);
+        if (conf_json_has(conf, row.key) && !is_flag(conf, row.key)) wrong += tk_format(" %s", row.key);
+    }
+    for (const number_row& row : numbers) {
+        const int32_t read = conf_json_get_int(conf, row.key, -1);
+        if (read >= 0 && read <= window_max) out.*row.value = read;
+        if (conf_json_has(conf, row.key) && out.*row.value != read) wrong += tk_format(" %s", row.key);
+    }
+    for (const text_row& row : texts) out.*row.value = conf_json_get_str(conf, row.key, "");
+    for (std::size_t i = 0; i < recent_files_max; i++) {
+        const std::string path = conf_json_get_str(conf, recent_key(i).c_str(), "");
+        if (!path.empty()) out.recent_files.push_back(path);
+    }
+    if (!wrong.empty())
+        log_write(LOG_LEVEL_WARN,
+                  tk_format("%s: not understood:%s\n", settings_path(file_name).c_str(), wrong.c_str()));
+    return out;
+}
+
+void write_to(conf_json* conf, const settings& from) {
+    for (const flag_row& row : flags) conf_json_set_bool(conf, row.key, from.*row.value);
+    for (const number_row& row : numbers) conf_json_set_int(conf, row.key, from.*row.value);
+    for (const text_row& row : texts) conf_json_set_str(conf, row.key, (from.*row.value).c_str());
+    for (std::size_t i = 0; i < recent_files_max; i++) {
+        const std::string key = recent_key(i);
+        const bool used = i < from.recent_files.size();
+        if (used || conf_json_has(conf, key.c_str()))
+            conf_json_set_str(conf, key.c_str(), used ? from.recent_files[i].c_str() : "");
+    }
+}
+
+/// The folder and the one that it stands in.
+void make_folder() {
+    const std::string& folder = settings_folder();
+    const std::size_t slash = folder.find_last_of("/\\");
+    if (slash != std::string::npos && slash > 0 && !fs_dir_exist(os_fs(), folder.substr(0, slash).c_str()))
+        static_cast<void>(fs_create_dir(os_fs(), folder.substr(0, slash).c_str()));
+    if (!fs_dir_exist(os_fs(), folder.c_str())) static_cast<void>(fs_create_dir(os_fs(), folder.c_str()));
+}
+
+} // namespace
+
+std::string& settings_folder() { return folder_in_use(); }
+
+std::string settings_path(const char* file) {
+    return settings_folder().empty() ? std::string() : settings_folder() + "/" + file;
+}
+
+ret_t settings_write(const char* file, const std::string& text) {
+    const std::string path = settings_path(file);
+    if (path.empty()) return RET_FAIL;
+    make_folder();
+    return fs_write_whole(path.c_str(), text);
+}
+
+const settings& settings_get() {
+    if (!in_use()) in_use() = read_from(file_load().get());
+    return *in_use();
+}
+
+ret_t settings_change(const std::function<void(settings&)>& change) {
+    settings next = settings_get();
+    change(next);
+    if (next.recent_files.size() > recent_files_max) next.recent_files.resize(recent_files_max);
+    if (next == *in_use()) return RET_OK;
+    in_use() = next;
+    const std::string path = settings_path(file_name);
+    conf_json_ptr conf = file_load(); // with what others keep in it
+    if (conf == nullptr) conf = conf_json_create(path.c_str());
+    write_to(conf.get(), next);
+    make_folder();
+    if (!path.empty() && conf_json_save_as(conf.get(), path.c_str()) == RET_OK) return RET_OK;
+    log_write(LOG_LEVEL_WARN, tk_format("%s cannot be written\n", path.c_str()));
+    return RET_FAIL;
+}
+
+void settings_forget() { in_use().reset(); }
