@@ -32,7 +32,7 @@ void fill_caption(const bound_row& at) {
     widget_set_text_utf8(at.w, locale_info_tr(at.row.text).c_str());
 }
 
-void fill_rule_hint(const bound_row& at) { widget_set_text_utf8(at.w, rule_text(at.row).c_str()); }
+void fill_rule_hint(const bound_row& at) { widget_set_text_utf8(at.w, rule_text(at.row.enabled_when).c_str()); }
 
 // ---- one change handler for everything that is a number ----
 
