@@ -44,6 +44,7 @@ TEST_F(profile_files, taking_one_is_a_step_and_shows_everything) {
     EXPECT_EQ(edits_of(*current_pages())->undoable()->name, "载入配置");
     EXPECT_EQ(name_shown(), "a.json");
     EXPECT_EQ(edits_undo(home()), RET_OK);
+    settle();
     EXPECT_EQ(text(home(), "mledit"), before);
 }
 
