@@ -1,6 +1,7 @@
 #include "app/edits.h"
 
 #include "app/change_list.h"
+#include "app/code_view.h"
 #include "app/devices.h"
 #include "app/edit_marks.h"
 #include "app/home_parts.h"
@@ -110,6 +111,7 @@ void edits_show(widget* home) {
     account* kept = account_of(pages);
     if (home == nullptr || kept == nullptr) return;
     const std::vector<image_difference> unwritten = dev_unwritten(*kept->of);
+    code_view_refresh(home, *pages);
     count_show(home, unwritten.size());
     buttons_show(home, kept->log);
     truth_line_show(home, *pages, *kept->of, unwritten.size());

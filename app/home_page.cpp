@@ -1,10 +1,12 @@
 #include "app/home_page.h"
 
 #include "app/change_list.h"
+#include "app/code_view.h"
 #include "app/data_monitor.h"
 #include "app/edits.h"
 #include "app/export_file.h"
 #include "app/families.h"
+#include "app/field_place.h"
 #include "app/home_scroll.h"
 #include "app/kept_edits.h"
 #include "app/look.h"
@@ -95,6 +97,7 @@ void bind(widget* home) {
             return handler(home);
         });
     for (const char* name : hidden_at_start) widget_set_visible(widget_lookup(home, name), false);
+    code_view_bind(home, field_go_to);
     model_bind(home);
     change_list_bind(home, edits_applied);
     widget_set_text_utf8(widget_need(home, "version_name"), version_text);

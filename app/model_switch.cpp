@@ -1,5 +1,6 @@
 #include "app/model_switch.h"
 
+#include "app/code_view.h"
 #include "app/devices.h"
 #include "app/home_scroll.h"
 #include "app/profile_title.h"
@@ -76,18 +77,16 @@ ret_t pages_prepare(widget* home, const family_pages& pages) {
 
 /// Shows a device's configuration as text.
 ret_t code_show(const family_pages& pages, bool restored) {
-    widget* home = navigator_find("home_page");
-    widget* box = widget_lookup(home, "mledit");
-    widget* form = widget_lookup(home, pages.code_mode);
     const dev_obj* dev = device_of(pages);
-    if (dev == nullptr || box == nullptr || form == nullptr) {
+    const ret_t ret =
+        dev == nullptr ? RET_FAIL : code_view_show(navigator_find("home_page"), pages, *dev, restored);
+    if (ret != RET_OK) {
         if (pages.code_lost != nullptr) log_console(pages.code_lost);
-        return RET_FAIL;
+        return ret;
     }
     profile_title_soon();
-    const bool alternative = widget_get_value_int(form) != 0;
     if (followers.code_shown != nullptr) followers.code_shown(pages, restored);
-    return widget_set_text_utf8(box, pages.of->code_text(*dev, {alternative, restored}, nullptr).c_str());
+    return ret;
 }
 
 // Makes the device if need be, and prepares the pages when that, `renew` or the window asks for it; the console

@@ -21,7 +21,7 @@ struct EditLog : testing::Test {
         log.note({.what = field_find(dev->of.fields, key), .typing = typing}, false);
     }
     uint8_t stored(const char* key) const { return tk_object_get_prop_uint8(dev->props.get(), key, 99); }
-    std::string code() const { return dev->of.code_text(*dev, {}); }
+    std::string code() const { return dev->of.code_text(*dev, {}, nullptr); }
 };
 
 TEST_F(EditLog, a_new_one_has_nothing_to_take_back_and_nothing_to_do_again) {
