@@ -1,12 +1,12 @@
 // Many modules at once: one profile into the module on each port, side by side.
 #include "cli/commands.h"
+#include "cli/interrupt.h"
 #include "cli/journal.h"
 #include "cli/port_device.h"
 #include "cli/profiles.h"
 #include "cli/program_board.h"
 #include "cli/program_timing.h"
 #include "cli/program_visit.h"
-#include "cli/run.h"
 #include "serial/port_names.h"
 #include "toolkit/core/date_time.h"
 #include "toolkit/core/idle.h"

@@ -1,9 +1,9 @@
 // CAN traffic of a module in transfer mode: shown as it comes, and sent.
 #include "cli/can_text.h"
 #include "cli/commands.h"
+#include "cli/interrupt.h"
 #include "cli/link.h"
 #include "cli/profiles.h"
-#include "cli/run.h"
 #include "monitor/traffic.h"
 #include "profile/json_text.h"
 #include "toolkit/core/idle.h"

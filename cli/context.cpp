@@ -1,6 +1,6 @@
 #include "cli/context.h"
 
-#include "cli/run.h"
+#include "cli/interrupt.h"
 #include "profile/json_text.h"
 #include "toolkit/core/fs.h"
 

@@ -1,7 +1,7 @@
 #include "cli/link.h"
 
 #include "cli/families.h"
-#include "cli/run.h"
+#include "cli/interrupt.h"
 #include "toolkit/core/idle.h"
 #include "toolkit/core/text.h"
 

@@ -5,12 +5,7 @@
 #include "toolkit/core/idle.h"
 #include "toolkit/core/log.h"
 
-#include <atomic>
-
 namespace {
-
-std::atomic<bool> interrupted{false};
-bool output_lost = false;
 
 /// While it lives, what rooms below say on the console goes nowhere: standard output is for results, and what they
 /// say is said by errors again. There is no session log.
@@ -33,19 +28,8 @@ class quiet_rooms {
 
 } // namespace
 
-void cli_interrupt() {
-    interrupted = true;
-    idle_queue([] { return RET_OK; }); // wakes whoever waits
-}
-bool cli_interrupted() { return interrupted; }
-void cli_output_lost() {
-    output_lost = true;
-    cli_interrupt();
-}
-
 int cli_run(const std::vector<std::string>& arguments, const cli_streams& streams) {
-    interrupted = false;
-    output_lost = false;
+    cli_interrupt_clear();
     idle_set_gui_thread();
     cli_parsed parsed = arguments_parse(arguments);
     const cli_error no_output{.where = "standard output", .text = "cannot be written"};
@@ -56,7 +40,7 @@ int cli_run(const std::vector<std::string>& arguments, const cli_streams& stream
     }
     const quiet_rooms quiet;
     const int status = parsed.options.command->run(with);
-    if (output_lost) return with.fail(no_output);
+    if (cli_output_is_lost()) return with.fail(no_output);
     // Some commands run until they are interrupted.
     if (status != exit_interrupted) return status;
     return with.fail({.status = exit_interrupted, .text = "interrupted"});
