@@ -41,7 +41,7 @@ TEST_F(rule_texts_shown, follow_the_rule_on_every_page) {
         for (const page_table* table : of->tables) {
             show(table->name);
             for (const page_row& row : table->rows) {
-                const std::string text = rule_text(row);
+                const std::string text = rule_text(row.enabled_when);
                 if (text.empty() || row.what == &no_field) continue;
                 const std::string tip = widget_get_prop_str(on_page(row.name), "toolTip", "");
                 const bool says = tip.ends_with(text);
