@@ -268,9 +268,9 @@ const std::vector<std::string>& drive_key_names() {
 
 const std::vector<std::string>& drive_properties() {
     static const std::vector<std::string> names = {
-        "text",    "contains", "value", "enabled", "visible", "exists",   "painted",
-        "options", "option",   "count", "focused", "refused", "tooltip",  "type",
-        "x",       "y",        "w",     "h",       "state",   "window_x", "window_y",
+        "text",   "contains", "value",   "enabled",  "visible",  "exists", "painted", "options",
+        "option", "count",    "focused", "refused",  "tooltip",  "type",   "x",       "y",
+        "w",      "h",        "state",   "window_x", "window_y", "hints",  "hint",    "open",
     };
     return names;
 }
