@@ -10,6 +10,7 @@
 #include "app/session_buttons.h"
 #include "app/session_results.h"
 #include "app/settings.h"
+#include "serial/port_about.h"
 #include "serial/port_list.h"
 
 namespace {
@@ -28,6 +29,7 @@ void start_objects_create() {
     log_folder_ensure();
     // The first worker: everything that it may touch exists by now.
     port_watcher_start();
+    port_abouts_start(port_watcher_scan_now);
     home_scroll_reset();
 }
 

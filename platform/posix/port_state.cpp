@@ -79,7 +79,7 @@ int64_t lock_holder(const std::string& locks, uint64_t device, uint64_t inode) {
         unsigned device_major = 0;
         unsigned device_minor = 0;
         uint64_t node = 0;
-        if (std::sscanf(line.c_str(), "%*d: FLOCK %*s WRITE %lld %x:%x:%" SCNu64, &holder, &device_major,
+        if (std::sscanf(line.c_str(), "%*d: FLOCK %*s %*s %lld %x:%x:%" SCNu64, &holder, &device_major,
                         &device_minor, &node) != 4)
             continue;
         if (makedev(device_major, device_minor) == device && node == inode) return holder == 0 ? -1 : holder;

@@ -57,8 +57,9 @@ INSTANTIATE_TEST_SUITE_P(
                     start_state{"button_serial_assistant", false, false}, start_state{"progress_bar", false, true},
                     start_state{"label2", false, true}, start_state{"label3", false, true},
                     start_state{"label4", false, true}, start_state{"hscroll_label", false, true},
-                    start_state{"scroll_view_home", true, true}, start_state{"mledit", true, true},
-                    start_state{"scroll_bar_d_home", false, true}, start_state{"scroll_bar_d_home_c", false, true}),
+                    start_state{"serial_grant", false, true}, start_state{"scroll_view_home", true, true},
+                    start_state{"mledit", true, true}, start_state{"scroll_bar_d_home", false, true},
+                    start_state{"scroll_bar_d_home_c", false, true}),
     [](const auto& test) { return std::string(test.param.name); });
 
 TEST_F(home_page, the_selector_offers_the_registered_models_in_their_order) {

@@ -112,6 +112,7 @@ TEST(lock_holder, is_the_process_that_has_the_lock) {
     EXPECT_EQ(lock_holder(locks, makedev(0, 0x1a), 4), 10979);
     EXPECT_EQ(lock_holder(locks, makedev(0, 0x1b), 4), 0);
     EXPECT_EQ(lock_holder(locks, makedev(0, 0x1a), 5), 0) << "it waits for one";
+    EXPECT_EQ(lock_holder(locks, makedev(0, 0x1a), 6), 778) << "a shared one is in the way, too";
     EXPECT_EQ(lock_holder(locks, makedev(0xfe, 0), 11214885), 0) << "another kind of lock";
     EXPECT_EQ(lock_holder(locks, makedev(0, 0x1a), 7), -1) << "somebody who cannot be seen from here";
     EXPECT_EQ(lock_holder("", makedev(0, 0x1a), 4), 0);

@@ -272,11 +272,11 @@ const std::vector<std::string>& drive_key_names() {
 
 const std::vector<std::string>& drive_properties() {
     static const std::vector<std::string> names = {
-        "text",     "contains", "value",   "enabled", "visible",
-        "exists",   "painted",  "options", "option",  "count",
-        "focused",  "refused",  "tooltip", "type",    "x",
-        "y",        "w",        "h",       "state",   "window_x",
-        "window_y", "marked",   "marks",   "hovered", "refused_line",
+        "text",         "contains", "value",    "enabled", "visible", "exists",
+        "painted",      "options",  "option",   "count",   "focused", "refused",
+        "tooltip",      "type",     "x",        "y",       "w",       "h",
+        "state",        "window_x", "window_y", "marked",  "marks",   "hovered",
+        "refused_line", "hints",    "hint",     "open",
     };
     return names;
 }

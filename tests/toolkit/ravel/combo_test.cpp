@@ -1,5 +1,6 @@
 #include "tests/toolkit/ravel/stage.h"
 
+#include "toolkit/ravel/combo_hints.h"
 #include "toolkit/ravel/qt/drive_input.h"
 #include "toolkit/ravel/qt/widget_class.h"
 
@@ -217,6 +218,71 @@ TEST_F(combos, typed_text_survives_refresh_and_reset) {
     EXPECT_THAT(told.take(), IsEmpty());
 }
 
+TEST_F(combos, greyed_texts_stand_beside_the_options_and_are_no_part_of_them) {
+    combo_box_set_hints(fixed, {"slow", "", "fast", "of nothing"});
+    EXPECT_EQ(combo_box_get_hint(fixed, "300"), "slow");
+    EXPECT_EQ(combo_box_get_hint(fixed, "9600"), "");
+    EXPECT_EQ(combo_box_get_hint(fixed, "115200"), "fast");
+    EXPECT_EQ(combo_box_get_hint(fixed, "no such"), "");
+    EXPECT_EQ(widget_get_text_utf8(fixed), "300");
+    EXPECT_TRUE(combo_box_has_option_text(fixed, "115200"));
+    pick(fixed, 2);
+    EXPECT_EQ(widget_get_text_utf8(fixed), "115200");
+    EXPECT_THAT(told.take(), ElementsAre("fixed:value_changed"));
+    combo_box_set_options(fixed, {{11, "300"}, {7, "57600"}, {1, "115200"}});
+    EXPECT_EQ(combo_box_get_hint(fixed, "300"), "slow");
+    EXPECT_EQ(combo_box_get_hint(fixed, "57600"), "");
+    EXPECT_EQ(combo_box_get_hint(fixed, "115200"), "fast");
+    combo_box_set_options(fixed, {{1, "115200"}});
+    EXPECT_EQ(combo_box_get_hint(fixed, "115200"), "") << "it was another option's row";
+    combo_box_set_hints(fixed, {});
+    EXPECT_THAT(told.take(), IsEmpty());
+}
+
+/// The picture of an open list's row from `from` on, in pixels.
+QImage row_picture(combo_widget* box, int row, int from) {
+    QAbstractItemView* list = box->view();
+    const QRect place = list->visualRect(box->model()->index(row, 0));
+    return list->viewport()->grab(place.adjusted(from, 0, 0, 0)).toImage();
+}
+
+bool is_plain(const QImage& picture) {
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            if (picture.pixel(x, y) != picture.pixel(0, 0)) return false;
+    return true;
+}
+
+TEST_F(combos, a_list_is_as_wide_as_its_greyed_texts_need_and_never_wider_than_the_window) {
+    const auto opened = [this](combo_widget* w) {
+        w->showPopup();
+        ASSERT_TRUE(wait_until([this] { return list_is_open(fixed); }));
+        settle();
+    };
+    combo_widget* of_fixed = box(fixed);
+    opened(of_fixed);
+    const int plain = of_fixed->view()->width();
+    combo_box_set_hints(fixed, {"", "", std::string(40, 'm')});
+    settle();
+    EXPECT_GT(of_fixed->view()->width(), plain) << "an open one, too";
+    EXPECT_TRUE(list_is_open(fixed));
+    const int names = of_fixed->fontMetrics().horizontalAdvance("115200");
+    EXPECT_TRUE(is_plain(row_picture(of_fixed, 0, names + 24)));
+    EXPECT_FALSE(is_plain(row_picture(of_fixed, 2, names + 24))) << "it is painted beside the name";
+    of_fixed->hidePopup();
+    combo_box_set_hints(fixed, {std::string(4000, 'm')});
+    opened(of_fixed);
+    EXPECT_EQ(of_fixed->view()->minimumWidth(), of_fixed->window()->width());
+    const QRect list(of_fixed->view()->window()->mapToGlobal(QPoint()), of_fixed->view()->window()->size());
+    const QRect around(of_fixed->window()->mapToGlobal(QPoint()), of_fixed->window()->size());
+    EXPECT_LE(list.right(), around.right());
+    of_fixed->hidePopup();
+    combo_box_set_hints(fixed, {});
+    opened(of_fixed);
+    EXPECT_EQ(of_fixed->view()->width(), plain) << "without them it is as it was";
+    of_fixed->hidePopup();
+}
+
 TEST_F(combos, more_than_a_hundred_options_work) {
     std::vector<std::pair<int32_t, std::string>> many;
     for (int i = 0; i < 500; ++i) many.emplace_back(1000 - i, tk_format("COM%d", i));
@@ -236,6 +302,10 @@ TEST_F(combos, wrong_arguments_are_refused) {
     EXPECT_EQ(combo_box_reset_options(nullptr), RET_BAD_PARAMS);
     EXPECT_EQ(combo_box_count_options(nullptr), 0);
     EXPECT_FALSE(combo_box_has_option_text(fixed, nullptr));
+    EXPECT_EQ(combo_box_set_hints(nullptr, {}), RET_BAD_PARAMS);
+    EXPECT_EQ(combo_box_set_hints(at("edit"), {"x"}), RET_BAD_PARAMS);
+    EXPECT_EQ(combo_box_get_hint(nullptr, "x"), "");
+    EXPECT_EQ(combo_box_get_hint(fixed, nullptr), "");
 }
 
 } // namespace

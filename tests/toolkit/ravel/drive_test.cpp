@@ -1,4 +1,5 @@
 #include "tests/support/scratch_folder.h"
+#include "toolkit/ravel/combo_hints.h"
 #include "toolkit/ravel/drive.h"
 #include "toolkit/ravel/qt/drive_input.h"
 #include "toolkit/ravel/qt/drive_widgets.h"
@@ -561,6 +562,24 @@ TEST_F(Drive, ShotsAndDumps) {
     EXPECT_THAT(dump, HasSubstr("home/edit edit \"hello\" value=0 enabled visible 120,90 200x32\n"));
     EXPECT_THAT(dump, HasSubstr("home/button_off button \"\" value=0 disabled visible"));
     EXPECT_THAT(dump, HasSubstr("home/page_a/twin check_button"));
+}
+TEST_F(Drive, GreyedTextsOfAListAreSeen) {
+    combo_box_set_hints(get("combo"), {"", "of the second"});
+    good("expect combo hints \"|of the second|\"\nexpect combo hint \"two of the second\"\n"
+         "expect combo option two\nexpect combo_edit hints |\nexpect edit hints \"\"\ndump \"" +
+         path("a.txt") + "\"\n");
+    std::string dump;
+    ASSERT_TRUE(fs_read_all(path("a.txt").c_str(), &dump));
+    EXPECT_THAT(dump, HasSubstr("160x32 hints=\"|of the second|\"\n"));
+    EXPECT_THAT(dump, HasSubstr("home/combo_edit combo_box \"\" value=-1 enabled visible 180,50 160x32\n"));
+}
+TEST_F(Drive, AGreyedTextIsOneWithItsOption) {
+    combo_box_set_hints(get("combo"), {"", "of the second"});
+    EXPECT_THAT(bad("expect combo hint two"), HasSubstr("found \"|of the second|\""));
+}
+TEST_F(Drive, AnOpenListIsSeen) {
+    good("expect combo open 0\nclick combo\nwait combo open 1\nexpect combo_edit open 0\nkey Esc\n"
+         "wait combo open 0\nexpect edit open 0\n");
 }
 TEST_F(Drive, AShotThatCannotBeWrittenFails) {
     EXPECT_THAT(bad("shot \"" + path("no/such/folder/a.png") + "\""), HasSubstr("cannot write"));

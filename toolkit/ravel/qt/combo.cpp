@@ -1,5 +1,6 @@
 #include "toolkit/ravel/qt/combo.h"
 
+#include "toolkit/ravel/combo_hints.h"
 #include "toolkit/ravel/qt/widget_class.h"
 
 #include <QLineEdit>
@@ -50,7 +51,10 @@ void replace_rows(QComboBox* combo, const std::vector<std::pair<int32_t, std::st
             combo->addItem(label, value);
             continue;
         }
-        if (combo->itemText(row) != label) combo->setItemText(row, label);
+        if (combo->itemText(row) != label) {
+            combo->setItemText(row, label);
+            combo->setItemData(row, QVariant(), combo_widget::hint_role);
+        }
         if (combo->itemData(row) != QVariant(value)) combo->setItemData(row, value);
     }
     while (combo->count() > wanted) combo->removeItem(combo->count() - 1);
@@ -118,6 +122,35 @@ ret_t combo_box_set_options(widget* w, const std::vector<std::pair<int32_t, std:
     combo->options_changed(combo->count() != rows_before);
     forget_change(combo);
     return RET_OK;
+}
+
+ret_t combo_box_set_hints(widget* w, const std::vector<std::string>& hints) {
+    auto* combo = live_as<combo_widget>(w);
+    if (combo == nullptr) return RET_BAD_PARAMS;
+    const from_code code;
+    bool changed = false;
+    for (int row = 0; row < combo->count(); ++row) {
+        const auto at = static_cast<std::size_t>(row);
+        const QString hint = at < hints.size() ? QString::fromStdString(hints[at]) : QString();
+        if (combo->itemData(row, combo_widget::hint_role).toString() == hint) continue;
+        combo->setItemData(row, hint, combo_widget::hint_role);
+        changed = true;
+    }
+    if (changed) combo->hints_changed();
+    return RET_OK;
+}
+
+std::string combo_box_get_hint(const widget* w, const char* text) {
+    const auto* combo = live_as<QComboBox>(w);
+    const int row = combo == nullptr || text == nullptr ? -1 : index_of_text(combo, QString::fromUtf8(text));
+    return row < 0 ? "" : combo->itemData(row, combo_widget::hint_role).toString().toStdString();
+}
+
+QStringList combo_hints(const QComboBox* combo) {
+    QStringList hints;
+    for (int row = 0; row < combo->count(); ++row)
+        hints += combo->itemData(row, combo_widget::hint_role).toString();
+    return hints;
 }
 
 int32_t combo_box_count_options(const widget* w) {

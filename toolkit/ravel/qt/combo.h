@@ -3,6 +3,10 @@
 
 #include "toolkit/ravel/qt/detail.h"
 
+#include <QStringList>
+
+class QComboBox;
+
 /// Chooses the option of that text; an editable combo takes any text. RET_FAIL (nothing changed) when there is
 /// none.
 ret_t combo_set_text(QWidget* combo, const QString& text);
@@ -10,3 +14,5 @@ ret_t combo_set_text(QWidget* combo, const QString& text);
 int combo_value(QWidget* combo);
 /// Chooses the option of that value; with none of it nothing is chosen and nothing shown.
 ret_t combo_set_value(QWidget* combo, int value);
+/// The greyed texts of all options, in their order.
+QStringList combo_hints(const QComboBox* combo);

@@ -1,3 +1,4 @@
+#include "toolkit/ravel/qt/combo_list.h"
 #include "toolkit/ravel/qt/widget_class.h"
 
 #include <QAbstractItemView>
@@ -7,28 +8,16 @@
 #include <QLineEdit>
 #include <QPainter>
 #include <QStyleOptionComboBox>
-#include <QStyledItemDelegate>
 #include <QToolTip>
 #include <QWheelEvent>
+
+#include <algorithm>
 
 namespace {
 
 constexpr int edit_margin = 2; // that Qt leaves beside a line edit's text
 
 QRect text_place(const QLineEdit* edit) { return edit->contentsRect().adjusted(edit_margin, 0, -edit_margin, 0); }
-
-/// Rows as the style sheet has them; one that is too long for the list tells its whole text.
-class list_delegate final : public QStyledItemDelegate {
-  public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-    bool helpEvent(QHelpEvent* what, QAbstractItemView* view, const QStyleOptionViewItem& option,
-                   const QModelIndex& index) override {
-        const QString text = index.data().toString();
-        const bool cut = sizeHint(option, index).width() > option.rect.width();
-        QToolTip::showText(what->globalPos(), cut ? text : QString(), view);
-        return true;
-    }
-};
 
 } // namespace
 
@@ -71,13 +60,39 @@ void combo_widget::options_changed(bool other_count) {
 }
 
 void combo_widget::showPopup() {
-    if (dynamic_cast<list_delegate*>(itemDelegate()) == nullptr) {
-        setItemDelegate(new list_delegate(this));
+    if (dynamic_cast<combo_list*>(itemDelegate()) == nullptr) {
+        setItemDelegate(new combo_list(this));
         view()->setTextElideMode(Qt::ElideMiddle);
     }
+    widen_popup();
     // A box that is narrow for its place shows its options whole all the same.
     if (property("wide_list").toBool()) view()->setMinimumWidth(std::min(list_width(), window()->width() / 2));
     QComboBox::showPopup();
+    keep_popup_inside();
+}
+
+void combo_widget::hints_changed() {
+    if (!popup_is_open()) return;
+    const int width = view()->minimumWidth();
+    widen_popup();
+    if (view()->minimumWidth() != width) refresh_popup();
+}
+
+/// A list with greyed texts needs more room than the box has.
+void combo_widget::widen_popup() {
+    const bool any = std::ranges::any_of(combo_hints(this), [](const QString& hint) { return !hint.isEmpty(); });
+    if (!any && view()->minimumWidth() == 0) return;
+    const bool scrolls = count() > maxVisibleItems();
+    const int frame = 2 * view()->frameWidth() + (scrolls ? style()->pixelMetric(QStyle::PM_ScrollBarExtent) : 0);
+    const int wanted = any ? view()->sizeHintForColumn(modelColumn()) + frame : 0;
+    view()->setMinimumWidth(std::min(wanted, window()->width()));
+}
+
+void combo_widget::keep_popup_inside() {
+    QWidget* list = view()->window();
+    if (view()->minimumWidth() == 0 || list == window()) return;
+    const int most = window()->mapToGlobal(QPoint(window()->width(), 0)).x() - list->width();
+    if (list->x() > most) list->move(most, list->y());
 }
 
 int combo_widget::list_width() const {

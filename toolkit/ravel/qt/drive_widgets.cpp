@@ -1,6 +1,7 @@
 #include "toolkit/ravel/qt/drive_widgets.h"
 
 #include "toolkit/core/text.h"
+#include "toolkit/ravel/qt/combo.h"
 #include "toolkit/ravel/qt/widget_class.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
@@ -92,11 +93,23 @@ std::string own_segment(const widget_state* state) {
                                 : state->type + tk_format("[%d]", static_cast<int>(place - found.begin()));
 }
 
+std::string flag(bool value) { return value ? "1" : "0"; }
+
 std::string options_text(const widget_state* state) {
     const auto* combo = dynamic_cast<const QComboBox*>(state->w);
     QStringList texts;
     for (int i = 0; combo != nullptr && i < combo->count(); i++) texts += combo->itemText(i);
     return texts.join(QLatin1Char('|')).toStdString();
+}
+
+std::string hints_text(const widget_state* state) {
+    const auto* combo = dynamic_cast<const QComboBox*>(state->w);
+    return combo == nullptr ? "" : combo_hints(combo).join(QLatin1Char('|')).toStdString();
+}
+
+std::string open_text(const widget_state* state) {
+    const auto* combo = dynamic_cast<const combo_widget*>(state->w);
+    return flag(combo != nullptr && combo->popup_is_open());
 }
 
 std::string count_text(const widget_state* state) {
@@ -121,8 +134,6 @@ std::string marks_text(const widget_state* state) {
 
 int place_of(const widget_state* state, const char* name) { return widget_get_prop_int(handle_of(state), name, 0); }
 
-std::string flag(bool value) { return value ? "1" : "0"; }
-
 struct property_row {
     const char* name;
     std::string (*get)(const widget_state*);
@@ -138,6 +149,9 @@ constexpr property_row property_rows[] = {
      [](const widget_state* s) { return flag(native_window_painted() && widget_get_visible(handle_of(s))); }},
     {"options", options_text},
     {"option", options_text},
+    {"hints", hints_text},
+    {"hint", hints_text},
+    {"open", open_text},
     {"count", count_text},
     {"focused", [](const widget_state* s) { return flag(widget_get_focused(handle_of(s))); }},
     {"refused", [](const widget_state* s) { return flag(widget_get_refused(handle_of(s))); }},
@@ -162,6 +176,16 @@ bool has_option(const widget_state* state, const std::string& wanted) {
            combo->findText(QString::fromStdString(wanted), Qt::MatchFixedString | Qt::MatchCaseSensitive) >= 0;
 }
 
+/// `wanted`: an option, a blank, and what is greyed beside it.
+bool has_hint(const widget_state* state, const std::string& wanted) {
+    const auto* combo = dynamic_cast<const QComboBox*>(state->w);
+    if (combo == nullptr) return false;
+    const QStringList hints = combo_hints(combo);
+    for (int row = 0; row < combo->count(); ++row)
+        if (combo->itemText(row) + u' ' + hints[row] == QString::fromStdString(wanted)) return true;
+    return false;
+}
+
 std::string dump_line(const widget_state* state) {
     const widget* handle = handle_of(state);
     std::string line = drive_full_path(state) + " " + state->type + " ";
@@ -169,8 +193,11 @@ std::string dump_line(const widget_state* state) {
     line += widget_get_enable(handle) ? " enabled" : " disabled";
     line += widget_get_visible(handle) ? " visible" : " hidden";
     if (widget_get_marked(handle)) line += " marked";
-    return line + tk_format(" %d,%d %dx%d\n", place_of(state, "window_x"), place_of(state, "window_y"),
-                            state->w->width(), state->w->height());
+    line += tk_format(" %d,%d %dx%d", place_of(state, "window_x"), place_of(state, "window_y"), state->w->width(),
+                      state->w->height());
+    const std::string hints = hints_text(state);
+    const bool any = hints.find_first_not_of('|') != std::string::npos;
+    return line + (any ? " hints=" + drive_quote(hints, 16000) : "") + "\n";
 }
 
 } // namespace
@@ -228,6 +255,7 @@ bool drive_matches(const drive_path& path, const std::string& property, const st
     *found = drive_quote(value);
     if (property == "contains") return value.find(wanted) != std::string::npos;
     if (property == "option") return has_option(target.state, wanted);
+    if (property == "hint") return has_hint(target.state, wanted);
     return value == wanted;
 }
 

@@ -15,6 +15,9 @@
 /// A combo box that the wheel changes only while it has the focus, so that scrolling a page never edits a value.
 class combo_widget final : public QComboBox {
   public:
+    /// An option's greyed text for the open list.
+    static constexpr int hint_role = Qt::UserRole + 1;
+
     explicit combo_widget(QWidget* parent);
     bool popup_is_open() const;
     /// As wide as the longest option. (Qt's own way of following the options builds the list of every combo box.)
@@ -22,6 +25,8 @@ class combo_widget final : public QComboBox {
     QSize minimumSizeHint() const override { return sizeHint(); }
     /// To be called after the options changed; with another number of rows an open list gets room for them.
     void options_changed(bool other_count);
+    /// To be called after the greyed texts changed; an open list gets room for them.
+    void hints_changed();
 
     void showPopup() override;
     void hidePopup() override;
@@ -39,6 +44,8 @@ class combo_widget final : public QComboBox {
     bool text_is_cut() const;
     int list_width() const;
     void refresh_popup();
+    void widen_popup();
+    void keep_popup_inside();
 
     mutable QSize hint_;
 };
