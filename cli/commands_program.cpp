@@ -84,6 +84,7 @@ class program_run {
 
     /// False when a module was under way.
     bool work_until_interrupted() {
+        for (std::size_t i = 0; i < slots_.size(); ++i) show_absent(i);
         look();
         const uint32_t looks = timer_add([this] { return look(), RET_REPEAT; }, program_timing_get().look_ms);
         static_cast<void>(run_until([] { return false; }));
@@ -205,7 +206,8 @@ class program_run {
             std::vector<std::string> row = {slot.port};
             if (with_.options.wait) {
                 row.push_back(std::to_string(slot.passed) + " " + result_word(true, with_.streams.colour));
-                row.push_back(std::to_string(slot.failed) + " " + result_word(false, with_.streams.colour));
+                const bool colour = with_.streams.colour && slot.failed > 0;
+                row.push_back(std::to_string(slot.failed) + " " + result_word(false, colour));
             } else {
                 const cli_error error = slot.error.value_or(cli_error{});
                 for (const std::string& cell :

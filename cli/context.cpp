@@ -5,7 +5,6 @@
 #include "toolkit/core/fs.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace {
 
@@ -20,19 +19,21 @@ std::size_t columns_of(char c) {
     return byte >= 0xE3 ? 2 : 1; // from U+3000 on
 }
 
-/// How many letters must be changed, added or left out.
+/// How many letters must be changed, added, left out, or swapped with the next.
 std::size_t distance(const std::string& a, const std::string& b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t before = row[0]++;
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t changed = before + (a[i] == b[j] ? 0 : 1);
-            before = row[j + 1];
-            row[j + 1] = std::min({changed, before + 1, row[j] + 1});
+    std::vector<std::vector<std::size_t>> least(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+    for (std::size_t i = 0; i <= a.size(); ++i)
+        for (std::size_t j = 0; j <= b.size(); ++j) {
+            if (i == 0 || j == 0) {
+                least[i][j] = i + j;
+                continue;
+            }
+            const std::size_t changed = least[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            least[i][j] = std::min({changed, least[i - 1][j] + 1, least[i][j - 1] + 1});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                least[i][j] = std::min(least[i][j], least[i - 2][j - 2] + 1);
         }
-    }
-    return row[b.size()];
+    return least[a.size()][b.size()];
 }
 
 } // namespace

@@ -31,6 +31,7 @@ TEST_F(offline, help_of_a_command) {
 TEST_F(offline, unknown_words_suggest_the_nearest) {
     const std::pair<std::vector<std::string>, const char*> rows[] = {
         {{"raed"}, "vkt: there is no command \"raed\"; did you mean \"read\"?\n"},
+        {{"sned"}, "vkt: there is no command \"sned\"; did you mean \"send\"?\n"},
         {{"xyzzyx"}, "vkt: there is no command \"xyzzyx\"\n"},
         {{"read", "COM7", "--modle", "VKT531A"},
          "vkt: there is no option \"--modle\"; did you mean \"--model\"?\n"},

@@ -258,6 +258,7 @@ TEST_F(waiting, a_bell_rings_on_a_terminal_only) {
     plug("VKT531A");
     terminal = true;
     EXPECT_EQ(wait_while([&] {
+                  see("COM7  等待插入\x1b");
                   see("\a");
                   pull(*module);
                   see("等待插入 (1 pass, 0 fail)");

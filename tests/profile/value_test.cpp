@@ -151,4 +151,27 @@ TEST(images, a_default_image_holds_the_defaults) {
     }
 }
 
+TEST(images, hold_a_text_without_a_number) {
+    const auto dev = dev_open(all_families, "VKT531A");
+    for (const field* row : fields_by_page(dev->of)) {
+        const auto value = value_in_image(dev->of, *row, dev->image);
+        if (!value) continue;
+        EXPECT_EQ(value->text.empty(), !value_is_text(*row)) << row->key;
+        EXPECT_TRUE(!value_is_text(*row) || value->number == 0) << row->key;
+    }
+}
+
+TEST(images, that_end_too_early_hold_nothing) {
+    for (const family_descriptor* of : all_families) {
+        const auto dev = dev_open(all_families, of->device);
+        for (const field& row : of->fields) {
+            if (row.key == nullptr || row.place.bits == 0) continue;
+            const std::size_t end = of->of_registers ? 4u * row.place.at + 4 : row.place.at + row.place.bytes();
+            const std::span<const uint8_t> image = dev->image;
+            EXPECT_TRUE(value_in_image(*of, row, image.first(end))) << row.key;
+            EXPECT_FALSE(value_in_image(*of, row, image.first(end - 1))) << row.key;
+        }
+    }
+}
+
 } // namespace
