@@ -18,7 +18,7 @@ constexpr std::size_t call_kinds = static_cast<std::size_t>(call::count_);
 constexpr std::array<std::string_view, call_kinds> call_names = {
     "CreateFileA",  "SetupComm",           "SetCommState",    "SetCommTimeouts", "GetCommTimeouts",
     "PurgeComm",    "ClearCommError",      "ReadFile",        "WriteFile",       "GetOverlappedResult",
-    "CreateEventA", "WaitForSingleObject", "QueryDosDeviceA", "CloseHandle"};
+    "CreateEventA", "WaitForSingleObject", "QueryDosDeviceA", "CancelIoEx"};
 static_assert(!call_names.back().empty());
 
 struct fault {

@@ -136,7 +136,7 @@ BOOL GetOverlappedResult(HANDLE port, OVERLAPPED* operation, DWORD* done, BOOL w
 
 BOOL CancelIoEx(HANDLE port, OVERLAPPED* operation) {
     tell_call("CancelIoEx", {});
-    return ::CancelIoEx(port, operation);
+    return fails(call::cancel_io) ? FALSE : ::CancelIoEx(port, operation);
 }
 
 HANDLE CreateEventA(void* security, BOOL manual_reset, BOOL initial_state, const char* name) {
@@ -158,13 +158,11 @@ DWORD WaitForSingleObject(HANDLE object, DWORD ms) {
 }
 
 BOOL CloseHandle(HANDLE handle) {
-    bool is_port = false;
     {
         // Before it is closed: its number may be given out again at once. A driver may take its time to close.
         const std::lock_guard<std::mutex> guard(ports().lock);
-        is_port = ports().handles.erase(handle) != 0;
+        ports().handles.erase(handle);
     }
-    if (is_port && fails(call::close_handle)) return FALSE;
     return ::CloseHandle(handle);
 }
 
@@ -179,7 +177,8 @@ DWORD QueryDosDeviceA(const char* device, char* target, DWORD max) {
 void abort_all() {
     aborted = true;
     const std::lock_guard<std::mutex> guard(ports().lock);
-    for (HANDLE port : ports().handles) ::CancelIoEx(port, nullptr);
+    for (HANDLE port : ports().handles)
+        if (!fails(call::cancel_io)) ::CancelIoEx(port, nullptr);
 }
 
 void resume_all() { aborted = false; }

@@ -66,7 +66,7 @@ enum class call : uint8_t {
     create_event,
     wait_for_single_object,
     query_dos_device,
-    close_handle, ///< of a port
+    cancel_io, ///< abort_all's too
     count_
 };
 

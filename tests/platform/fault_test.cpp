@@ -85,14 +85,19 @@ TEST_F(fault_test, opening_fails_as_asked) {
     EXPECT_EQ(com::call_count(com::call::create_file), 2U);
 }
 
-TEST_F(fault_test, closing_fails_as_asked_and_only_a_port_s_counts) {
-    EXPECT_TRUE(com::fault_parse("CloseHandle:0:1:6"));
-    EXPECT_TRUE(com::CloseHandle(com::CreateEventA(nullptr, TRUE, FALSE, nullptr)));
-    EXPECT_EQ(com::call_count(com::call::close_handle), 0U);
-    EXPECT_FALSE(com::CloseHandle(port));
+TEST_F(fault_test, cancelling_fails_as_asked_and_what_pends_goes_on) {
+    set_timeouts(0, 0, 0);
+    transfer t;
+    t.read(port, 1);
+    ASSERT_EQ(t.error, ERROR_IO_PENDING);
+    EXPECT_TRUE(com::fault_parse("CancelIoEx:0:2:6"));
+    EXPECT_FALSE(com::CancelIoEx(port, nullptr));
     EXPECT_EQ(com::GetLastError(), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(com::call_count(com::call::close_handle), 1U);
-    // It is still open: the fixture closes it.
+    com::abort_all();
+    com::resume_all();
+    EXPECT_EQ(com::call_count(com::call::cancel_io), 2U);
+    send({7});
+    EXPECT_EQ(t.finish(port), 1U);
 }
 
 TEST_F(fault_test, event_is_not_made_as_asked) {
@@ -122,7 +127,7 @@ TEST_F(fault_test, faults_count_from_the_moment_they_are_set) {
 TEST_F(fault_test, text_with_a_slip_sets_nothing) {
     for (const char* bad :
          {"ReadFile", "ReadFile:0:1", "ReadFile:0:1:", "ReadFile:0:1:5:6", "ReadFile:-1:1:5", "ReadFile: 0:1:5",
-          "readfile:0:1:5", "CancelIoEx:0:1:5", ":0:1:5", "ReadFile:0:1:5x", "ReadFile:99999999999:1:5",
+          "readfile:0:1:5", "CloseHandle:0:1:5", ":0:1:5", "ReadFile:0:1:5x", "ReadFile:99999999999:1:5",
           "ReadFile:0:1:hangs", "WaitForSingleObject:0:1:6;nonsense", "ReadFile:::"})
         EXPECT_FALSE(com::fault_parse(bad)) << bad;
     EXPECT_FALSE(com::fault_parse(nullptr));
