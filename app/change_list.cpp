@@ -112,6 +112,13 @@ std::string change_list_text(const dev_obj& dev, const std::vector<image_differe
     return text;
 }
 
+std::string change_lines_text(const dev_obj& dev, const std::vector<image_difference>& unwritten) {
+    std::string text;
+    for (const image_difference& one : unwritten)
+        text += (text.empty() ? "" : "\n") + title_of(dev.of, *one.what) + "\n　　" + values_text(dev, one, "　");
+    return text;
+}
+
 void change_list_show(widget* home, const dev_obj& dev, const std::vector<image_difference>& unwritten) {
     shown() = unwritten;
     const std::string count = unwritten.empty() ? "改动" : tk_format("改动 %d", static_cast<int>(unwritten.size()));

@@ -8,6 +8,8 @@
 /// One line each: "CAN · 波特率<tab>模块中: 125K<tab>当前: 500K<tab>默认: 125K"; without a known module that column
 /// is left out.
 std::string change_list_text(const dev_obj& dev, const std::vector<image_difference>& unwritten);
+/// The same to be read in a window: the field, and on the line below it its values.
+std::string change_lines_text(const dev_obj& dev, const std::vector<image_difference>& unwritten);
 /// What they are compared with and how many there are, and below it what is always written the same way.
 std::string change_note_text(const dev_obj& dev, std::size_t count);
 /// Shows the changes of a device, and those that are none because the program always writes the same.

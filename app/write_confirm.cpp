@@ -11,7 +11,7 @@ bool write_confirmed(const dev_obj& dev) {
     if (win == nullptr) return true;
     const std::vector<image_difference> unwritten = dev_unwritten(dev);
     widget_set_text_utf8(widget_need(win, "confirm_write_note"), change_note_text(dev, unwritten.size()).c_str());
-    widget_set_text_utf8(widget_need(win, "confirm_write_list"), change_list_text(dev, unwritten).c_str());
+    widget_set_text_utf8(widget_need(win, "confirm_write_list"), change_lines_text(dev, unwritten).c_str());
     widget_on(widget_need(win, "ok"), event_type::click, [win](const event&) { return dialog_quit(win, agreed); });
     widget_on(widget_need(win, "cancel"), event_type::click, [win](const event&) { return dialog_quit(win, 0); });
     return dialog_modal(win) == agreed;
