@@ -77,6 +77,16 @@ TEST_F(EditLog, strokes_that_come_back_to_the_beginning_leave_no_step) {
     EXPECT_EQ(log.undoable(), nullptr);
 }
 
+TEST_F(EditLog, strokes_at_a_field_that_is_in_no_byte_of_the_image_are_one_step_too) {
+    edit("spi_data_len", 7, true);
+    edit("spi_data_len", 6, true);
+    log.undo();
+    EXPECT_EQ(stored("spi_data_len"), 8);
+    EXPECT_EQ(log.undo(), nullptr);
+    log.redo();
+    EXPECT_EQ(stored("spi_data_len"), 6);
+}
+
 TEST_F(EditLog, strokes_at_two_fields_are_two_steps) {
     edit("spi_ff_time", 1, true);
     edit("change_star", 4, true);
@@ -117,6 +127,23 @@ TEST_F(EditLog, what_has_many_causes_is_named_after_them) {
     EXPECT_EQ(log.undoable()->name, "恢复默认");
     EXPECT_TRUE(log.undoable()->restored_after);
     EXPECT_FALSE(log.undoable()->restored_before);
+}
+
+TEST_F(EditLog, a_step_starts_from_the_form_that_the_code_was_last_shown_in) {
+    edit("change_mode", 1);
+    dev_restore(*dev);
+    log.shown(true); // shown before it is noted
+    log.note({.name = "恢复默认"}, true);
+    EXPECT_FALSE(log.undoable()->restored_before);
+    log.shown(false); // as by another form of the code
+    edit("change_mode", 3);
+    EXPECT_FALSE(log.undoable()->restored_before);
+    log.undo();
+    log.shown(true);
+    tk_object_set_prop_uint8(dev->props.get(), "spi_data_len", 7); // in no byte of the image
+    log.shown(false);
+    log.note({}, false);
+    EXPECT_TRUE(log.undoable()->restored_before);
 }
 
 TEST_F(EditLog, a_reply_is_taken_back_with_the_bytes_that_no_field_holds) {
