@@ -146,6 +146,26 @@ TEST_F(EditLog, a_new_step_forgets_those_that_were_taken_back) {
     EXPECT_EQ(log.redoable(), nullptr);
     log.undo();
     EXPECT_EQ(stored("change_mode"), 1);
+    log.undo();
+    EXPECT_EQ(stored("change_mode"), 2);
+    EXPECT_EQ(log.undoable(), nullptr);
+}
+
+TEST_F(EditLog, the_form_of_the_code_goes_with_the_steps) {
+    edit("change_mode", 1);
+    dev_restore(*dev);
+    log.note({.name = "恢复默认"}, true);
+    edit("change_mode", 3);
+    EXPECT_TRUE(log.undoable()->restored_before);
+    log.undo();
+    edit("change_mode", 1);
+    EXPECT_TRUE(log.undoable()->restored_before);
+}
+
+TEST_F(EditLog, a_cause_without_a_label_is_named_after_what_it_changed) {
+    tk_object_set_prop_uint8(dev->props.get(), "change_mode", 1);
+    log.note({.what = &no_field}, false);
+    EXPECT_EQ(log.undoable()->name, "转换模式");
 }
 
 TEST_F(EditLog, what_has_many_causes_is_named_after_them) {
