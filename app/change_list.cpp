@@ -8,6 +8,8 @@
 #include "toolkit/core/text.h"
 #include "toolkit/table_view/table_view.h"
 
+#include <algorithm>
+
 namespace {
 
 ret_t (*applied_as)(widget* home, const char* name) = nullptr;
@@ -43,6 +45,12 @@ std::string same_text(const dev_obj& dev) {
     for (const image_difference& one : image_differences(dev.of, dev.in_module->bytes, dev.image))
         if (one.always_same) names += (names.empty() ? "" : "、") + title_of(dev.of, *one.what);
     return names.empty() ? names : "写入时总是同一个值，不算改动：" + names;
+}
+
+bool differs_from_defaults(const dev_obj& dev, const std::vector<image_difference>& unwritten) {
+    if (!dev.in_module) return !unwritten.empty();
+    return std::ranges::any_of(image_differences(dev.of, image_of_defaults(dev.of), dev.image),
+                               [](const image_difference& one) { return !one.always_same; });
 }
 
 const image_difference* row_at(int64_t index) {
@@ -126,8 +134,7 @@ void change_list_show(widget* home, const dev_obj& dev, const std::vector<image_
     widget_set_text_utf8(home_part(home, "changes_note"), change_note_text(dev, unwritten.size()).c_str());
     for (const char* name : {"button_all_back", "button_copy_changes"})
         widget_set_enable(home_part(home, name), !unwritten.empty());
-    widget_set_enable(home_part(home, "button_all_default"),
-                      !std::ranges::equal(image_of_defaults(dev.of), dev.image));
+    widget_set_enable(home_part(home, "button_all_default"), differs_from_defaults(dev, unwritten));
     table_client_set_rows(home_part(home, "changes_table"), static_cast<uint32_t>(unwritten.size()));
 }
 

@@ -1,6 +1,7 @@
 #include "app/data_monitor.h"
 
 #include "app/devices.h"
+#include "app/edits.h"
 #include "app/families.h"
 #include "app/model_switch.h"
 #include "app/progress.h"
@@ -30,7 +31,11 @@ monitored_device data_monitor_device() {
 }
 
 void data_monitor_left(bool lost) {
-    if (lost) ui_state_apply(navigator_find("home_page"), ui_state::lost);
+    if (!lost) return;
+    widget* home = navigator_find("home_page");
+    ui_state_apply(home, ui_state::lost);
+    if (dev_obj* dev = current_device()) dev_module_unknown(*dev);
+    edits_show(home);
 }
 
 monitored_device data_monitor_any() {

@@ -11,7 +11,8 @@ ret_t data_monitor_pressed(widget* home);
 
 /// The connected module that the data page is about; without a session when there is none. GUI thread.
 monitored_device data_monitor_device();
-/// The data page has been left; the home page says when its module is gone. GUI thread.
+/// The data page has been left; the home page says when its module is gone, and what that holds is not known any
+/// more. GUI thread.
 void data_monitor_left(bool lost);
 
 /// The module of the family whose modules carry traffic, whichever is shown; without a session before its device is

@@ -103,7 +103,10 @@ edit_log* edits_of(const family_pages& pages) {
 }
 
 void edits_code_shown(const family_pages& pages, bool restored) {
-    if (account* kept = account_of(&pages)) kept->restored = restored;
+    account* kept = account_of(&pages);
+    if (kept == nullptr) return;
+    kept->restored = restored;
+    kept->log.shown(restored);
 }
 
 void edits_show(widget* home) {

@@ -90,12 +90,13 @@ void session_not_started(const family_pages& pages, session_kind kind, const std
 
 ret_t session_fail_display(const family_pages& pages, const session_failure& failure) {
     widget* home = navigator_find(home_name);
+    if (dev_obj* dev = device_of(pages)) module_session_failed(*dev, failure);
+    edits_show(home); // whatever becomes of the logs
     if (home == nullptr) return RET_INIT_FAILED;
     log_folder_ensure();
     const std::string lines = failure.log_line + failure.cause;
     if (!log_append(error_log_path(), lines)) return RET_INIT_FAILED;
     log_append(session_log_path(), lines);
-    if (dev_obj* dev = device_of(pages)) module_session_failed(*dev, failure);
     if (failure.kind == session_kind::connect) {
         if (dev_obj* dev = device_of(pages)) dev->session.give_up();
         ui_state_apply(home, ui_state::idle);

@@ -74,6 +74,10 @@ void edit_log::note(const edit_cause& cause, bool restored) {
     done_ = steps_.size();
 }
 
+void edit_log::shown(bool restored) {
+    if (dev_.image == image_ && raw_values(dev_) == values_) restored_ = restored;
+}
+
 void edit_log::apply(const edit_step& step, bool back) {
     for (const value_change& change : step.values) {
         const field_value& value = back ? change.before : change.after;

@@ -38,6 +38,10 @@ class edit_log {
     /// forgotten then. `restored`: as the code view shows it now.
     void note(const edit_cause& cause, bool restored);
 
+    /// The code view shows the device now, as restored defaults or not. Where nothing has changed since the last
+    /// call of note() the next step starts from there.
+    void shown(bool restored);
+
     /// The step that would be taken back, or done again, next; null when there is none.
     const edit_step* undoable() const { return done_ == 0 ? nullptr : &steps_[done_ - 1]; }
     const edit_step* redoable() const { return done_ == steps_.size() ? nullptr : &steps_[done_]; }

@@ -22,6 +22,19 @@ TEST_F(data_monitor, a_port_that_was_lost_on_its_page_is_lost_on_the_home_page_t
     EXPECT_EQ(buttons(), "drwf") << "as after a session that found it lost";
 }
 
+TEST_F(data_monitor, what_the_module_holds_is_not_known_once_its_port_was_lost) {
+    pick("combo_box_ex_dev", "VKT610B");
+    dev_obj& dev = device(vkt610b_pages);
+    dev_module_holds(dev, dev.image);
+    data_monitor_left(false);
+    EXPECT_TRUE(dev.in_module);
+    set("change_mode_vkt610b", 2);
+    static_cast<void>(dev_encode(dev));
+    data_monitor_left(true);
+    EXPECT_FALSE(dev.in_module);
+    EXPECT_EQ(text(home(), "truth_line"), "1 项未写入，尚未读取");
+}
+
 TEST_F(data_monitor, the_button_shows_for_this_family_only) {
     EXPECT_FALSE(visible("button_data"));
     pick("combo_box_ex_dev", "VKT610B");

@@ -2,6 +2,7 @@
 // simulated module holds.
 #include "app/edits.h"
 
+#include "app/paths.h"
 #include "app/settings.h"
 #include "app/truth_line.h"
 #include "dev_a/pages/vkt510a_pages.h"
@@ -117,6 +118,17 @@ TEST_F(edits, a_write_that_fails_leaves_nothing_known) {
     EXPECT_EQ(truth(), "默认值，尚未读取");
 }
 
+TEST_F(edits, a_write_that_fails_without_an_error_log_leaves_nothing_known_all_the_same) {
+    connect("VKT531A");
+    run_and_close("button_read");
+    const std::string usual = std::exchange(error_log_path(), "..");
+    module->plan({.what = sim::fault::silent, .times = 0xFFFFFFFF});
+    run("button_write");
+    error_log_path() = usual;
+    EXPECT_FALSE(device(generic_pages).in_module);
+    EXPECT_EQ(truth(), "默认值，尚未读取");
+}
+
 TEST_F(edits, a_read_that_fails_leaves_what_was_known) {
     connect("VKT531A");
     run_and_close("button_read");
@@ -145,6 +157,20 @@ TEST_F(edits, taking_back_and_doing_again_by_the_keys_and_byte_for_byte) {
               "");
     EXPECT_EQ(code(), restored) << "with the blanks of restored defaults";
     EXPECT_EQ(edits_redo(home()), RET_FAIL);
+}
+
+// Choosing another model of the family has shown the defaults without the blanks.
+TEST_F(edits, an_edit_is_taken_back_to_the_code_as_it_was_shown_before_it) {
+    pick("page_change/combo_box_ex", "透明转换");
+    click(home(), "button_default");
+    const std::string restored = code();
+    pick("combo_box_ex_dev", "VKT530A");
+    const std::string shown = code();
+    ASSERT_NE(shown, restored);
+    pick("page_change/combo_box_ex", "自定义协议转换");
+    EXPECT_EQ(edits_undo(home()), RET_OK);
+    settle();
+    EXPECT_EQ(code(), shown);
 }
 
 // The field's own taking back of letters does not come first.
@@ -220,6 +246,7 @@ TEST_F(edits, the_list_names_what_is_always_written_the_same_way) {
     module->set_memory(memory);
     run_and_close("button");
     run_and_close("button_read");
+    EXPECT_FALSE(enabled("button_all_default")) << "it would put nothing back";
     click(home(), "button_default");
     EXPECT_EQ(truth(), "与模块一致 14:32");
     EXPECT_THAT(text(home(), "changes_note"), EndsWith("\n写入时总是同一个值，不算改动：UART · 数据位"));

@@ -77,6 +77,45 @@ TEST_F(EditLog, strokes_that_come_back_to_the_beginning_leave_no_step) {
     EXPECT_EQ(log.undoable(), nullptr);
 }
 
+TEST_F(EditLog, strokes_at_a_field_that_is_in_no_byte_of_the_image_are_one_step_too) {
+    edit("spi_data_len", 7, true);
+    edit("spi_data_len", 6, true);
+    log.undo();
+    EXPECT_EQ(stored("spi_data_len"), 8);
+    EXPECT_EQ(log.undo(), nullptr);
+    log.redo();
+    EXPECT_EQ(stored("spi_data_len"), 6);
+}
+
+TEST_F(EditLog, what_a_later_stroke_changes_beside_its_field_belongs_to_the_step) {
+    const std::vector<uint8_t> before = dev->image;
+    edit("spi_ff_time", 1, true);
+    tk_object_set_prop_uint8(dev->props.get(), "change_mode", 1);
+    static_cast<void>(dev_encode(*dev, "change_mode"));
+    edit("spi_ff_time", 12, true);
+    log.undo();
+    EXPECT_EQ(dev->image, before);
+    EXPECT_EQ(stored("change_mode"), 2);
+    EXPECT_EQ(log.undo(), nullptr);
+}
+
+TEST_F(EditLog, the_first_and_the_last_of_the_fields_and_bytes_are_taken_back_too) {
+    const std::vector<uint8_t> before = dev->image;
+    const field* ends[] = {&dev->of.fields.front(), &dev->of.fields.back()};
+    std::vector<field_value> values;
+    for (const field* one : ends) {
+        values.push_back(value_of(*one, dev->props.get()));
+        value_store(*one, {1, values.back().text}, dev->props.get());
+        if (value_of(*one, dev->props.get()) == values.back()) value_store(*one, {2, "否"}, dev->props.get());
+    }
+    dev->image.front() ^= 0xFF;
+    dev->image.back() ^= 0xFF;
+    log.note({}, false);
+    log.undo();
+    EXPECT_EQ(dev->image, before);
+    for (std::size_t i = 0; i < 2; ++i) EXPECT_EQ(value_of(*ends[i], dev->props.get()), values[i]) << i;
+}
+
 TEST_F(EditLog, strokes_at_two_fields_are_two_steps) {
     edit("spi_ff_time", 1, true);
     edit("change_star", 4, true);
@@ -107,6 +146,26 @@ TEST_F(EditLog, a_new_step_forgets_those_that_were_taken_back) {
     EXPECT_EQ(log.redoable(), nullptr);
     log.undo();
     EXPECT_EQ(stored("change_mode"), 1);
+    log.undo();
+    EXPECT_EQ(stored("change_mode"), 2);
+    EXPECT_EQ(log.undoable(), nullptr);
+}
+
+TEST_F(EditLog, the_form_of_the_code_goes_with_the_steps) {
+    edit("change_mode", 1);
+    dev_restore(*dev);
+    log.note({.name = "恢复默认"}, true);
+    edit("change_mode", 3);
+    EXPECT_TRUE(log.undoable()->restored_before);
+    log.undo();
+    edit("change_mode", 1);
+    EXPECT_TRUE(log.undoable()->restored_before);
+}
+
+TEST_F(EditLog, a_cause_without_a_label_is_named_after_what_it_changed) {
+    tk_object_set_prop_uint8(dev->props.get(), "change_mode", 1);
+    log.note({.what = &no_field}, false);
+    EXPECT_EQ(log.undoable()->name, "转换模式");
 }
 
 TEST_F(EditLog, what_has_many_causes_is_named_after_them) {
@@ -116,6 +175,27 @@ TEST_F(EditLog, what_has_many_causes_is_named_after_them) {
     log.note({.name = "恢复默认"}, true);
     EXPECT_EQ(log.undoable()->name, "恢复默认");
     EXPECT_TRUE(log.undoable()->restored_after);
+    EXPECT_FALSE(log.undoable()->restored_before);
+}
+
+TEST_F(EditLog, a_step_starts_from_the_form_that_the_code_was_last_shown_in) {
+    edit("change_mode", 1);
+    dev_restore(*dev);
+    log.shown(true); // shown before it is noted
+    log.note({.name = "恢复默认"}, true);
+    EXPECT_FALSE(log.undoable()->restored_before);
+    log.shown(false); // as by another form of the code
+    edit("change_mode", 3);
+    EXPECT_FALSE(log.undoable()->restored_before);
+    log.undo();
+    log.shown(true);
+    tk_object_set_prop_uint8(dev->props.get(), "spi_data_len", 7); // in no byte of the image
+    log.shown(false);
+    log.note({}, false);
+    EXPECT_TRUE(log.undoable()->restored_before);
+    dev->image[6] ^= 1; // no field's
+    log.shown(true);
+    log.note({}, true);
     EXPECT_FALSE(log.undoable()->restored_before);
 }
 
