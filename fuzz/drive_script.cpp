@@ -14,23 +14,14 @@ struct verb_form {
     bool widget, number;
     std::size_t args;
 };
-constexpr std::array<verb_form, 16> forms = {{
-    {"pick", true, false, 1},
-    {"click", true, false, 0},
-    {"press", true, true, 0},
-    {"type", true, false, 1},
-    {"append", true, false, 1},
-    {"key", false, false, 1},
-    {"wheel", true, true, 0},
-    {"wait", true, true, 2},
-    {"expect", true, false, 2},
-    {"expect-file", false, false, 2},
-    {"wait-file", false, true, 2},
-    {"shot", false, false, 1},
-    {"dump", false, false, 1},
-    {"clipboard", false, false, 1},
-    {"sleep", false, true, 0},
-    {"close", false, false, 0},
+constexpr std::array<verb_form, 20> forms = {{
+    {"pick", true, false, 1},         {"click", true, false, 0},      {"press", true, true, 0},
+    {"type", true, false, 1},         {"append", true, false, 1},     {"key", false, false, 1},
+    {"wheel", true, true, 0},         {"hover", true, false, 0},      {"hover-at", true, true, 0},
+    {"click-at", true, true, 0},      {"wait", true, true, 2},        {"expect", true, false, 2},
+    {"expect-file", false, false, 2}, {"wait-file", false, true, 2},  {"shot", false, false, 1},
+    {"dump", false, false, 1},        {"clipboard", false, false, 1}, {"drop", false, false, 1},
+    {"sleep", false, true, 0},        {"close", false, false, 0},
 }};
 
 bool same(const drive_path& a, const drive_path& b) {

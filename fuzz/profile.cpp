@@ -16,11 +16,14 @@ void check_loaded(const profile& loaded) {
     must(profile_text(*again.loaded) == profile_text(loaded), "a saved profile stays");
     const auto dev = dev_open(families, loaded.model.c_str());
     must(dev != nullptr && profile_apply(loaded, *dev) == RET_OK, "a good profile can be applied");
-    const profile shown = profile_of(*dev, loaded.model);
+    const profile sent = profile_of(*dev, loaded.model);
     for (std::size_t i = 0; i < loaded.values.size(); ++i) {
         must(value_refusal(*loaded.values[i].what, loaded.values[i].value).empty(), "every value can be set");
-        must(shown.values[i].value == loaded.values[i].value, "the store holds the values");
+        must(value_of(*loaded.values[i].what, dev->props.get()) == loaded.values[i].value,
+             "the store holds the values");
     }
+    const std::vector<uint8_t> image = dev->image;
+    must(profile_apply(sent, *dev) == RET_OK && dev->image == image, "what is sent is the same configuration");
 }
 
 } // namespace
