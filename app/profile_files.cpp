@@ -13,6 +13,7 @@
 #include "toolkit/core/idle.h"
 #include "toolkit/ravel/file_dialog.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -40,7 +41,9 @@ void recent_show(widget* home) {
 void recent_change(widget* home, const std::string& path, bool keep) {
     static_cast<void>(settings_change([&](settings& s) {
         std::erase(s.recent_files, path);
-        if (keep) s.recent_files.insert(s.recent_files.begin(), path);
+        if (!keep) return;
+        s.recent_files.push_back(path);
+        std::ranges::rotate(s.recent_files, s.recent_files.end() - 1);
     }));
     recent_show(home);
 }

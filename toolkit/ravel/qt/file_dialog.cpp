@@ -219,8 +219,10 @@ std::optional<file_answer> ask(const file_question& question, bool save) {
     card->begin();
     const QPointer<file_card> alive(card);
     // The card is kept until the loop that called this goes on.
-    if (dialog_modal(handle_of(state)) != quit_chosen || alive == nullptr) return std::nullopt;
-    return alive->answer;
+    const uint32_t code = dialog_modal(handle_of(state));
+    const file_card* const answered = alive.data();
+    if (code != quit_chosen || answered == nullptr) return std::nullopt;
+    return answered->answer;
 }
 
 } // namespace
