@@ -16,7 +16,7 @@ namespace {
 
 // The sanitisers' build is slower by far, and is after other things.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int steps_in_all = 2000;
+constexpr int steps_in_all = 300;
 #else
 constexpr int steps_in_all = 10000;
 #endif
