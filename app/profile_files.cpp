@@ -43,7 +43,7 @@ void recent_change(widget* home, const std::string& path, bool keep) {
         std::erase(s.recent_files, path);
         if (!keep) return;
         s.recent_files.push_back(path);
-        std::ranges::rotate(s.recent_files, s.recent_files.end() - 1);
+        std::rotate(s.recent_files.begin(), s.recent_files.end() - 1, s.recent_files.end());
     }));
     recent_show(home);
 }
