@@ -14,12 +14,7 @@
 
 namespace {
 
-// The sanitisers' build is slower by far, and is after other things.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int steps_in_all = 300;
-#else
-constexpr int steps_in_all = 10000;
-#endif
+constexpr int steps_in_all = VKT_RANDOM_STEPS; // fewer under the sanitisers, which are slower by far
 constexpr int steps_of_a_model = steps_in_all / 3 + 1;
 
 struct random_case {
