@@ -95,6 +95,7 @@ cli_parsed arguments_parse(const std::vector<std::string>& arguments) {
     CLI::App app("", "vkt");
     app.set_help_flag("-h,--help", "this help");
     app.fallthrough();
+    app.allow_windows_style_options(false); // "/x" is a path on every system
     app.require_subcommand(0, 1);
     add_arguments(app, common, &parsed.options);
     std::string made;

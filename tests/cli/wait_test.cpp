@@ -174,6 +174,7 @@ TEST_F(waiting, one_that_is_pulled_meanwhile_failed_and_the_next_is_served) {
     EXPECT_THAT(lines[2], HasSubstr(",pass,"));
 }
 
+#ifndef _WIN32 // here one port alone can vanish
 TEST_F(waiting, ports_are_served_each_at_its_own_time) {
     plug("VKT531A");
     sim::module_t& other = plug_other("VKT531A", "COM8");
@@ -193,6 +194,7 @@ TEST_F(waiting, ports_are_served_each_at_its_own_time) {
     EXPECT_EQ(out, "COM7  1 pass  0 fail\nCOM8  1 pass  1 fail\n");
     EXPECT_EQ(module->count().writes, 1u);
 }
+#endif
 
 TEST_F(waiting, an_interruption_with_a_module_under_way_is_none_of_the_good_ends) {
     port_timing_get().timeouts = {60000, 60000, 60000, 60000, 60000};
