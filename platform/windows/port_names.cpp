@@ -8,6 +8,7 @@ bool com::port_present(const std::string& name) {
     constexpr const char* head = "\\\\.\\";
     char device[1024];
     const std::string bare = name.starts_with(head) ? name.substr(4) : name;
+    if (bare.empty()) return false; // the system would answer for all of them
     return com::QueryDosDeviceA(bare.c_str(), device, sizeof device) != 0;
 }
 
