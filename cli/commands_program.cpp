@@ -124,7 +124,8 @@ class program_run {
         slot.state = slot_state::busy;
         slot.visit = std::make_unique<program_visit>(with_, from_, slot.port);
         slot.visit->link().show_progress([this, at](uint32_t percent, const std::string& step) {
-            board_->set(at, board_state::working, step, percent);
+            // A session that is broken off still reports while the run goes down.
+            if (board_ != nullptr) board_->set(at, board_state::working, step, percent);
         });
         slot.visit->start([this, at] { note(at); });
     }
@@ -137,6 +138,7 @@ class program_run {
 
     /// A module is done: its line, at once.
     void note(std::size_t at) {
+        if (board_ == nullptr) return; // the run goes down
         program_slot& slot = slots_[at];
         slot.error = slot.visit->error();
         slot.firmware = slot.visit->firmware();

@@ -54,10 +54,10 @@ class text_boxes : public stage {
         settle();
     }
     std::vector<std::string> take() { return std::exchange(heard, {}); }
-    /// The ground beside a character's own pixels: that of its cell's top left corner.
+    /// The ground beside a character's own pixels: that of its cell's left edge, above what it draws.
     QColor ground_of(int32_t offset) const {
         const QImage picture = area()->viewport()->grab().toImage();
-        return picture.pixelColor(area()->spot_of(offset) - QPoint(0, 9));
+        return picture.pixelColor(area()->spot_of(offset) - QPoint(0, 6));
     }
 
     std::vector<std::string> heard;
