@@ -57,7 +57,7 @@ class text_boxes : public stage {
     /// The ground beside a character's own pixels: that of its cell's left edge, above what it draws.
     QColor ground_of(int32_t offset) const {
         const QImage picture = area()->viewport()->grab().toImage();
-        return picture.pixelColor(area()->spot_of(offset) - QPoint(0, 6));
+        return picture.pixelColor(area()->spot_of(offset) - QPoint(0, area()->fontMetrics().lineSpacing() / 2 - 1));
     }
 
     std::vector<std::string> heard;
