@@ -8,6 +8,7 @@
 #include "tests/support/app_fixture.h"
 #include "tests/support/user.h"
 
+#include <cstring>
 #include <fstream>
 
 using testing::ElementsAre;
@@ -22,9 +23,10 @@ class profile_files : public app_test {
     static dev_obj& dev() { return *current_device(); }
     static uint32_t value(const char* key) { return tk_object_get_prop_uint32(dev().props.get(), key, 0xDEAD); }
     static std::string write(const char* name, const std::string& body) {
-        const fs::path path = tree() / "bin" / name;
+        const fs::path path = tree() / "bin" / fs::path(std::u8string(name, name + std::strlen(name)));
         std::ofstream(path, std::ios::binary) << body;
-        return path.generic_string();
+        const std::u8string utf8 = path.generic_u8string();
+        return {utf8.begin(), utf8.end()};
     }
     static std::string of_model(const char* model, const char* values) {
         return tk_format(R"({"format": 1, "model": "%s", "values": {%s}})", model, values);
