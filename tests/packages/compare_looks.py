@@ -18,7 +18,7 @@ WIDTH_MAX = 0.02  # of a width, beside the pixels
 # A text's ink is what differs from its ground. The two systems draw strokes of different weight, so a text's ratio of
 # inks is compared with that of all texts; boxes for the Chinese in it, or nothing, leave much less.
 INK_MIN, INK_MAX, INK_WEIGHED = 0.7, 1.45, 2000
-LINE = re.compile(r'^(\S+) (\S+) (".*") value=(-?\d+) (\w+) (visible|hidden) (-?\d+),(-?\d+) (\d+)x(\d+)$')
+LINE = re.compile(r'^(\S+) (\S+) (".*") value=(-?\d+) (\w+) (visible|hidden)(?: marked)? (-?\d+),(-?\d+) (\d+)x(\d+)(?: hints=".*")?$')
 
 
 def widgets(path):
