@@ -60,8 +60,12 @@ def compare_texts(first, second, first_widgets, second_widgets):
     pictures = [Image.open(path).convert("L") for path in (first, second)]
     if pictures[0].size != pictures[1].size:
         return [f"{pictures[0].size} and {pictures[1].size}"], []
+    # What a dialog covers is not seen: the first window of a dump is on top.
+    top = next(iter(first_widgets), "").split("/")[0] + "/"
     ratios = {}
     for path in first_widgets.keys() & second_widgets.keys():
+        if not path.startswith(top):
+            continue
         for (text, place), (_, other) in zip(first_widgets[path], second_widgets[path]):
             inks = [ink_of(picture, at) for picture, at in zip(pictures, (place, other))]
             if text != '""' and inks[0] > INK_WEIGHED:
