@@ -13,17 +13,6 @@ namespace {
 constexpr const char* file_name = "settings.json";
 constexpr int32_t window_max = 16384; // pixels
 
-struct flag_row {
-    const char* key;
-    bool settings::*value;
-};
-constexpr flag_row flags[] = {
-    {"check_after_write", &settings::check_after_write},
-    {"confirm_write", &settings::confirm_write},
-    {"restore_last", &settings::restore_last},
-    {"close_progress", &settings::close_progress},
-};
-
 struct number_row {
     const char* key;
     int32_t settings::*value;
@@ -69,7 +58,7 @@ bool is_flag(const conf_json* conf, const char* key) {
 settings read_from(const conf_json* conf) {
     settings out;
     std::string wrong;
-    for (const flag_row& row : flags) {
+    for (const settings_flag& row : settings_flags) {
         out.*row.value = conf_json_get_bool(conf, row.key, false);
         if (conf_json_has(conf, row.key) && !is_flag(conf, row.key)) wrong += tk_format(" %s", row.key);
     }
@@ -90,7 +79,7 @@ settings read_from(const conf_json* conf) {
 }
 
 void write_to(conf_json* conf, const settings& from) {
-    for (const flag_row& row : flags) conf_json_set_bool(conf, row.key, from.*row.value);
+    for (const settings_flag& row : settings_flags) conf_json_set_bool(conf, row.key, from.*row.value);
     for (const number_row& row : numbers) conf_json_set_int(conf, row.key, from.*row.value);
     for (const text_row& row : texts) conf_json_set_str(conf, row.key, (from.*row.value).c_str());
     for (std::size_t i = 0; i < recent_files_max; i++) {

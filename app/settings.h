@@ -23,6 +23,18 @@ struct settings {
     bool operator==(const settings&) const = default;
 };
 
+/// What is on or off: its key in the file, which is the name of its switch too.
+struct settings_flag {
+    const char* key;
+    bool settings::*value;
+};
+inline constexpr settings_flag settings_flags[] = {
+    {"check_after_write", &settings::check_after_write},
+    {"confirm_write", &settings::confirm_write},
+    {"restore_last", &settings::restore_last},
+    {"close_progress", &settings::close_progress},
+};
+
 /// The folder of the settings (platform_settings_folder); tests choose another before the first settings_get.
 std::string& settings_folder();
 /// A file's path in that folder; empty when the system names no folder.

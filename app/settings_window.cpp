@@ -4,25 +4,10 @@
 #include "toolkit/core/log.h"
 #include "toolkit/ravel/window_manager.h"
 
-namespace {
-
-struct settings_switch {
-    const char* name;
-    bool settings::*value;
-};
-constexpr settings_switch switches[] = {
-    {"check_after_write", &settings::check_after_write},
-    {"confirm_write", &settings::confirm_write},
-    {"restore_last", &settings::restore_last},
-    {"close_progress", &settings::close_progress},
-};
-
-} // namespace
-
 ret_t settings_window_init(widget* win, const void* /*context*/) {
     RETURN_IF_NOT(win != nullptr, "win != NULL", __func__, RET_BAD_PARAMS);
-    for (const settings_switch& row : switches) {
-        widget* w = widget_need(win, row.name);
+    for (const settings_flag& row : settings_flags) {
+        widget* w = widget_need(win, row.key);
         widget_set_value_int(w, settings_get().*row.value ? 1 : 0);
         widget_on(w, event_type::value_changed, [w, win, value = row.value](const event&) {
             const bool on = widget_get_value_int(w) != 0;
