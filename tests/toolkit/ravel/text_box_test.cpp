@@ -63,6 +63,25 @@ class text_boxes : public stage {
     std::vector<std::string> heard;
 };
 
+TEST_F(text_boxes, a_text_of_the_same_length_is_shown_and_leaves_what_is_chosen_chosen) {
+    QTextCursor chosen = area()->textCursor();
+    chosen.setPosition(0);
+    chosen.setPosition(3, QTextCursor::KeepAnchor);
+    area()->setTextCursor(chosen);
+    for (const char* next :
+         {"寄存器 00: AA07\n寄存器 01: CB09\nthird 😁 end\n", "寄存器 00: BA07\n寄存器 01: CB09\nthird 😁 enD\n",
+          "寄存器 00: BA07\n寄存器 01: CB09\nthird 😁 enD\n", lines}) {
+        widget_set_text_utf8(box(), next);
+        EXPECT_EQ(widget_get_text_utf8(box()), next);
+        EXPECT_EQ(area()->textCursor().selectedText(), "寄存器");
+    }
+    widget_set_text_utf8(box(), "寄存器 00\n");
+    EXPECT_EQ(widget_get_text_utf8(box()), std::string("寄存器 00\n"));
+    widget_set_text_utf8(box(), "");
+    widget_set_text_utf8(box(), "");
+    EXPECT_EQ(widget_get_text_utf8(box()), std::string());
+}
+
 TEST_F(text_boxes, marks_are_grounds_behind_bytes_in_both_themes) {
     const int32_t first = byte_of("AA07");
     const int32_t second = byte_of("AB08");

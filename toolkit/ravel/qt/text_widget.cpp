@@ -31,10 +31,25 @@ void text_widget::show_text(const QString& text) {
     const int place = verticalScrollBar()->value();
     set_marks({});
     bytes_of_units_.clear();
-    setPlainText(text);
+    replace_text(text);
     verticalScrollBar()->setValue(place);
     const int32_t end = bytes_of_units().back();
     if (hovered_ >= end) hovered_ = -1;
+}
+
+/// Only what differs, where nothing moves: laid out once, where a new text is laid out twice.
+void text_widget::replace_text(const QString& text) {
+    const QString old = toPlainText();
+    if (old.size() != text.size()) return setPlainText(text);
+    const auto [first, first_new] = std::mismatch(old.begin(), old.end(), text.begin());
+    if (first == old.end()) return;
+    const auto last = std::mismatch(old.rbegin(), old.rend(), text.rbegin()).first.base();
+    const auto from = static_cast<int>(first - old.begin());
+    const auto to = static_cast<int>(last - old.begin());
+    QTextCursor place(document());
+    place.setPosition(from);
+    place.setPosition(to, QTextCursor::KeepAnchor);
+    place.insertText(text.mid(from, to - from));
 }
 
 // ---- places in the text

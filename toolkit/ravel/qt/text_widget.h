@@ -11,7 +11,7 @@ class text_widget final : public QPlainTextEdit {
   public:
     explicit text_widget(QWidget* parent);
 
-    /// The scroll place stays; the marks go.
+    /// The scroll place stays; the marks go. What is chosen stays when the new text is as long as the old one.
     void show_text(const QString& text);
     void set_marks(const std::vector<text_mark>& marks);
     const std::vector<text_mark>& marks() const { return marks_; }
@@ -26,6 +26,7 @@ class text_widget final : public QPlainTextEdit {
     void changeEvent(QEvent* event) override;
 
   private:
+    void replace_text(const QString& text);
     const std::vector<int32_t>& bytes_of_units() const;
     int unit_of(int32_t offset) const;
     int32_t offset_at(const QPoint& at) const;

@@ -1,7 +1,13 @@
 #include "toolkit/ravel/qt/ui_file.h"
 
+#include "toolkit/core/worker.h"
+
 #include <QFile>
 #include <QXmlStreamReader>
+
+#include <exception>
+#include <memory>
+#include <utility>
 
 namespace {
 constexpr int deepest = 100; // elements inside each other
@@ -28,6 +34,31 @@ ui_element read_element(QXmlStreamReader& xml, const QString& path, int depth) {
     }
     return element;
 }
+
+ui_element read_now(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) refuse_layout(path, 0, QStringLiteral("cannot be opened"));
+    QXmlStreamReader xml(&file);
+    if (!xml.readNextStartElement() || xml.name() != u"ui") {
+        const QString why = xml.hasError() ? xml.errorString() : QStringLiteral("is not a Designer file");
+        refuse_layout(path, static_cast<int>(xml.lineNumber()), why);
+    }
+    ui_element root = read_element(xml, path, 0);
+    if (xml.hasError()) refuse_layout(path, static_cast<int>(xml.lineNumber()), xml.errorString());
+    return root;
+}
+
+struct file_ahead {
+    QString path;
+    ui_element root;
+    std::exception_ptr refusal;
+    worker reader; // last: it fills the others
+};
+
+std::unique_ptr<file_ahead>& ahead() {
+    static auto& one = *new std::unique_ptr<file_ahead>;
+    return one;
+}
 } // namespace
 
 const ui_element* ui_element::property(const char* name) const {
@@ -48,15 +79,25 @@ void refuse_layout(const QString& file, int line, const QString& reason) {
     throw layout_error(QStringLiteral("%1:%2: %3").arg(file).arg(line).arg(reason).toStdString());
 }
 
+void read_ui_file_ahead(const QString& path) {
+    auto next = std::make_unique<file_ahead>();
+    next->path = path;
+    const auto read = [to = next.get()] {
+        try {
+            to->root = read_now(to->path);
+        } catch (const layout_error&) {
+            to->refusal = std::current_exception();
+        }
+        return 0U;
+    };
+    const bool started = next->reader.start({.name = "layout"}, read) == RET_OK;
+    ahead() = started ? std::move(next) : nullptr;
+}
+
 ui_element read_ui_file(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) refuse_layout(path, 0, QStringLiteral("cannot be opened"));
-    QXmlStreamReader xml(&file);
-    if (!xml.readNextStartElement() || xml.name() != u"ui") {
-        const QString why = xml.hasError() ? xml.errorString() : QStringLiteral("is not a Designer file");
-        refuse_layout(path, static_cast<int>(xml.lineNumber()), why);
-    }
-    ui_element root = read_element(xml, path, 0);
-    if (xml.hasError()) refuse_layout(path, static_cast<int>(xml.lineNumber()), xml.errorString());
-    return root;
+    if (ahead() == nullptr || ahead()->path != path) return read_now(path);
+    const std::unique_ptr<file_ahead> read = std::move(ahead());
+    read->reader.join();
+    if (read->refusal != nullptr) std::rethrow_exception(read->refusal);
+    return std::move(read->root);
 }

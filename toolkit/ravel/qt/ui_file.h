@@ -29,5 +29,8 @@ struct layout_error : std::runtime_error {
 };
 [[noreturn]] void refuse_layout(const QString& file, int line, const QString& reason);
 
-/// Reads the file; its root element is <ui>. Throws layout_error.
+/// Reads the file; its root element is <ui>. Throws layout_error. GUI thread only.
 ui_element read_ui_file(const QString& path);
+/// Begins to read the file on a thread of its own; the next read_ui_file of that path takes what was read, refusal
+/// included. One file at a time: another one takes its place. GUI thread only.
+void read_ui_file_ahead(const QString& path);

@@ -5,6 +5,7 @@
 #include "toolkit/core/text.h"
 #include "toolkit/ravel/qt/assets.h"
 #include "toolkit/ravel/qt/layout_reader.h"
+#include "toolkit/ravel/qt/ui_file.h"
 #include "toolkit/ravel/qt/window_stack.h"
 
 #include <QCursor>
@@ -62,6 +63,11 @@ widget* window_open_and_close(const char* name, widget* to_close) {
 }
 
 widget* window_open(const char* name) { return window_open_and_close(name, nullptr); }
+
+void window_read_ahead(const char* name) {
+    if (!tk_check_gui_thread(__func__) || name == nullptr || native_window() == nullptr) return;
+    read_ui_file_ahead(layout_path(QString::fromUtf8(name)));
+}
 
 ret_t window_manager_close_window_force(widget* wm, widget* win) {
     widget_state* state = open_window(win);
