@@ -29,6 +29,9 @@ TEST_F(ports, one_that_is_taken_says_so) {
     com::fault_set(com::call::create_file, 0, 1000, 5);
     EXPECT_EQ(vkt({"ports"}), exit_good);
     EXPECT_THAT(out, HoldsPattern("(^|\n)COM7 +.* (被占用|无权限) \\(error 5\\)\n"));
+    EXPECT_EQ(vkt({"ports", "--json"}), exit_good);
+    EXPECT_THAT(out, HoldsPattern(R"x(^\{"ports": \[.*"name": "COM7", [^{]*"can_be_opened": false, )x"
+                                  R"x("cause": "(被占用|无权限) \(error 5\)"\}.*\]\}\n$)x"));
 }
 
 /// A profile of the model with every value that can be changed off its default.
@@ -106,6 +109,9 @@ TEST_F(ports, what_is_always_written_the_same_is_named_and_no_difference) {
     module->set_memory(memory);
     EXPECT_EQ(vkt({"diff", profile_file("VKT531A"), "COM7"}), exit_good);
     EXPECT_EQ(out, "uart_bit_num  UART  数据位  8 位 → 7 位  (always written the same)\n");
+    EXPECT_EQ(vkt({"diff", profile_file("VKT531A"), "COM7", "--json"}), exit_good);
+    EXPECT_EQ(out, R"({"differences": [], "always_same": [{"key": "uart_bit_num", "left": "8", "right": "7"}]})"
+                   "\n");
 }
 
 TEST_F(ports, a_value_that_cannot_be_written_is_read_and_named) {

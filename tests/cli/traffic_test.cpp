@@ -182,13 +182,4 @@ TEST_F(traffic_commands, what_cannot_be_sent_is_said_before_anything) {
     EXPECT_EQ(module->received().size(), 0u);
 }
 
-TEST(durations, in_two_units) {
-    EXPECT_EQ(duration_ms("10ms"), 10);
-    EXPECT_EQ(duration_ms("10"), 10);
-    EXPECT_EQ(duration_ms("1.5s"), 1500);
-    EXPECT_EQ(duration_ms("0"), 0);
-    for (const char* bad : {"", "ms", "-1ms", "1m", "1e9s", "nan", "inf", "1 s"})
-        EXPECT_FALSE(duration_ms(bad)) << bad;
-}
-
 } // namespace

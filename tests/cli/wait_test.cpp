@@ -110,24 +110,27 @@ TEST_F(waiting, one_module_after_the_other) {
 
 TEST_F(waiting, one_that_stays_is_served_once) {
     plug("VKT531A");
+    colour = true;
     EXPECT_EQ(wait_while([&] {
                   see(passed);
                   let_it_look();
               }),
               exit_good);
+    EXPECT_EQ(out, "COM7  1 \x1b[32mpass\x1b[0m  0 fail\n"); // no red where nothing failed
     EXPECT_EQ(module->count().writes, 1u);
     EXPECT_EQ(journal_lines().size(), 2u);
 }
 
 TEST_F(waiting, a_bad_one_that_stays_is_served_once) {
     plug("VKT531A");
+    colour = true;
     module->plan({.what = fault::refuse, .after = 1, .times = 0xFFFFFFFF});
     EXPECT_EQ(wait_while([&] {
                   see("检测配置失败");
                   let_it_look();
               }),
               exit_module);
-    EXPECT_EQ(out, "COM7  0 pass  1 fail\n");
+    EXPECT_EQ(out, "COM7  0 \x1b[32mpass\x1b[0m  1 \x1b[31mfail\x1b[0m\n");
     EXPECT_EQ(err, "vkt: COM7: 检测配置: 检测配置失败\n");
     EXPECT_EQ(module->count().writes, 1u);
     EXPECT_THAT(journal_lines().back(), testing::EndsWith(",fail,检测配置,检测配置失败"));
