@@ -81,11 +81,22 @@ TEST_F(traffic_commands, monitor_counts_what_is_no_frame) {
     EXPECT_THAT(err, HoldsPattern("vkt: COM7: [0-9]+ frames, [1-9][0-9]* bytes in no frame, 0 frames not shown\n"));
 }
 
+TEST_F(traffic_commands, monitor_counts_a_single_byte) {
+    std::thread user([&] {
+        while (module->mode() != "transfer") std::this_thread::yield();
+        module->babble({0x11});
+    });
+    EXPECT_EQ(vkt({"monitor", "COM7", "--seconds", "1"}), exit_good);
+    user.join();
+    EXPECT_EQ(err, "vkt: COM7: 0 frames, 1 bytes in no frame, 0 frames not shown\n");
+}
+
 TEST_F(traffic_commands, monitor_ends_when_nobody_reads_it_any_more) {
     module_sends("rate=40:count=1000:lengths=2");
     accepts_output = false;
     EXPECT_EQ(vkt({"monitor", "COM7"}), exit_usage);
-    EXPECT_EQ(err, "vkt: standard output: cannot be written\n");
+    // On a busy machine a frame may straddle two reads, which is said too.
+    EXPECT_THAT(err, FitsPattern("(vkt: COM7: .* in no frame, .*\n)?vkt: standard output: cannot be written\n"));
     EXPECT_TRUE(comes_to_mode("transfer"));
 }
 
