@@ -148,6 +148,7 @@ TEST_F(many_modules, an_interruption_is_in_the_journal) {
     EXPECT_EQ(vkt({"program", profile_file("VKT531A"), "COM7", "COM8", "--journal", line_csv}), exit_interrupted);
     user.join();
     EXPECT_THAT(content(line_csv), HoldsPattern(",COM8,VKT531A,,[0-9A-F]{8},interrupted,,\n"));
+    EXPECT_EQ(out, ""); // no table of half a run
 }
 
 TEST_F(many_modules, two_hundred_ports_that_are_not_there) {

@@ -47,7 +47,7 @@ TEST(can_texts, what_a_frame_s_text_says_is_in_the_request) {
 }
 
 TEST(can_texts, what_is_refused_changes_nothing) {
-    for (const char* text : {"800#", "20000000#", "123##", "123##g", "123#1g", "123##0123"}) {
+    for (const char* text : {"800#", "20000000#", "12~#", "123#1~", "123##", "123##g", "123#1g", "123##0123"}) {
         traffic_request request{.identifier = 99, .length = 7};
         EXPECT_NE(can_request(text, &request), "") << text;
         EXPECT_EQ(request.identifier, 99u);
