@@ -5,10 +5,13 @@
 #include "app/home_parts.h"
 #include "edits/put_back.h"
 #include "shell/copy_notice.h"
+#include "toolkit/core/idle.h"
 #include "toolkit/core/text.h"
 #include "toolkit/table_view/table_view.h"
 
 #include <algorithm>
+#include <map>
+#include <utility>
 
 namespace {
 
@@ -19,6 +22,15 @@ std::vector<image_difference>& shown() {
     static auto& rows = *new std::vector<image_difference>;
     return rows;
 }
+
+/// The fields on the rows as they are seen: they follow `shown` with the table's next filling.
+std::map<const widget*, const field*>& seen() {
+    static auto& fields = *new std::map<const widget*, const field*>;
+    return fields;
+}
+
+// Whose button is held down: what the press stores may move the rows under the pointer.
+const field* pressed = nullptr;
 
 std::string title_of(const family_descriptor& of, const field& what) {
     const std::string page = what.shown.page < of.pages.size() ? of.pages[what.shown.page] : "";
@@ -61,18 +73,24 @@ ret_t fill_row(uint32_t index, widget* row) {
     const image_difference* one = row_at(index);
     const dev_obj* dev = current_device();
     if (one == nullptr || dev == nullptr) return RET_FAIL;
+    seen()[row] = one->what;
     widget_set_text_utf8(widget_lookup(row, "change_field"), title_of(dev->of, *one->what).c_str());
     widget_set_text_utf8(widget_lookup(row, "change_values"), values_text(*dev, *one, "　").c_str());
     return widget_set_style_state(row, table_row_chosen(row) ? "chosen" : index % 2 == 0 ? "even" : "odd");
 }
 
 ret_t put_back(widget* home, widget* row, put_back_to to) {
-    const image_difference* one = row_at(table_row_index(row));
+    const field* what = std::exchange(pressed, nullptr);
+    if (what == nullptr) what = seen()[row]; // by the keyboard
     dev_obj* dev = current_device();
-    if (one == nullptr || dev == nullptr) return RET_FAIL;
-    const field& what = *one->what;
-    const ret_t ret = edit_put_back(*dev, what, to);
-    return ret == RET_OK ? applied_as(home, what.label) : ret;
+    if (what == nullptr || dev == nullptr) return RET_FAIL;
+    const ret_t ret = edit_put_back(*dev, *what, to);
+    return ret == RET_OK ? applied_as(home, what->label) : ret;
+}
+
+ret_t let_go() {
+    pressed = nullptr;
+    return RET_OK;
 }
 
 ret_t put_all_back(widget* home, put_back_to to, const char* name) {
@@ -98,9 +116,18 @@ ret_t go_to_row(widget* home, uint32_t index) {
 void bind_row(widget* home, widget* row) {
     const std::pair<const char*, put_back_to> buttons[] = {{"button_row_back", put_back_to::module},
                                                            {"button_row_default", put_back_to::defaults}};
-    for (const auto& [name, to] : buttons)
-        widget_on(widget_lookup(row, name), event_type::click,
+    for (const auto& [name, to] : buttons) {
+        widget* button = widget_lookup(row, name);
+        widget_on(button, event_type::pointer_down, [row](const event&) {
+            pressed = seen()[row];
+            return RET_OK;
+        });
+        widget_on(button, event_type::pointer_up,
+                  [](const event&) { return idle_queue(let_go); }); // after the click
+        widget_on(button, event_type::blur, [](const event&) { return let_go(); });
+        widget_on(button, event_type::click,
                   [home, row, to = to](const event&) { return put_back(home, row, to); });
+    }
 }
 
 } // namespace
@@ -145,6 +172,7 @@ ret_t change_list_open(widget* home) {
 
 void change_list_bind(widget* home, ret_t (*applied)(widget* home, const char* name)) {
     applied_as = applied;
+    seen().clear(); // the rows of a window before
     widget* set = widget_need(home, "code_pages");
     const std::pair<const char*, const char*> tabs[] = {{"tab_code", "code_page"}, {"tab_changes", "changes_page"}};
     for (const auto& [tab, page] : tabs)

@@ -18,6 +18,11 @@ auto& made() {
 session_reports no_reports(const family_pages&) { return {}; }
 session_reports (*reports_of)(const family_pages&) = no_reports;
 
+auto& last_models() {
+    static auto& all = *new std::map<const family_pages*, std::string>;
+    return all;
+}
+
 std::string& model() {
     static auto& name = *new std::string("VKT531A");
     return name;
@@ -49,7 +54,15 @@ std::vector<dev_obj*> devices() {
 void device_forget(const family_pages& pages) { made().erase(&pages); }
 
 const std::string& current_model() { return model(); }
-void set_current_model(const std::string& name) { model() = tk_utf8_cut(name, model_name_bytes); }
+void set_current_model(const std::string& name) {
+    model() = tk_utf8_cut(name, model_name_bytes);
+    if (const family_pages* pages = pages_of_model(model())) last_models()[pages] = model();
+}
+
+std::string last_model_of(const family_pages& pages) {
+    const auto found = last_models().find(&pages);
+    return found == last_models().end() ? pages.of->device : found->second;
+}
 
 const family_pages* current_pages() { return pages_of_model(current_model()); }
 

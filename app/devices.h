@@ -19,6 +19,8 @@ void device_forget(const family_pages& pages);
 /// The current model's name (at most 99 bytes are kept), "VKT531A" at start.
 const std::string& current_model();
 void set_current_model(const std::string& name);
+/// The model of a family that was the current one last; the device's name where none was.
+std::string last_model_of(const family_pages& pages);
 /// The current model's family and device; null for a name that is no model, and while there is no device.
 const family_pages* current_pages();
 dev_obj* current_device();

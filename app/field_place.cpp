@@ -20,6 +20,7 @@ const page_tab* field_tab_of(const family_pages& pages, const page_table& table)
 }
 
 ret_t field_go_to(widget* home, const family_pages& pages, std::string_view key) {
+    const refused_kept where_it_leads;
     for (const page_table* table : pages.tables) {
         const page_row* row = row_of(*table, key);
         const page_tab* tab = row == nullptr ? nullptr : field_tab_of(pages, *table);

@@ -12,6 +12,8 @@
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr const char* file_name = "unwritten.json";
@@ -29,9 +31,7 @@ offer_state& offer() {
 std::optional<profile> load() {
     const std::string path = settings_path(file_name);
     if (path.empty() || !fs_file_exist(os_fs(), path.c_str())) return std::nullopt;
-    std::vector<const family_descriptor*> known;
-    for (const family_pages* pages : families()) known.push_back(pages->of);
-    profile_read_result read = profile_load(path, known);
+    profile_read_result read = profile_read(path);
     if (!read.loaded)
         log_write(LOG_LEVEL_WARN, tk_format("%s is not taken: %s\n", path.c_str(),
                                             profile_refusal_line(read.refusals.front()).c_str()));
@@ -41,6 +41,15 @@ std::optional<profile> load() {
 const std::optional<profile>& offered() {
     if (!offer().looked) offer() = {true, load()};
     return offer().found;
+}
+
+/// The family whose edits are kept: the current one, else another with something unwritten. Null: none.
+const family_pages* unwritten_family() {
+    std::vector<const family_pages*> all(families().begin(), families().end());
+    std::ranges::stable_partition(all, [](const family_pages* pages) { return pages == current_pages(); });
+    for (const family_pages* pages : all)
+        if (const dev_obj* dev = device_of(*pages); dev != nullptr && !dev_unwritten(*dev).empty()) return pages;
+    return nullptr;
 }
 
 void remove() {
@@ -69,10 +78,11 @@ ret_t kept_edits_restore(widget* home) {
 void kept_edits_dismiss() { remove(); }
 
 void kept_edits_at_closing() {
-    const dev_obj* dev = current_device();
-    if (dev == nullptr) return;
-    if (dev_unwritten(*dev).empty()) return remove();
-    if (settings_write(file_name, profile_text(profile_of(*dev, current_model()))) != RET_OK)
+    if (current_device() == nullptr) return;
+    const family_pages* pages = unwritten_family();
+    if (pages == nullptr) return remove();
+    const profile edited = profile_of(*device_of(*pages), last_model_of(*pages));
+    if (settings_write(file_name, profile_text(edited)) != RET_OK)
         log_write(LOG_LEVEL_WARN, tk_format("%s cannot be written\n", settings_path(file_name).c_str()));
 }
 

@@ -17,7 +17,8 @@ ret_t kept_edits_restore(widget* home);
 /// They are not wanted.
 void kept_edits_dismiss();
 
-/// At closing: keeps the current model's edits, or removes what an earlier closing has left when there are none.
+/// At closing: keeps the current model's edits, else those of another family; removes what an earlier closing has
+/// left when there are none.
 void kept_edits_at_closing();
 /// Test aid: the next offer looks at the file again.
 void kept_edits_forget();

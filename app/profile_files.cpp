@@ -21,12 +21,7 @@ namespace {
 constexpr const char* text_recent = "最近";
 constexpr const char* text_not_now = "正在与模块通信或监控数据，结束后再载入配置文件";
 constexpr const char* text_leave_first = "已连接，断开后才能切换型号";
-
-std::vector<const family_descriptor*> family_values() {
-    std::vector<const family_descriptor*> all;
-    for (const family_pages* pages : families()) all.push_back(pages->of);
-    return all;
-}
+constexpr const char* text_no_file = "不是文件";
 
 void recent_show(widget* home) {
     std::vector<std::pair<int32_t, std::string>> options = {{0, text_recent}};
@@ -98,6 +93,14 @@ bool profile_may_load() {
     return false;
 }
 
+profile_read_result profile_read(const std::string& path, const family_descriptor* for_family) {
+    // The window would wait for whoever writes into it.
+    if (fs_is_device(os_fs(), path.c_str())) return {.refusals = {{"", text_no_file}}};
+    std::vector<const family_descriptor*> known;
+    for (const family_pages* pages : families()) known.push_back(pages->of);
+    return profile_load(path, known, for_family);
+}
+
 ret_t profile_put(widget* home, const profile& values) {
     dev_obj* dev = current_device();
     if (dev == nullptr || profile_apply(values, *dev) != RET_OK) return RET_FAIL;
@@ -111,8 +114,7 @@ ret_t profile_take(widget* home, const std::string& path) {
         err_display_show(("找不到文件 " + path).c_str());
         return RET_FAIL;
     }
-    const auto known = family_values();
-    profile_read_result read = profile_load(path, known, current_pages()->of);
+    profile_read_result read = profile_read(path, current_pages()->of);
     if (!read.loaded) {
         profile_errors_show(path, read.refusals);
         return RET_FAIL;

@@ -2,6 +2,7 @@
 // the event loop.
 #pragma once
 
+#include "profile/profile.h"
 #include "toolkit/ravel/widget.h"
 
 #include <string>
@@ -22,7 +23,9 @@ ret_t profile_recent_picked(widget* home);
 ret_t profile_save_here(widget* home);
 ret_t profile_save_as(widget* home);
 
+/// A file's profile of any family, or of the one given alone. A pipe or a device is refused unread.
+profile_read_result profile_read(const std::string& path, const family_descriptor* for_family = nullptr);
 /// Writes the values into the current model's device as one step and shows them. RET_FAIL when the store refused.
-ret_t profile_put(widget* home, const struct profile& values);
+ret_t profile_put(widget* home, const profile& values);
 /// Whether values may be taken over now: no session runs, and the data page is closed. Says so where not.
 bool profile_may_load();

@@ -43,11 +43,17 @@ std::optional<settings>& in_use() {
     return one;
 }
 
+/// An error to the log: the settings are first read before the start-up has set its level.
+void complain(const std::string& why) { log_write(LOG_LEVEL_ERROR, settings_path(file_name) + why + "\n"); }
+
 /// What the file holds; null for none, and for one that cannot be read.
-conf_json_ptr file_load() {
+conf_json_ptr file_load(bool aloud) {
     const std::string path = settings_path(file_name);
     const bool there = fs_file_exist(os_fs(), path.c_str()) || fs_dir_exist(os_fs(), path.c_str());
-    return there ? conf_json_load(path.c_str()) : nullptr;
+    const char* why = nullptr;
+    conf_json_ptr conf = there ? conf_json_load_quietly(path.c_str(), &why) : nullptr;
+    if (why != nullptr && aloud) complain(std::string(" ") + why);
+    return conf;
 }
 
 /// A value of another kind gives whatever default it is asked with.
@@ -55,7 +61,7 @@ bool is_flag(const conf_json* conf, const char* key) {
     return conf_json_get_bool(conf, key, false) == conf_json_get_bool(conf, key, true);
 }
 
-settings read_from(const conf_json* conf) {
+settings read_from(const conf_json* conf, bool aloud) {
     settings out;
     std::string wrong;
     for (const settings_flag& row : settings_flags) {
@@ -72,9 +78,7 @@ settings read_from(const conf_json* conf) {
         const std::string path = conf_json_get_str(conf, recent_key(i).c_str(), "");
         if (!path.empty()) out.recent_files.push_back(path);
     }
-    if (!wrong.empty())
-        log_write(LOG_LEVEL_WARN,
-                  tk_format("%s: not understood:%s\n", settings_path(file_name).c_str(), wrong.c_str()));
+    if (!wrong.empty() && aloud) complain(": not understood:" + wrong);
     return out;
 }
 
@@ -89,6 +93,15 @@ void write_to(conf_json* conf, const settings& from) {
             conf_json_set_str(conf, key.c_str(), used ? from.recent_files[i].c_str() : "");
     }
 }
+
+settings changed(settings from, const std::function<void(settings&)>& change) {
+    change(from);
+    if (from.recent_files.size() > recent_files_max) from.recent_files.resize(recent_files_max);
+    return from;
+}
+
+/// A pipe would be waited for.
+bool may_write(const std::string& path) { return !path.empty() && !fs_is_device(os_fs(), path.c_str()); }
 
 /// The folder and the one that it stands in.
 void make_folder() {
@@ -109,28 +122,32 @@ std::string settings_path(const char* file) {
 
 ret_t settings_write(const char* file, const std::string& text) {
     const std::string path = settings_path(file);
-    if (path.empty()) return RET_FAIL;
+    if (!may_write(path)) return RET_FAIL;
     make_folder();
     return fs_write_whole(path.c_str(), text);
 }
 
 const settings& settings_get() {
-    if (!in_use()) in_use() = read_from(file_load().get());
+    if (!in_use()) in_use() = read_from(file_load(true).get(), true);
     return *in_use();
 }
 
 ret_t settings_change(const std::function<void(settings&)>& change) {
-    settings next = settings_get();
-    change(next);
-    if (next.recent_files.size() > recent_files_max) next.recent_files.resize(recent_files_max);
-    if (next == *in_use()) return RET_OK;
+    const settings before = settings_get();
+    const settings next = changed(before, change);
+    if (next == before) return RET_OK;
     in_use() = next;
     const std::string path = settings_path(file_name);
-    conf_json_ptr conf = file_load(); // with what others keep in it
+    // With what others keep in it, and what another window has changed since.
+    conf_json_ptr conf = file_load(false);
+    const settings kept = conf == nullptr ? next : changed(read_from(conf.get(), false), change);
     if (conf == nullptr) conf = conf_json_create(path.c_str());
-    write_to(conf.get(), next);
+    write_to(conf.get(), kept);
     make_folder();
-    if (!path.empty() && conf_json_save_as(conf.get(), path.c_str()) == RET_OK) return RET_OK;
+    if (may_write(path) && conf_json_save_as(conf.get(), path.c_str()) == RET_OK) {
+        in_use()->recent_files = kept.recent_files;
+        return RET_OK;
+    }
     log_write(LOG_LEVEL_WARN, tk_format("%s cannot be written\n", path.c_str()));
     return RET_FAIL;
 }

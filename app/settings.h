@@ -44,8 +44,9 @@ std::string settings_path(const char* file);
 
 /// The settings; read at the first call. What cannot be read has its default, and one line in the log says why.
 const settings& settings_get();
-/// Changes them and, where that makes a difference, replaces the file; one that cannot be written has a line in the
-/// log, and the change holds until the program ends. RET_FAIL then.
+/// Changes them and, where that makes a difference, replaces the file; what another window of the program has
+/// changed in it stays. `change` is called for this window's and for the file's. A file that cannot be written has
+/// a line in the log, and the change holds until the program ends. RET_FAIL then.
 ret_t settings_change(const std::function<void(settings&)>& change);
 /// Test aid: the next settings_get reads the file again.
 void settings_forget();

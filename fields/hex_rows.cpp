@@ -35,6 +35,18 @@ ret_t mark_text(const bound_row& at) {
     return mark_unlike(at, text, sent, "不是十六进制数");
 }
 
+/// The same for a text that may not have been stored.
+void mark_on_show(const bound_row& at) {
+    const std::string text = widget_get_text_utf8(at.w);
+    const std::vector<uint8_t> sent = row_image_bytes(at);
+    std::vector<uint8_t> meant(sent.size());
+    hex_pairs_to_bytes(text, meant);
+    if (meant == sent)
+        mark_text(at);
+    else
+        mark_unlike(at, text, sent, "未采用");
+}
+
 void fill_text(const bound_row& at) {
     widget_set_text_utf8(at.w, row_text(at).c_str());
     mark_text(at);
@@ -124,8 +136,10 @@ ret_t leave_byte(const bound_row& at) {
 
 } // namespace
 
-const kind_ops hex_text_ops = {.fill = fill_text, .focus = show_image_digits, .blur = leave_text};
-const kind_ops hex_pair_ops = {.fill = fill_text, .changed = change_pair, .focus = show_image_digits};
+const kind_ops hex_text_ops = {
+    .fill = fill_text, .focus = show_image_digits, .blur = leave_text, .mark = mark_on_show};
+const kind_ops hex_pair_ops = {
+    .fill = fill_text, .changed = change_pair, .focus = show_image_digits, .mark = mark_on_show};
 const kind_ops hex_word_ops = {.fill = fill_word, .changing = filter_word, .focus = focus_word, .blur = leave_word};
 const kind_ops hex_number_ops = {
     .fill = fill_byte, .changing = filter_byte, .focus = focus_byte, .blur = leave_byte};

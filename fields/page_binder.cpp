@@ -41,10 +41,28 @@ void apply_rules_of(const page_table& table, widget* page, dev_obj& dev, const f
             if (widget* w = widget_lookup(page, row.name)) apply_rule({table, row, page, w, dev});
 }
 
-void fill(const bound_row& at) {
-    widget_set_refused(at.w, nullptr);
+int refused_keepers = 0;
+
+bool keeps_refused(const bound_row& at) { return refused_keepers > 0 && widget_get_refused(at.w); }
+
+/// A number on show is what is sent, beside the reason; where that has changed the reason is of yesterday.
+void fill_refused(const bound_row& at) {
     const kind_ops& ops = kind_ops_of(at.row);
-    if (ops.fill != nullptr) ops.fill(at);
+    if (ops.mark != nullptr) return ops.mark(at);
+    if (ops.fill == nullptr || widget_get_focused(at.w)) return;
+    const std::string before = widget_get_text_utf8(at.w);
+    ops.fill(at);
+    if (widget_get_text_utf8(at.w) != before) widget_set_refused(at.w, nullptr);
+}
+
+void fill(const bound_row& at) {
+    const kind_ops& ops = kind_ops_of(at.row);
+    if (keeps_refused(at)) {
+        fill_refused(at);
+    } else {
+        widget_set_refused(at.w, nullptr);
+        if (ops.fill != nullptr) ops.fill(at);
+    }
     apply_rule(at);
 }
 
@@ -104,6 +122,9 @@ ret_t report_lost(const page_table& table, std::string_view name, event_type typ
 
 } // namespace
 
+refused_kept::refused_kept() { ++refused_keepers; }
+refused_kept::~refused_kept() { --refused_keepers; }
+
 void page_on_pointed(field_pointed to) { told_pointed() = std::move(to); }
 
 ret_t page_event(const page_table& table, const page_row& row, widget* page, dev_obj& dev, const event& what) {
@@ -119,6 +140,7 @@ ret_t page_event(const page_table& table, const page_row& row, widget* page, dev
         result = ops.changing(at);
         break;
     case event_type::focus:
+        if (keeps_refused(at)) return RET_OK;
         result = ops.focus(at);
         break;
     case event_type::blur:

@@ -96,6 +96,16 @@ struct page_table {
     page_inside inside{};
 };
 
+/// While one lives, filling a page and coming to a field leave what was refused and why as it stands, unless
+/// another value has come into its place: the user is being led there.
+class refused_kept {
+  public:
+    refused_kept();
+    ~refused_kept();
+    refused_kept(const refused_kept&) = delete;
+    refused_kept& operator=(const refused_kept&) = delete;
+};
+
 /// Called when the user comes to a field or leaves it, by the pointer or by the keyboard. One for the program; a
 /// null function: nobody.
 using field_pointed = std::function<void(dev_obj& dev, const field& what, event_type how)>;

@@ -24,6 +24,8 @@ struct kind_ops {
     ret_t (*focus)(const bound_row& at) = nullptr;
     ret_t (*blur)(const bound_row& at) = nullptr;
     ret_t (*click)(const bound_row& at) = nullptr;
+    /// Of a row that goes on showing a refused text: marks the text on show, or clears its mark.
+    void (*mark)(const bound_row& at) = nullptr;
     std::span<const choice_option> options{}; ///< offered instead of the field's choices
 };
 const kind_ops& kind_ops_of(const page_row& row);

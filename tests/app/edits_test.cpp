@@ -239,6 +239,22 @@ TEST_F(edits, the_list_has_what_a_write_would_change_and_leads_to_it) {
     EXPECT_FALSE(enabled("button_all_default"));
 }
 
+// The press stores what is being typed, and the rows move under the pointer.
+TEST_F(edits, a_row_s_button_acts_on_the_field_that_was_pressed) {
+    click(home(), "table_button_can");
+    click(home(), "tab_changes");
+    for (const char* button : {"button_row_back", "button_row_default"}) {
+        click(at("page_can"), "check_button");
+        ASSERT_TRUE(wait([] { return text(at("changes_table"), "change_field") == "CAN · 启用接收滤波"; }));
+        EXPECT_EQ(user_does(std::string("type home_page/page_can/edit_send 12345678\n") +
+                            "press home_page/changes_table/change_row[0]/" + button + " 150\n"),
+                  "");
+        click(home(), "button_copy_changes");
+        EXPECT_EQ(clip_board_get_text(), "CAN · 帧标识\t当前: 12 34 56 78\t默认: 00 00 00 00\n") << button;
+        click(home(), "button_all_default");
+    }
+}
+
 TEST_F(edits, the_list_names_what_is_always_written_the_same_way) {
     plug("VKT531A");
     std::vector<uint8_t> memory = module->memory();
@@ -268,6 +284,59 @@ TEST_F(edits, a_refused_input_comes_first_in_the_line_which_leads_to_it) {
     click(home(), "vkt510a_tab_button_can");
     click(home(), "truth_line");
     EXPECT_TRUE(visible("page_vkt510a_uart"));
+}
+
+TEST_F(edits, the_line_leads_to_a_refused_number_with_its_reason_standing) {
+    pick("combo_box_ex_dev", "VKT510A");
+    click(home(), "vkt510a_tab_button_uart");
+    widget* box = widget_lookup(at("page_vkt510a_uart"), "spin_box_distance_vkt510a");
+    EXPECT_EQ(user_does("type home_page/page_vkt510a_uart/spin_box_distance_vkt510a 999\nkey Tab\n"), "");
+    const std::string line = widget_get_refused_line(box);
+    const std::string why = tooltip("page_vkt510a_uart/spin_box_distance_vkt510a");
+    ASSERT_NE(line, "");
+    click(home(), "vkt510a_tab_button_can");
+    click(home(), "truth_line");
+    EXPECT_TRUE(widget_get_focused(box));
+    EXPECT_EQ(widget_get_refused_line(box), line);
+    EXPECT_EQ(tooltip("page_vkt510a_uart/spin_box_distance_vkt510a"), why);
+    EXPECT_EQ(truth(), "有 1 项输入未被接受");
+    click(home(), "truth_line");
+    EXPECT_EQ(widget_get_refused_line(box), line) << "once more";
+    click(home(), "vkt510a_tab_button_can");
+    click(home(), "vkt510a_tab_button_uart");
+    EXPECT_FALSE(widget_get_refused(box)) << "by its tab";
+}
+
+TEST_F(edits, the_line_leads_to_a_refused_text_as_it_was_typed) {
+    click(home(), "table_button_can");
+    EXPECT_EQ(user_does("type home_page/page_can/edit_send xyz\nkey Tab\n"), "");
+    widget* edit = widget_lookup(at("page_can"), "edit_send");
+    const std::string typed = text(at("page_can"), "edit_send");
+    const std::string line = widget_get_refused_line(edit);
+    ASSERT_TRUE(widget_get_refused(edit)) << typed;
+    click(home(), "table_button_change");
+    click(home(), "truth_line");
+    EXPECT_TRUE(widget_get_focused(edit));
+    EXPECT_EQ(text(at("page_can"), "edit_send"), typed);
+    EXPECT_EQ(widget_get_refused_line(edit), line);
+    EXPECT_EQ(user_does("key Tab\n"), "");
+    EXPECT_EQ(text(at("page_can"), "edit_send"), typed);
+    EXPECT_EQ(truth(), "有 1 项输入未被接受");
+}
+
+TEST_F(edits, the_line_leads_to_what_has_come_in_a_refused_number_s_place) {
+    pick("combo_box_ex_dev", "VKT510A");
+    click(home(), "vkt510a_tab_button_uart");
+    EXPECT_EQ(user_does("type home_page/page_vkt510a_uart/spin_box_distance_vkt510a 9\nkey Tab\n"
+                        "type home_page/page_vkt510a_uart/spin_box_distance_vkt510a 999\nkey Tab\n"),
+              "");
+    EXPECT_EQ(text(at("page_vkt510a_uart"), "spin_box_distance_vkt510a"), "9");
+    click(home(), "vkt510a_tab_button_can");
+    click(home(), "button_default");
+    click(home(), "truth_line");
+    EXPECT_TRUE(visible("page_vkt510a_uart"));
+    EXPECT_EQ(text(at("page_vkt510a_uart"), "spin_box_distance_vkt510a"), "2");
+    EXPECT_EQ(truth(), "默认值，尚未读取");
 }
 
 TEST_F(edits, a_check_compares_and_touches_nothing) {

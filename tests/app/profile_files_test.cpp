@@ -10,6 +10,9 @@
 
 #include <cstring>
 #include <fstream>
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -90,6 +93,27 @@ TEST_F(profile_files, a_folder_and_a_file_of_100_mb_are_refused) {
     }
     fs::remove(large);
 }
+
+#ifndef _WIN32
+TEST_F(profile_files, a_pipe_is_refused_without_waiting_for_its_writer) {
+    const std::string pipe = (tree() / "bin" / "pipe.json").generic_string();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    std::string failed;
+    user_will_do("wait profile_errors/profile_errors_list contains 不是文件\nclick profile_errors/ok", &failed);
+    EXPECT_EQ(profile_take(home(), pipe), RET_FAIL);
+    settle();
+    EXPECT_EQ(failed, "");
+    fs::remove(pipe);
+}
+
+TEST_F(profile_files, a_pipe_in_the_place_of_kept_edits_is_none) {
+    fs::create_directories(settings_folder());
+    ASSERT_EQ(mkfifo(settings_path("unwritten.json").c_str(), 0600), 0);
+    kept_edits_forget();
+    EXPECT_FALSE(kept_edits_offer());
+    EXPECT_THAT(said(), HasSubstr("不是文件"));
+}
+#endif
 
 TEST_F(profile_files, none_is_taken_while_a_session_runs) {
     plug("VKT531A");
@@ -185,6 +209,21 @@ TEST_F(profile_files, unwritten_edits_are_kept_offered_and_taken) {
     EXPECT_TRUE(fs::exists(settings_path("unwritten.json"))) << "they are still unwritten";
     kept_edits_dismiss();
     EXPECT_FALSE(fs::exists(settings_path("unwritten.json")));
+}
+
+TEST_F(profile_files, edits_of_a_family_that_is_not_shown_are_kept_too) {
+    pick("combo_box_ex_dev", "VKT530A");
+    click(home(), "table_button_uart");
+    pick("page_uart/combo_box_ex_bps", "9600");
+    pick("combo_box_ex_dev", "VKT610B");
+    kept_edits_at_closing();
+    kept_edits_forget();
+    EXPECT_EQ(kept_edits_offer(), "VKT530A");
+    click(home(), "vkt610b_tab_button_uart");
+    pick("page_vkt610b_uart_1/combo_box_ex_bps_1_vkt610b", "9.6k");
+    kept_edits_at_closing();
+    kept_edits_forget();
+    EXPECT_EQ(kept_edits_offer(), "VKT610B") << "what is on show counts before";
 }
 
 TEST_F(profile_files, what_the_module_holds_is_not_unwritten) {

@@ -4,6 +4,9 @@
 #include "tests/support/app_fixture.h"
 
 #include <fstream>
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -87,9 +90,50 @@ TEST_F(settings_file, a_file_that_is_none_has_one_line_and_is_replaced) {
         EXPECT_EQ(lines_said(), 1U) << said();
         EXPECT_THAT(said(), HasSubstr("settings.json"));
         EXPECT_EQ(settings_change([](settings& s) { s.close_progress = true; }), RET_OK);
+        EXPECT_EQ(lines_said(), 1U) << "said once: " << said();
         settings_forget();
         EXPECT_TRUE(settings_get().close_progress) << text;
     }
+}
+
+TEST_F(settings_file, the_line_is_said_also_before_the_log_has_its_level) {
+    log_set_log_level(LOG_LEVEL_ERROR);
+    holds("{");
+    settings_get();
+    EXPECT_EQ(lines_said(), 1U);
+    said_clear();
+    holds(R"({"close_progress": [1]})");
+    settings_get();
+    EXPECT_EQ(lines_said(), 1U);
+    log_set_log_level(LOG_LEVEL_DEBUG);
+}
+
+#ifndef _WIN32
+TEST_F(settings_file, a_pipe_in_its_place_is_none) {
+    fs::create_directories(settings_folder());
+    ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+    EXPECT_EQ(settings_get(), settings{}) << "nobody writes into it, so reading it would wait for ever";
+    EXPECT_EQ(lines_said(), 1U);
+    EXPECT_EQ(settings_change([](settings& s) { s.close_progress = true; }), RET_FAIL) << "nobody reads it either";
+    EXPECT_EQ(settings_write("settings.json", "{}"), RET_FAIL);
+}
+#endif
+
+TEST_F(settings_file, what_another_window_has_changed_meanwhile_stays) {
+    holds(R"({"recent_1": "/old.json"})");
+    EXPECT_EQ(settings_get().recent_files.size(), 1U);
+    std::ofstream(file(), std::ios::binary)
+        << R"({"check_after_write": true, "window_w": 1100, "recent_1": "/theirs.json", "recent_2": "/old.json"})";
+    EXPECT_EQ(settings_change([](settings& s) { s.confirm_write = true; }), RET_OK);
+    EXPECT_FALSE(settings_get().check_after_write) << "this window's switch stands as it is";
+    EXPECT_EQ(settings_change([](settings& s) { s.recent_files.insert(s.recent_files.begin(), "/mine.json"); }),
+              RET_OK);
+    EXPECT_THAT(settings_get().recent_files, ElementsAre("/mine.json", "/theirs.json", "/old.json"));
+    settings_forget();
+    EXPECT_EQ(settings_get(), (settings{.window_w = 1100,
+                                        .check_after_write = true,
+                                        .confirm_write = true,
+                                        .recent_files = {"/mine.json", "/theirs.json", "/old.json"}}));
 }
 
 TEST_F(settings_file, cut_at_every_byte_it_is_none_or_whole) {

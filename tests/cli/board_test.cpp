@@ -137,6 +137,7 @@ TEST_F(board, results_are_coloured_where_colours_are_shown) {
 
 TEST(widths, of_texts_on_a_terminal) {
     EXPECT_EQ(shown_width("ab写 –→"), 7u);
+    EXPECT_EQ(shown_width("\xE3\x80\x80\xC3\xA9"), 3u); // the first of the wide ones; one of the others
     EXPECT_EQ(shown_width("\x1b[32mpass\x1b[0m!"), 5u);
     EXPECT_EQ(cut_to_width("a写b", 2), "a");
     EXPECT_EQ(cut_to_width("a写b", 3), "a写");

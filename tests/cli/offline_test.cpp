@@ -25,7 +25,38 @@ TEST_F(offline, without_a_command_the_help_fits_a_screen) {
 TEST_F(offline, help_of_a_command) {
     EXPECT_EQ(vkt({"write", "--help"}), exit_good);
     EXPECT_THAT(out, StartsWith("usage: vkt write FILE PORT [--model MODEL] [--check] [--dry-run] [--ac]\n"));
-    EXPECT_THAT(out, HasSubstr("\n  --dry-run "));
+    EXPECT_THAT(out, HasSubstr("\n\nwrite a profile into a module\nWith --check the module is read again "));
+    EXPECT_THAT(out, HasSubstr("something else.\n\n  FILE              a profile\n"));
+    EXPECT_THAT(out, HasSubstr("\n  -m,--model MODEL  the module's model\n"));
+    EXPECT_THAT(out, HasSubstr("\n  --dry-run         print the frames, open no port\n"));
+    EXPECT_THAT(out, testing::EndsWith("\n  -q,--quiet        nothing but errors\n"));
+    EXPECT_EQ(vkt({"-h", "models"}), exit_good);
+    EXPECT_THAT(out, StartsWith("usage: vkt models\n\nthe models that can be set up\n\n  --json "));
+}
+
+TEST_F(offline, options_that_need_no_command) {
+    EXPECT_EQ(vkt({"--version"}), exit_good);
+    EXPECT_EQ(out, program_version() + std::string("\n"));
+    EXPECT_EQ(vkt({}), exit_good);
+    const std::string help = out;
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"-h"}, {"--json"}, {"-q"}, {"-v"}, {"--make=nothing"}}) {
+        EXPECT_EQ(vkt(words), exit_good) << words[0];
+        EXPECT_EQ(out, help) << words[0];
+    }
+    EXPECT_EQ(vkt({"models"}), exit_good);
+    const std::string models = out;
+    EXPECT_EQ(vkt({"models", "--version"}), exit_good);
+    EXPECT_EQ(out, models);
+}
+
+TEST_F(offline, words_behind_two_dashes_are_no_options) {
+    EXPECT_EQ(vkt({"show", "--", "--jsno"}), exit_usage);
+    EXPECT_EQ(err, "vkt: --jsno: 文件不存在\n");
+    EXPECT_EQ(vkt({"show", "--jsno", "--", "a"}), exit_usage);
+    EXPECT_EQ(err, "vkt: there is no option \"--jsno\"; did you mean \"--json\"?\n");
+    EXPECT_EQ(vkt({"--jsno"}), exit_usage);
+    EXPECT_EQ(err, "vkt: there is no option \"--jsno\"; did you mean \"--json\"?\n");
 }
 
 TEST_F(offline, unknown_words_suggest_the_nearest) {
@@ -57,8 +88,10 @@ TEST_F(offline, what_is_missing_or_too_much_is_said) {
 
 TEST_F(offline, models) {
     EXPECT_EQ(vkt({"models"}), exit_good);
-    for (const char* name : {"VKT510A", "VKT530A", "VKT531A", "VKT610B", "VKT630B", "VKT631B"})
-        EXPECT_THAT(out, HasSubstr(name));
+    EXPECT_EQ(out, "VKT510A  24 values  image of 60 bytes\nVKT531A  33 values  image of 60 bytes\n"
+                   "VKT530A  33 values  image of 60 bytes\nVKT610B  46 values  image of 35 32-bit registers\n"
+                   "VKT630B  46 values  image of 35 32-bit registers\n"
+                   "VKT631B  46 values  image of 35 32-bit registers\n");
     EXPECT_EQ(vkt({"models", "--json"}), exit_good);
     EXPECT_EQ(out, R"({"models": ["VKT510A", "VKT531A", "VKT530A", "VKT610B", "VKT630B", "VKT631B"]})"
                    "\n");
@@ -72,9 +105,13 @@ TEST_F(offline, fields_of_every_model) {
                 EXPECT_THAT(out, HasSubstr(std::string("\n") + row->key + " "));
         }
     EXPECT_EQ(vkt({"fields", "VKT531A"}), exit_good);
+    EXPECT_THAT(out, HoldsPattern("^KEY +PAGE +LABEL +DEFAULT +PLACE +RANGE\n"));
+    EXPECT_THAT(out, HoldsPattern("\nchange_err_check +转换参数 +校验字节 +否 +byte 5 +否 \\| 是\n"));
     EXPECT_THAT(out, HoldsPattern(
                          "\ncan_filtration +CAN +滤波帧类型 +仅扩展滤波 +byte 9 +0=仅标准滤波 \\| 8=仅扩展滤波\n"));
     EXPECT_THAT(out, HoldsPattern("\nchange_star +转换参数 +起始位置 +0 字节 +byte 53 +0–7 字节\n"));
+    EXPECT_EQ(vkt({"fields", "VKT630B"}), exit_good);
+    EXPECT_THAT(out, HoldsPattern(" 0=400k \\| 1=500k \\| 2=800k \\| 3=1M \\| 4=2M \\| 5=4M \\| 6=5M \\(0–7\\)\n"));
     EXPECT_EQ(vkt({"fields", "VKT630B", "--json"}), exit_good);
     EXPECT_THAT(out, StartsWith(R"({"model": "VKT630B", "fields": [{"key": "change_mode_vkt610b", )"));
     EXPECT_THAT(
@@ -126,6 +163,10 @@ TEST_F(offline, show_of_registers) {
     EXPECT_THAT(out, StartsWith("AA 07 02 FF 00 01 00 00 00 1D 2C\n"));
     EXPECT_EQ(vkt({"show", path, "--ac"}), exit_good);
     EXPECT_THAT(out, StartsWith("AC 07 02 FF 00 01 00 00 00 "));
+    EXPECT_EQ(vkt({"show", path, "--json", "--ac"}), exit_good);
+    EXPECT_THAT(
+        out, HoldsPattern(
+                 R"(^\{"model": "VKT630B", "frames": \["AC0702[0-9A-F]{16}"(, "AC0702[0-9A-F]{16}"){33}\]\}\n$)"));
 }
 
 // ---- set ----
@@ -165,6 +206,13 @@ TEST_F(offline, set_into_another_file_with_a_note) {
     EXPECT_EQ(read.loaded->note, "夹具 3");
     EXPECT_EQ(read.loaded->find("spi_time_vkt510a")->value.number, 9u);
     EXPECT_EQ(vkt({"set", path, "--note", std::string(1001, 'a')}), exit_usage);
+    EXPECT_EQ(err, "vkt: --note: longer than 1000 bytes\n");
+    EXPECT_EQ(content(path), before);
+    EXPECT_EQ(vkt({"set", path, "--note", std::string(1000, 'a'), "--json", "spi_time_vkt510a=9"}), exit_good);
+    EXPECT_EQ(out + err, "");
+    EXPECT_EQ(profile_load(path, all_families).loaded->note, std::string(1000, 'a'));
+    EXPECT_EQ(vkt({"set", path, "spi_time_vkt510a=8"}), exit_good); // the note stays
+    EXPECT_EQ(profile_load(path, all_families).loaded->note, std::string(1000, 'a'));
 }
 
 // ---- bad files ----

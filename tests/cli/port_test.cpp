@@ -29,6 +29,9 @@ TEST_F(ports, one_that_is_taken_says_so) {
     com::fault_set(com::call::create_file, 0, 1000, 5);
     EXPECT_EQ(vkt({"ports"}), exit_good);
     EXPECT_THAT(out, HoldsPattern("(^|\n)COM7 +.* (被占用|无权限) \\(error 5\\)\n"));
+    EXPECT_EQ(vkt({"ports", "--json"}), exit_good);
+    EXPECT_THAT(out, HoldsPattern(R"x(^\{"ports": \[.*"name": "COM7", [^{]*"can_be_opened": false, )x"
+                                  R"x("cause": "(被占用|无权限) \(error 5\)"\}.*\]\}\n$)x"));
 }
 
 /// A profile of the model with every value that can be changed off its default.
@@ -99,6 +102,18 @@ TEST_F(ports, a_check_that_fails_names_the_fields) {
     EXPECT_EQ(out, "can_baud_rate  CAN  波特率  125K bps → 20K bps\n");
 }
 
+TEST_F(ports, a_check_takes_no_account_of_what_is_always_written_the_same) {
+    plug("VKT531A");
+    const std::string path = profile_file("VKT531A");
+    const sim::fault_plan plan{.what = fault::patch, .after = 2, .argument = (4 + 1) * 256 + 7};
+    module->plan(plan);
+    EXPECT_EQ(vkt({"write", path, "COM7", "--check"}), exit_good);
+    EXPECT_EQ(out, "uart_bit_num  UART  数据位  8 位 → 7 位  (always written the same)\n");
+    module->plan(plan);
+    EXPECT_EQ(vkt({"program", path, "COM7", "--check"}), exit_good) << err;
+    EXPECT_EQ(out, "COM7  pass\n");
+}
+
 TEST_F(ports, what_is_always_written_the_same_is_named_and_no_difference) {
     plug("VKT531A");
     std::vector<uint8_t> memory = module->memory();
@@ -106,6 +121,9 @@ TEST_F(ports, what_is_always_written_the_same_is_named_and_no_difference) {
     module->set_memory(memory);
     EXPECT_EQ(vkt({"diff", profile_file("VKT531A"), "COM7"}), exit_good);
     EXPECT_EQ(out, "uart_bit_num  UART  数据位  8 位 → 7 位  (always written the same)\n");
+    EXPECT_EQ(vkt({"diff", profile_file("VKT531A"), "COM7", "--json"}), exit_good);
+    EXPECT_EQ(out, R"({"differences": [], "always_same": [{"key": "uart_bit_num", "left": "8", "right": "7"}]})"
+                   "\n");
 }
 
 TEST_F(ports, a_value_that_cannot_be_written_is_read_and_named) {
@@ -149,7 +167,7 @@ TEST_F(ports, progress_shows_on_a_terminal_only) {
     EXPECT_EQ(vkt({"read", "COM7", "-m", "VKT531A", "-o", file("a.json")}), exit_good);
     EXPECT_THAT(err, HasSubstr("COM7 100% 读配置完成"));
     EXPECT_TRUE(err.ends_with("\r\x1b[K"));
-    for (const char* option : {"-q", "--json"}) {
+    for (const char* option : {"-q", "--json", "-v"}) {
         EXPECT_EQ(vkt({option, "read", "COM7", "-m", "VKT531A", "-o", file("a.json")}), exit_good);
         EXPECT_EQ(err.find('%'), std::string::npos);
     }
@@ -229,6 +247,43 @@ TEST_F(ports, a_failed_run_leaves_the_module_as_a_good_one_does) {
     EXPECT_EQ(vkt({"write", profile_file("VKT610B"), "COM7", "--check"}), exit_good); // the port is free again
 }
 
+TEST_F(ports, a_module_that_cannot_be_left_is_an_error) {
+    plug("VKT610B");
+    const std::string path = profile_file("VKT610B");
+    for (const bool program : {false, true}) {
+        com::fault_clear();
+        com::fault_set(com::call::write_file, 2, 1000000, 87); // behind "config" and the read
+        const std::vector<std::string> words = program ? std::vector<std::string>{"program", path, "COM7"}
+                                                       : std::vector<std::string>{"read", "COM7", "-m", "VKT610B"};
+        if (program) {
+            com::fault_clear();
+            com::fault_set(com::call::write_file, 35, 1000000, 87); // "config" and 34 registers
+        }
+        EXPECT_EQ(vkt(words), exit_port);
+        EXPECT_EQ(err, "vkt: COM7: 模式转换中: 写操作失败\n");
+    }
+    com::fault_clear();
+    // What went wrong before that comes first.
+    module->plan({.what = fault::bad_check});
+    com::fault_set(com::call::write_file, 2, 1000000, 87);
+    EXPECT_EQ(vkt({"read", "COM7", "-m", "VKT610B"}), exit_module);
+    EXPECT_EQ(err, "vkt: COM7: 读配置: 应答帧校验失败\n");
+}
+
+TEST_F(ports, a_profile_may_have_the_name_of_a_port) {
+    plug("VKT531A");
+    const std::string path = profile_file("VKT531A");
+    const std::filesystem::path here = std::filesystem::current_path();
+    std::filesystem::current_path(files);
+    std::filesystem::copy_file(path, "COM7");
+    EXPECT_EQ(vkt({"diff", path, "COM7"}), exit_good);
+    EXPECT_EQ(out, "一致\n");
+    EXPECT_EQ(module->received().size(), 0u);
+    EXPECT_EQ(vkt({"diff", path, "none.json"}), exit_usage);
+    EXPECT_EQ(err, "vkt: none.json: 文件不存在\n");
+    std::filesystem::current_path(here);
+}
+
 TEST_F(ports, why_one_cannot_be_opened) {
     const std::vector<std::string> read = {"read", "COM7", "-m", "VKT531A"};
     EXPECT_EQ(vkt({"read", "COM499", "-m", "VKT531A"}), exit_port);
@@ -247,6 +302,15 @@ TEST_F(ports, why_one_cannot_be_opened) {
 }
 
 #ifndef _WIN32 // Wine opens a port twice, and knows no rights
+
+TEST_F(ports, a_device_is_named_by_its_path) {
+    plug("VKT531A");
+    const std::string path = profile_file("VKT531A");
+    EXPECT_EQ(vkt({"write", path, module->port_path()}), exit_good) << err;
+    EXPECT_EQ(out, module->port_path() + ": VKT531A 写配置完成\n");
+    EXPECT_EQ(vkt({"diff", path, module->port_path()}), exit_good) << err;
+    EXPECT_EQ(out, "一致\n");
+}
 
 TEST_F(ports, one_that_another_program_holds) {
     plug("VKT531A");

@@ -57,6 +57,30 @@ TEST_F(many_modules, a_bad_one_does_not_stop_the_others) {
     EXPECT_THAT(out, HasSubstr(R"({"port": "COM8", "result": "pass", "firmware": "", "step": "", "text": ""})"));
 }
 
+TEST_F(many_modules, a_failure_as_json_and_in_the_journal_has_its_step_and_cause) {
+    plug("VKT531A");
+    const std::string path = profile_file("VKT531A");
+    EXPECT_EQ(vkt({"--json", "program", path, "COM499", "COM7", "--journal", line_csv}), exit_port);
+    EXPECT_EQ(out, R"({"model": "VKT531A", "profile": ")" + checksum_of(content(path)) +
+                       R"(", "modules": [{"port": "COM499", "result": "fail", "firmware": "", "step": "开始连接", )"
+                       R"("text": "串口打开失败"}, {"port": "COM7", "result": "pass", "firmware": "", "step": "", )"
+                       R"("text": ""}]})"
+                       "\n");
+    EXPECT_THAT(content(line_csv), HasSubstr(",fail,开始连接,串口打开失败: 不存在 (error 2)\n"));
+    EXPECT_EQ(module->count().reads, 0u); // nobody asked for a check
+}
+
+#ifndef _WIN32
+TEST_F(many_modules, a_journal_that_is_full_is_an_error_of_its_own) {
+    plug("VKT531A");
+    const std::string path = profile_file("VKT531A");
+    EXPECT_EQ(vkt({"program", path, "COM7", "--journal", "/dev/full"}), exit_usage);
+    EXPECT_EQ(out, "COM7  pass\n");
+    EXPECT_EQ(err, "vkt: /dev/full: cannot be written\nCOM7: VKT531A 通过\n");
+    EXPECT_EQ(vkt({"program", path, "COM499", "--journal", "/dev/full"}), exit_port); // the higher one
+}
+#endif
+
 TEST_F(many_modules, the_firmware_is_stated_as_the_window_states_it) {
     plug("VKT510A");
     EXPECT_EQ(vkt({"program", profile_file("VKT510A"), "COM7", "--journal", line_csv}), exit_good) << err;
@@ -124,6 +148,7 @@ TEST_F(many_modules, an_interruption_is_in_the_journal) {
     EXPECT_EQ(vkt({"program", profile_file("VKT531A"), "COM7", "COM8", "--journal", line_csv}), exit_interrupted);
     user.join();
     EXPECT_THAT(content(line_csv), HoldsPattern(",COM8,VKT531A,,[0-9A-F]{8},interrupted,,\n"));
+    EXPECT_EQ(out, ""); // no table of half a run
 }
 
 TEST_F(many_modules, two_hundred_ports_that_are_not_there) {
@@ -198,7 +223,5 @@ TEST_F(many_modules, the_journal_of_a_hundred_agrees_with_the_modules) {
     }
     EXPECT_GE(line, 100u);
 }
-
-TEST(checksums, are_those_of_everybody) { EXPECT_EQ(checksum_of("123456789"), "CBF43926"); }
 
 } // namespace

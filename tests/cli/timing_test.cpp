@@ -60,6 +60,25 @@ TEST_F(timing, without_any_divider_it_fails) {
     EXPECT_EQ(err, "vkt: no divider of the clock has candidates for every phase\n");
 }
 
+TEST_F(timing, of_two_that_are_as_near_the_better_is_named) {
+    EXPECT_EQ(vkt({"timing", "--nominal", "500k", "--data", "2m", "--sample", "87", "--clock", "100m"}),
+              exit_usage);
+    EXPECT_EQ(out, "divider 2: data 2m: no candidate at 87.00 %, the nearest is at 88.00 %\n");
+    EXPECT_EQ(vkt({"timing", "--nominal=500K", "--data=2M", "--sample=87.5", "--clock=50M", "--json"}), exit_good);
+    EXPECT_THAT(out, HasSubstr(R"({"divider": 4, "phase": "data", "kbit": 2000, "brp": 1, "tseg1": 22, )"
+                               R"("tseg2": 3, "sample": "87.50"}], "refused": []})"));
+    EXPECT_EQ(vkt({"timing", "--nominal=500K", "--sample=12", "--clock=50M", "--json"}), exit_usage);
+    EXPECT_EQ(out, R"({"candidates": [], "refused": [{"divider": 4, "phase": "nominal", )"
+                   R"("reason": "no candidate at 12.00 %, the nearest is at 87.50 %"}]})"
+                   "\n");
+}
+
+TEST_F(timing, without_lists_it_says_where_they_were_looked_for) {
+    timing_list_folder() = file("absent");
+    EXPECT_EQ(vkt({"timing", "--nominal", "500K"}), exit_usage);
+    EXPECT_THAT(err, testing::EndsWith("/../tools/bps_data_list: no timing lists there\n"));
+}
+
 TEST_F(timing, what_cannot_be_asked_for) {
     const std::tuple<const char*, const char*, const char*> rows[] = {
         {"--clock", "80M", "the modules have 200M, 100M, 50M, 40M, 25M"},

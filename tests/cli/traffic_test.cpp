@@ -81,11 +81,32 @@ TEST_F(traffic_commands, monitor_counts_what_is_no_frame) {
     EXPECT_THAT(err, HoldsPattern("vkt: COM7: [0-9]+ frames, [1-9][0-9]* bytes in no frame, 0 frames not shown\n"));
 }
 
+TEST_F(traffic_commands, monitor_counts_a_single_byte) {
+    std::thread user([&] {
+        while (module->mode() != "transfer") std::this_thread::yield();
+        module->babble({0x11});
+    });
+    EXPECT_EQ(vkt({"monitor", "COM7", "--seconds", "1"}), exit_good);
+    user.join();
+    EXPECT_EQ(err, "vkt: COM7: 0 frames, 1 bytes in no frame, 0 frames not shown\n");
+}
+
+TEST_F(traffic_commands, a_check_value_is_looked_for_where_it_is_asked_for) {
+    for (const bool check : {true, false}) {
+        module_sends("rate=20:count=10:channels=1:types=0:lengths=2:check=on");
+        std::vector<std::string> words = {"monitor", "COM7", "--candump", "--seconds", "1"};
+        if (check) words.emplace_back("--check");
+        EXPECT_EQ(vkt(words), exit_good);
+        EXPECT_THAT(out, FitsPattern(std::string("(.* can0 00[0-9A-F]#[0-9A-F]{") + (check ? "4" : "8") + "}\n)+"));
+    }
+}
+
 TEST_F(traffic_commands, monitor_ends_when_nobody_reads_it_any_more) {
     module_sends("rate=40:count=1000:lengths=2");
     accepts_output = false;
     EXPECT_EQ(vkt({"monitor", "COM7"}), exit_usage);
-    EXPECT_EQ(err, "vkt: standard output: cannot be written\n");
+    // On a busy machine a frame may straddle two reads, which is said too.
+    EXPECT_THAT(err, FitsPattern("(vkt: COM7: .* in no frame, .*\n)?vkt: standard output: cannot be written\n"));
     EXPECT_TRUE(comes_to_mode("transfer"));
 }
 
@@ -146,6 +167,33 @@ TEST_F(traffic_commands, send_many_on_a_channel) {
     }
 }
 
+TEST_F(traffic_commands, send_keeps_its_pauses) {
+    const auto began = std::chrono::steady_clock::now();
+    EXPECT_EQ(vkt({"send", "COM7", "123#", "--every", "100ms", "--count", "4"}), exit_good);
+    EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(298));
+    EXPECT_EQ(out, "COM7: 4 sent\n");
+}
+
+TEST_F(traffic_commands, send_with_a_check_value) {
+    EXPECT_EQ(vkt({"send", "COM7", "123#1122"}), exit_good);
+    EXPECT_EQ(vkt({"send", "COM7", "123#1122", "--check"}), exit_good);
+    ASSERT_TRUE(module->wait_traffic(0, 2, 10000));
+    const auto got = module->traffic_received();
+    ASSERT_EQ(got.size(), 2u);
+    EXPECT_EQ(got[1].frame.size(), got[0].frame.size() + 2);
+}
+
+TEST_F(traffic_commands, a_frame_that_cannot_be_sent_is_named) {
+    std::thread user([&] {
+        EXPECT_TRUE(module->wait_traffic(0, 2, 20000));
+        com::fault_set(com::call::write_file, 0, 1000000, 87);
+    });
+    EXPECT_EQ(vkt({"send", "COM7", "123#", "--every", "1ms", "--count", "1000000"}), exit_port);
+    user.join();
+    EXPECT_THAT(err, FitsPattern("vkt: COM7: frame ([3-9]|[1-9][0-9]+): 写操作失败\n"));
+    EXPECT_EQ(out, "");
+}
+
 TEST_F(traffic_commands, send_can_be_interrupted) {
     std::thread user([&] {
         EXPECT_TRUE(module->wait_traffic(0, 3, 20000));
@@ -180,15 +228,6 @@ TEST_F(traffic_commands, what_cannot_be_sent_is_said_before_anything) {
     for (const char* option : {"--channel=6", "--channel=0", "--count=0", "--count=x"})
         EXPECT_EQ(vkt({"send", "COM7", "123#", option}), exit_usage) << option;
     EXPECT_EQ(module->received().size(), 0u);
-}
-
-TEST(durations, in_two_units) {
-    EXPECT_EQ(duration_ms("10ms"), 10);
-    EXPECT_EQ(duration_ms("10"), 10);
-    EXPECT_EQ(duration_ms("1.5s"), 1500);
-    EXPECT_EQ(duration_ms("0"), 0);
-    for (const char* bad : {"", "ms", "-1ms", "1m", "1e9s", "nan", "inf", "1 s"})
-        EXPECT_FALSE(duration_ms(bad)) << bad;
 }
 
 } // namespace

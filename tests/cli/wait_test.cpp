@@ -110,24 +110,27 @@ TEST_F(waiting, one_module_after_the_other) {
 
 TEST_F(waiting, one_that_stays_is_served_once) {
     plug("VKT531A");
+    colour = true;
     EXPECT_EQ(wait_while([&] {
                   see(passed);
                   let_it_look();
               }),
               exit_good);
+    EXPECT_EQ(out, "COM7  1 \x1b[32mpass\x1b[0m  0 fail\n"); // no red where nothing failed
     EXPECT_EQ(module->count().writes, 1u);
     EXPECT_EQ(journal_lines().size(), 2u);
 }
 
 TEST_F(waiting, a_bad_one_that_stays_is_served_once) {
     plug("VKT531A");
+    colour = true;
     module->plan({.what = fault::refuse, .after = 1, .times = 0xFFFFFFFF});
     EXPECT_EQ(wait_while([&] {
                   see("检测配置失败");
                   let_it_look();
               }),
               exit_module);
-    EXPECT_EQ(out, "COM7  0 pass  1 fail\n");
+    EXPECT_EQ(out, "COM7  0 \x1b[32mpass\x1b[0m  1 \x1b[31mfail\x1b[0m\n");
     EXPECT_EQ(err, "vkt: COM7: 检测配置: 检测配置失败\n");
     EXPECT_EQ(module->count().writes, 1u);
     EXPECT_THAT(journal_lines().back(), testing::EndsWith(",fail,检测配置,检测配置失败"));
@@ -145,6 +148,31 @@ TEST_F(waiting, a_port_that_is_not_there_is_waited_for) {
               exit_good);
     EXPECT_EQ(err, passed);
     EXPECT_EQ(journal_lines().size(), 2u);
+}
+
+TEST_F(waiting, one_that_was_just_plugged_in_is_left_to_settle) {
+    plug("VKT531A");
+    program_timing_get().settle_ms = 300;
+    const auto began = std::chrono::steady_clock::now();
+    EXPECT_EQ(wait_while([&] { see(passed); }), exit_good);
+    EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(300));
+}
+
+TEST_F(waiting, a_terminal_says_what_became_of_a_port_s_modules) {
+    plug("VKT531A");
+    terminal = true;
+    module->plan({.what = fault::refuse, .after = 1});
+    EXPECT_EQ(wait_while([&] {
+                  see("\a");
+                  pull(*module);
+                  see("等待插入 (0 pass, 1 fail)");
+                  plug_again(*module);
+                  see("\a", 2);
+                  pull(*module);
+                  see("等待插入 (1 pass, 1 fail)");
+              }),
+              exit_module);
+    EXPECT_EQ(out, "COM7  1 pass  1 fail\n");
 }
 
 TEST_F(waiting, nothing_ever_plugged_in_is_no_failure) {
@@ -203,6 +231,7 @@ TEST_F(waiting, an_interruption_with_a_module_under_way_is_none_of_the_good_ends
     EXPECT_EQ(wait_while([&] { EXPECT_TRUE(module->wait_requests(1, 20000)); }), exit_interrupted);
     EXPECT_EQ(err, "vkt: interrupted\n");
     EXPECT_THAT(journal_lines().back(), HasSubstr(",interrupted,,"));
+    EXPECT_EQ(out, "COM7  0 pass  0 fail\n");
     com_port port;
     EXPECT_EQ(port.open("\\\\.\\COM7"), RET_OK); // it was closed
 }

@@ -23,6 +23,7 @@ constexpr int indent = 4;
 
 /// The file's bytes, or why they cannot be had.
 const char* read_file(const char* path, std::string* text) {
+    if (fs_is_device(os_fs(), path)) return "is no file";
     const fs_file_ptr file(fs_open_file(os_fs(), path, "rb"));
     if (file == nullptr) return "cannot be opened";
     text->resize(conf_json_max_bytes + 1);
@@ -118,12 +119,18 @@ conf_json_ptr conf_json_create(const char* path) {
     return conf;
 }
 
-conf_json_ptr conf_json_load(const char* path) {
+conf_json_ptr conf_json_load_quietly(const char* path, const char** why) {
     conf_json_ptr conf = conf_json_create(path);
-    const char* const why = parse_file(conf->path.c_str(), &conf->values);
-    if (why == nullptr) return conf;
-    log_refusal(conf->path, why);
-    return nullptr;
+    const char* const refused = parse_file(conf->path.c_str(), &conf->values);
+    if (why != nullptr) *why = refused;
+    return refused == nullptr ? std::move(conf) : nullptr;
+}
+
+conf_json_ptr conf_json_load(const char* path) {
+    const char* why = nullptr;
+    conf_json_ptr conf = conf_json_load_quietly(path, &why);
+    if (why != nullptr) log_refusal(path == nullptr ? "" : path, why);
+    return conf;
 }
 
 bool conf_json_has(const conf_json* conf, const char* key) { return find(conf, key) != nullptr; }

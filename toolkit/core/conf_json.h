@@ -25,10 +25,12 @@ inline constexpr uint32_t conf_json_max_depth = 64;  ///< objects and lists with
 /// An empty object that belongs to the file `path`; nothing is read or written. Never null.
 conf_json_ptr conf_json_create(const char* path);
 
-/// What the file holds. Null, with one line in the log, when it cannot be opened (a folder cannot), is empty, is no
-/// JSON text (UTF-8, without comments) or no object, or is beyond the limits above. A key that stands twice has its
-/// last value. Never throws. Any thread.
+/// What the file holds. Null, with one line in the log, when it cannot be opened (a folder cannot), is no file, is
+/// empty, is no JSON text (UTF-8, without comments) or no object, or is beyond the limits above. A key that stands
+/// twice has its last value. Never throws. Any thread.
 conf_json_ptr conf_json_load(const char* path);
+/// The same without the line: `why`, if given, is then what it would say behind the path ("is no JSON text").
+conf_json_ptr conf_json_load_quietly(const char* path, const char** why = nullptr);
 
 /// True when `key` has a value.
 bool conf_json_has(const conf_json* conf, const char* key);

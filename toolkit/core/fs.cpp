@@ -65,12 +65,6 @@ std::string name_beside(const char* path) {
     return tk_format("%s.%08x-%u.part", path, process, counter.fetch_add(1));
 }
 
-/// A device or a pipe: nothing that a file may take the place of.
-bool is_no_file(const char* path) {
-    const std::filesystem::file_status status = status_of(path);
-    return std::filesystem::exists(status) && std::filesystem::is_other(status);
-}
-
 ret_t write_file(const char* path, const char* mode, const std::string& text) {
     fs_file_ptr file(fs_open_file(os_fs(), path, mode));
     if (file == nullptr) return RET_FAIL;
@@ -95,6 +89,12 @@ bool fs_file_exist(fs_t* fs, const char* path) {
     if (fs == nullptr || path == nullptr) return false;
     const std::filesystem::file_status status = status_of(path);
     return std::filesystem::exists(status) && !std::filesystem::is_directory(status);
+}
+
+bool fs_is_device(fs_t* fs, const char* path) {
+    if (fs == nullptr || path == nullptr) return false;
+    const std::filesystem::file_status status = status_of(path);
+    return std::filesystem::exists(status) && std::filesystem::is_other(status);
 }
 
 ret_t fs_create_dir(fs_t* fs, const char* path) {
@@ -195,7 +195,7 @@ bool fs_read_all(const char* path, std::string* text) {
 
 ret_t fs_write_whole(const char* path, const std::string& text) {
     if (path == nullptr) return RET_BAD_PARAMS;
-    if (is_no_file(path)) return write_file(path, "wb", text);
+    if (fs_is_device(os_fs(), path)) return write_file(path, "wb", text);
     const std::string beside = name_beside(path);
     if (write_file(beside.c_str(), "wb", text) == RET_OK && platform_replace_file(beside.c_str(), path))
         return RET_OK;

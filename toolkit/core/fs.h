@@ -15,6 +15,8 @@ fs_t* os_fs();
 
 bool fs_dir_exist(fs_t* fs, const char* path);
 bool fs_file_exist(fs_t* fs, const char* path);
+/// A device or a pipe: it takes the place of a file, but reading it may wait for ever. (fs_file_exist is true.)
+bool fs_is_device(fs_t* fs, const char* path);
 /// Creates one directory (its parent must exist). RET_FAIL when the system refuses.
 [[nodiscard]] ret_t fs_create_dir(fs_t* fs, const char* path);
 ret_t fs_remove_file(fs_t* fs, const char* path);

@@ -206,6 +206,23 @@ TEST_F(conf, a_folder_is_refused) {
     EXPECT_EQ(files(), 1u) << "nothing is left beside it";
 }
 
+#ifdef __linux__
+TEST_F(conf, a_device_is_refused_unread) {
+    EXPECT_EQ(conf_json_load("/dev/zero"), nullptr);
+    EXPECT_EQ(said, "/dev/zero is no file\n");
+}
+#endif
+
+TEST_F(conf, without_a_line_the_caller_says_why) {
+    const char* why = nullptr;
+    EXPECT_EQ(conf_json_load_quietly(path.c_str(), &why), nullptr);
+    EXPECT_STREQ(why, "cannot be opened");
+    EXPECT_EQ(said, "");
+    ASSERT_EQ(conf_json_save_as(conf_json_create(path.c_str()).get(), nullptr), RET_OK);
+    EXPECT_NE(conf_json_load_quietly(path.c_str(), &why), nullptr);
+    EXPECT_EQ(why, nullptr);
+}
+
 TEST_F(conf, a_byte_order_mark_and_white_space_do_not_matter) {
     const conf_json_ptr one = load("\xEF\xBB\xBF\r\n\t {\"a\" :\n1 } \r\n");
     EXPECT_EQ(conf_json_get_int(one.get(), "a", 0), 1);

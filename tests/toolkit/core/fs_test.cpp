@@ -247,6 +247,16 @@ TEST_F(fs_files, a_reader_sees_an_old_or_a_new_whole_while_others_write) {
 }
 
 #ifdef __linux__
+TEST_F(fs_files, a_device_is_told_from_files_and_folders) {
+    EXPECT_TRUE(fs_is_device(os_fs(), "/dev/null"));
+    EXPECT_FALSE(fs_is_device(os_fs(), "/dev"));
+    EXPECT_FALSE(fs_is_device(os_fs(), path("none").c_str()));
+    ASSERT_EQ(fs_append(path("a").c_str(), "x"), RET_OK);
+    EXPECT_FALSE(fs_is_device(os_fs(), path("a").c_str()));
+    EXPECT_FALSE(fs_is_device(nullptr, "/dev/null"));
+    EXPECT_FALSE(fs_is_device(os_fs(), nullptr));
+}
+
 TEST_F(fs_files, a_device_is_written_into_and_not_replaced) {
     std::filesystem::create_symlink("/dev/full", system_path() / "device");
     EXPECT_EQ(fs_write_whole(path("device").c_str(), "x"), RET_FAIL);

@@ -85,6 +85,32 @@ TEST_F(combos, a_wide_list_shows_its_options_whole) {
     key("Esc");
 }
 
+// The key that has picked is still on its way while the dialog's loop runs.
+TEST_F(combos, a_pick_by_enter_can_open_a_modal_dialog) {
+    write_layout("ask", ui_dialog(ui_widget("QLineEdit", "note", "10 10 90 30")));
+    std::string typed;
+    widget_on(fixed, event_type::value_changed, [&typed](const event&) {
+        widget* ask = window_open("ask");
+        key("Enter"); // before its loop runs
+        idle_queue([ask, &typed] {
+            type("7");
+            typed = widget_get_text_utf8(widget_lookup(ask, "note"));
+            key("Esc");
+            return RET_OK;
+        });
+        dialog_modal(ask);
+        return RET_OK;
+    });
+    const QPoint arrow = drive_list_spot(state_of(qwidget_of(fixed)));
+    click_at(fixed, arrow.x(), arrow.y());
+    ASSERT_TRUE(wait_until([this] { return list_is_open(fixed); }));
+    key("Down");
+    key("Enter");
+    EXPECT_EQ(widget_get_value_int(fixed), 4);
+    EXPECT_EQ(typed, "7");
+    EXPECT_FALSE(list_is_open(fixed));
+}
+
 TEST_F(combos, enter_in_a_box_that_nobody_touched_is_no_change) {
     told.take();
     click(at("port"));

@@ -132,6 +132,20 @@ TEST_F(windows, modal_dialog_answers_its_quit_code) {
     EXPECT_THAT(open_windows(), ElementsAre("home"));
 }
 
+// Its parents would hand the key back to it without end.
+TEST_F(windows, a_key_for_a_dialog_that_cannot_take_it_ends_there) {
+    open(ui_window(ui_widget("QLineEdit", "field", "10 10 90 30")), "home");
+    told.hear(at("field"), event_type::value_changing);
+    open(ui_dialog(ok_button), "ask");
+    told.hear(at("ok"), event_type::click);
+    widget_set_visible(win, false);
+    for (const char* name : {"7", "Enter", "Tab"}) key(name);
+    EXPECT_THAT(told.take(), IsEmpty());
+    widget_set_visible(win, true);
+    key("Enter");
+    EXPECT_THAT(told.take(), ElementsAre("ok:click"));
+}
+
 TEST_F(windows, modal_dialog_closed_otherwise_answers_0) {
     open(ui_window(""), "home");
     EXPECT_EQ(run_modal_dialog("ask", [this] { window_manager_close_window_force(window_manager(), win); }), 0u);

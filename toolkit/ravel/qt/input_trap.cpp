@@ -8,6 +8,7 @@
 #include <QDropEvent>
 #include <QKeyEvent>
 #include <QMimeData>
+#include <QScopedValueRollback>
 #include <QUrl>
 
 #include <algorithm>
@@ -94,21 +95,25 @@ class input_trap final : public QObject {
 
   private:
     /// A key for a covered window, or for none, goes to the top one, which takes the focus at that.
-    static bool key_astray(const QWidget* w, QEvent* what) {
+    bool key_astray(const QWidget* w, QEvent* what) {
+        // A top window that takes neither key nor focus hands the key to its parents, which would hand it back.
+        if (what == handed_on_) return !belongs_to_top(w);
         // Qt leaves the focus on a hidden widget when it finds no other that takes it.
         if (belongs_to_top(w) && w->isVisible()) return false;
         const QWidget* focus = native_window()->focusWidget();
         if (focus != nullptr && focus != native_window() && focus->isVisible() && belongs_to_top(focus)) {
             return w != native_window(); // what nobody of the top window took ends here
         }
-        // A window that is switched off would hand the key to its parent, which would hand it back.
-        if (what->type() == QEvent::KeyPress && top_input_window()->isEnabled()) {
-            QWidget* top = top_input_window();
+        QWidget* top = top_input_window();
+        if (what->type() == QEvent::KeyPress && top->isEnabled()) {
+            const QScopedValueRollback<const QEvent*> until_over(handed_on_, what); // it may run a loop
             top->setFocus(Qt::OtherFocusReason);
             QCoreApplication::sendEvent(top, what);
         }
         return true;
     }
+
+    const QEvent* handed_on_ = nullptr;
 };
 
 input_trap* trap = nullptr;
