@@ -22,6 +22,7 @@ constexpr const char* text_recent = "最近";
 constexpr const char* text_not_now = "正在与模块通信或监控数据，结束后再载入配置文件";
 constexpr const char* text_leave_first = "已连接，断开后才能切换型号";
 constexpr const char* text_no_file = "不是文件";
+constexpr const char* text_odd_saved = "已保存。以下的值超出范围，这个文件不会被载入：";
 
 void recent_show(widget* home) {
     std::vector<std::pair<int32_t, std::string>> options = {{0, text_recent}};
@@ -66,6 +67,16 @@ bool model_agreed(widget* home, const std::string& path, const std::string& mode
     return profile_other_agreed(path, model, current_model()) && model_choose(home, model) == RET_OK;
 }
 
+/// A module may hold what no file may: "转换模式 9、波特率 99".
+std::string odd_values(const profile& values) {
+    std::string text;
+    for (const profile_value& one : values.values)
+        if (!value_refusal(*one.what, one.value).empty())
+            text +=
+                (text.empty() ? "" : "、") + std::string(one.what->label) + " " + value_shown(*one.what, one.value);
+    return text;
+}
+
 ret_t save_to(widget* home, const std::string& path) {
     const dev_obj* dev = current_device();
     if (dev == nullptr) return RET_FAIL;
@@ -75,8 +86,10 @@ ret_t save_to(widget* home, const std::string& path) {
         err_display_show(("无法写入 " + path + "：文件夹不存在、没有权限或磁盘已满。原有的文件未改变。").c_str());
         return RET_FAIL;
     }
+    const std::string odd = odd_values(values);
     profile_now_is(path, std::move(values));
     recent_change(home, path, true);
+    if (!odd.empty()) err_display_show((text_odd_saved + odd).c_str());
     return RET_OK;
 }
 

@@ -19,7 +19,8 @@ ret_t profile_take(widget* home, const std::string& path);
 /// The pick of a recent file.
 ret_t profile_recent_picked(widget* home);
 
-/// Saves to the file at hand, or asks for one. RET_FAIL, and a message, when it cannot be written.
+/// Saves to the file at hand, or asks for one. RET_FAIL, and a message, when it cannot be written; a message too
+/// when a value is among them, read from a module, with which the file cannot be loaded.
 ret_t profile_save_here(widget* home);
 ret_t profile_save_as(widget* home);
 

@@ -161,7 +161,7 @@ TEST_F(look, every_number_has_a_unit_beside_it_and_in_its_tooltip) {
 TEST_F(look, the_number_of_channels_is_as_wide_as_two_digits) {
     pick("combo_box_ex_dev", "VKT610B");
     settle();
-    EXPECT_LE(place(at("spin_box_3_vkt610b")).w, 64);
+    EXPECT_LE(place(at("spin_box_3_vkt610b")).w, 80) << "two digits and the cursor";
 }
 
 TEST_F(look, the_calculators_cards_keep_sixteen_pixels_from_its_edge) {

@@ -174,6 +174,21 @@ TEST_F(profile_files, a_note_is_kept_when_it_is_saved_again) {
     EXPECT_EQ(name_shown(), "a.json");
 }
 
+TEST_F(profile_files, a_value_that_no_file_may_have_is_said_when_it_is_saved) {
+    const std::string path = write("a.json", of_model("VKT531A", ""));
+    ASSERT_EQ(profile_take(home(), path), RET_OK);
+    message_seen.clear();
+    EXPECT_EQ(profile_save_here(home()), RET_OK);
+    EXPECT_EQ(message_seen, "");
+    std::vector<uint8_t> image = dev().image; // a module's
+    image[field_find(dev().of.fields, "change_mode")->place.at] = 9;
+    dev_accept(dev(), image);
+    answer_message();
+    EXPECT_EQ(profile_save_here(home()), RET_OK);
+    EXPECT_THAT(message_seen, HasSubstr("不会被载入：转换模式 9"));
+    EXPECT_THAT(file_text(path), HasSubstr("\"change_mode\": 9"));
+}
+
 TEST_F(profile_files, a_recent_one_is_once_in_the_list_and_the_newest_first) {
     const std::string a = write("a.json", of_model("VKT531A", "")), b = write("b.json", of_model("VKT531A", ""));
     for (const std::string& path : {a, b, a}) ASSERT_EQ(profile_take(home(), path), RET_OK);
