@@ -73,6 +73,12 @@ TEST_F(timing, of_two_that_are_as_near_the_better_is_named) {
                    "\n");
 }
 
+TEST_F(timing, rates_in_hertz) {
+    EXPECT_EQ(vkt({"timing", "--nominal", "500000", "--clock", "50000000"}), exit_good);
+    EXPECT_EQ(out, "DIVIDER  PHASE    RATE    BRP  TSEG1  TSEG2  SJW  SAMPLE\n"
+                   "4        nominal  500000  1    88     12     12   87.50 %\n");
+}
+
 TEST_F(timing, the_lowest_rates_are_rates_too) {
     list("z_4_40", "5-199-50-50-80.00\n");
     list("c_4_400", "1-99-25-25-80.00\n");
