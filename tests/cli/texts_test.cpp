@@ -124,6 +124,8 @@ TEST(suggestions, are_near_and_no_other_word_altogether) {
     EXPECT_EQ(suggests("reat"), "read");  // changed
     EXPECT_EQ(suggests("erxd"), "read");  // swapped at its head, and changed
     EXPECT_EQ(suggests("modlex"), "models");
+    EXPECT_EQ(suggests("mdls"), "models"); // two left out
+    EXPECT_EQ(suggests("xreadx"), "read"); // two too much
     EXPECT_EQ(suggests("parss"), "ports"); // two of five
     EXPECT_EQ(suggests("paths"), "");      // three of five
     EXPECT_EQ(suggests("konfigurazzon"), "configuration");
