@@ -118,10 +118,14 @@ TEST(suggestions, are_near_and_no_other_word_altogether) {
         const std::size_t at = text.find('"');
         return at == std::string::npos ? "" : text.substr(at + 1, text.rfind('"') - at - 1);
     };
-    EXPECT_EQ(suggests("raed"), "read");   // swapped
-    EXPECT_EQ(suggests("rea"), "read");    // left out
-    EXPECT_EQ(suggests("reads"), "read");  // too much
-    EXPECT_EQ(suggests("reat"), "read");   // changed
+    EXPECT_EQ(suggests("raed"), "read");  // swapped
+    EXPECT_EQ(suggests("rea"), "read");   // left out
+    EXPECT_EQ(suggests("reads"), "read"); // too much
+    EXPECT_EQ(suggests("reat"), "read");  // changed
+    EXPECT_EQ(suggests("erxd"), "read");  // swapped at its head, and changed
+    EXPECT_EQ(suggests("modlex"), "models");
+    EXPECT_EQ(suggests("mdls"), "models"); // two left out
+    EXPECT_EQ(suggests("xreadx"), "read"); // two too much
     EXPECT_EQ(suggests("parss"), "ports"); // two of five
     EXPECT_EQ(suggests("paths"), "");      // three of five
     EXPECT_EQ(suggests("konfigurazzon"), "configuration");

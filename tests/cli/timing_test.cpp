@@ -73,6 +73,21 @@ TEST_F(timing, of_two_that_are_as_near_the_better_is_named) {
                    "\n");
 }
 
+TEST_F(timing, rates_in_hertz) {
+    EXPECT_EQ(vkt({"timing", "--nominal", "500000", "--clock", "50000000"}), exit_good);
+    EXPECT_EQ(out, "DIVIDER  PHASE    RATE    BRP  TSEG1  TSEG2  SJW  SAMPLE\n"
+                   "4        nominal  500000  1    88     12     12   87.50 %\n");
+}
+
+TEST_F(timing, the_lowest_rates_are_rates_too) {
+    list("z_4_40", "5-199-50-50-80.00\n");
+    list("c_4_400", "1-99-25-25-80.00\n");
+    EXPECT_EQ(vkt({"timing", "--nominal", "40K", "--data", "400K", "--clock", "50M"}), exit_good);
+    EXPECT_EQ(out, "DIVIDER  PHASE    RATE  BRP  TSEG1  TSEG2  SJW  SAMPLE\n"
+                   "4        nominal  40K   5    199    50     50   80.00 %\n"
+                   "4        data     400K  1    99     25     25   80.00 %\n");
+}
+
 TEST_F(timing, without_lists_it_says_where_they_were_looked_for) {
     timing_list_folder() = file("absent");
     EXPECT_EQ(vkt({"timing", "--nominal", "500K"}), exit_usage);

@@ -183,6 +183,16 @@ TEST_F(traffic_commands, send_with_a_check_value) {
     EXPECT_EQ(got[1].frame.size(), got[0].frame.size() + 2);
 }
 
+TEST_F(traffic_commands, a_module_that_is_pulled_between_two_frames_ends_sending) {
+    std::thread user([&] {
+        EXPECT_TRUE(module->wait_traffic(0, 1, 20000));
+        module->hang_up();
+    });
+    EXPECT_EQ(vkt({"send", "COM7", "123#", "--every", "1s", "--count", "1000000"}), exit_port);
+    user.join();
+    EXPECT_EQ(err, "vkt: COM7: 连接已断开\n");
+}
+
 TEST_F(traffic_commands, a_frame_that_cannot_be_sent_is_named) {
     std::thread user([&] {
         EXPECT_TRUE(module->wait_traffic(0, 2, 20000));

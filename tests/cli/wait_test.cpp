@@ -158,6 +158,12 @@ TEST_F(waiting, one_that_was_just_plugged_in_is_left_to_settle) {
     EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(300));
 }
 
+TEST_F(waiting, one_that_is_there_already_is_served_at_once) {
+    plug("VKT531A");
+    program_timing_get() = {.look_ms = 3600000, .settle_ms = 0};
+    EXPECT_EQ(wait_while([&] { see(passed); }), exit_good);
+}
+
 TEST_F(waiting, a_terminal_says_what_became_of_a_port_s_modules) {
     plug("VKT531A");
     terminal = true;

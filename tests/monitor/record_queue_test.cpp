@@ -124,6 +124,24 @@ TEST(record_queue_test, a_look_says_how_many_came_ever) {
     EXPECT_EQ(queue.rows(0, out).appended, 5u);
 }
 
+TEST(record_queue_test, a_record_is_found_by_its_number_as_long_as_it_is_kept) {
+    record_queue queue(3);
+    append(&queue, 101, 5);
+    traffic_record record = numbered(77);
+    for (const uint64_t gone : {0, 1, 2, 6}) EXPECT_FALSE(queue.numbered(gone, &record)) << gone;
+    EXPECT_EQ(record.identifier, 77u);
+    for (const uint32_t kept : {3u, 4u, 5u}) {
+        EXPECT_TRUE(queue.numbered(kept, &record));
+        EXPECT_EQ(record.identifier, 100 + kept);
+    }
+    queue.clear();
+    EXPECT_FALSE(queue.numbered(5, &record));
+    append(&queue, 106, 1);
+    EXPECT_FALSE(queue.numbered(5, &record));
+    EXPECT_TRUE(queue.numbered(6, &record));
+    EXPECT_EQ(record.identifier, 106u);
+}
+
 TEST(record_queue_test, what_is_cleared_lives_as_long_as_somebody_holds_it) {
     record_queue queue(10);
     std::weak_ptr<void> held;
