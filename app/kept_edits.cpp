@@ -80,6 +80,7 @@ void kept_edits_dismiss() { remove(); }
 void kept_edits_at_closing() {
     if (current_device() == nullptr) return;
     const family_pages* pages = unwritten_family();
+    if (pages == nullptr && offered()) return; // nobody has answered yet
     if (pages == nullptr) return remove();
     const profile edited = profile_of(*device_of(*pages), last_model_of(*pages));
     if (settings_write(file_name, profile_text(edited)) != RET_OK)

@@ -18,7 +18,7 @@ ret_t kept_edits_restore(widget* home);
 void kept_edits_dismiss();
 
 /// At closing: keeps the current model's edits, else those of another family; removes what an earlier closing has
-/// left when there are none.
+/// left when there are none, unless that is still on offer.
 void kept_edits_at_closing();
 /// Test aid: the next offer looks at the file again.
 void kept_edits_forget();

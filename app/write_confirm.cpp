@@ -8,7 +8,7 @@ bool write_confirmed(const dev_obj& dev) {
     constexpr uint32_t agreed = 1;
     if (!settings_get().confirm_write) return true;
     widget* win = window_open("confirm_write");
-    if (win == nullptr) return true;
+    if (win == nullptr) return false; // what cannot be asked is not agreed to; the log says why
     const std::vector<image_difference> unwritten = dev_unwritten(dev);
     widget_set_text_utf8(widget_need(win, "confirm_write_note"), change_note_text(dev, unwritten.size()).c_str());
     widget_set_text_utf8(widget_need(win, "confirm_write_list"), change_lines_text(dev, unwritten).c_str());

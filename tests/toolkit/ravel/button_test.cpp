@@ -43,6 +43,25 @@ TEST_F(buttons, another_label_leaves_the_shortcut) {
     EXPECT_THAT(told.take(), ElementsAre("go:click"));
 }
 
+TEST_F(buttons, every_stroke_of_a_shortcut_is_a_click_while_the_button_is_there_to_be_clicked) {
+    open(ui_window(
+        ui_widget("QPushButton", "go", "10 10 90 30", ui_text("text", "撤销") + ui_text("shortcut", "Ctrl+Z")) +
+        ui_widget("QPushButton", "tab", "10 60 90 30", tab + ui_text("text", "页(&amp;P)"))));
+    told.hear(at("go"), event_type::click);
+    told.hear(at("tab"), event_type::value_changed);
+    for (int stroke = 0; stroke < 4; ++stroke) key("Ctrl+z");
+    settle();
+    EXPECT_THAT(told.take(), ElementsAre("go:click", "go:click", "go:click", "go:click"));
+    widget_set_enable(at("go"), false);
+    key("Ctrl+z");
+    settle();
+    EXPECT_THAT(told.take(), IsEmpty());
+    key("Alt+p");
+    settle();
+    EXPECT_THAT(told.take(), ElementsAre("tab:value_changed"));
+    EXPECT_TRUE(widget_get_focused(at("tab")));
+}
+
 TEST_F(buttons, released_outside_is_no_click) {
     open(ui_window(ui_widget("QPushButton", "go", "10 10 90 30")));
     for (const event_type type : {event_type::click, event_type::pointer_down, event_type::pointer_up})

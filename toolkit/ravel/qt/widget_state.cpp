@@ -5,6 +5,7 @@
 #include "toolkit/ravel/qt/detail.h"
 #include "toolkit/ravel/qt/handles.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QFocusEvent>
 #include <QKeyEvent>
@@ -43,6 +44,16 @@ constexpr const char* kind_names[] = {
     "scroll_view",    "scroll_bar", "progress_bar", "mledit", "hscroll_label", "list_view", "",
 };
 static_assert(std::size(kind_names) == static_cast<std::size_t>(widget_kind::custom) + 1);
+
+/// A click for every stroke. Left to itself a button shows a press for 100 ms first and takes no stroke meanwhile.
+bool click_by_shortcut(QWidget* w, const QShortcutEvent& stroke) {
+    auto* button = qobject_cast<QAbstractButton*>(w);
+    if (button == nullptr || stroke.isAmbiguous()) return false;
+    if (button->isCheckable() && (button->focusPolicy() & Qt::ClickFocus) != 0) button->setFocus();
+    // What it opens must not run inside the search for shortcuts.
+    QMetaObject::invokeMethod(button, &QAbstractButton::click, Qt::QueuedConnection);
+    return true;
+}
 
 } // namespace
 
@@ -257,6 +268,9 @@ bool widget_state::eventFilter(QObject* watched, QEvent* what) {
         break;
     case QEvent::KeyPress:
         if (watched == w && on_key(*static_cast<QKeyEvent*>(what))) return true;
+        break;
+    case QEvent::Shortcut:
+        if (watched == w && click_by_shortcut(w, *static_cast<QShortcutEvent*>(what))) return true;
         break;
     case QEvent::MouseMove:
         if (hold_.isActive() && !inside(watched, what)) hold_.stop();
