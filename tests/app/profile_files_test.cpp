@@ -162,6 +162,23 @@ TEST_F(profile_files, a_recent_one_is_once_in_the_list_and_the_newest_first) {
     EXPECT_THAT(settings_get().recent_files, ElementsAre(a));
 }
 
+TEST_F(profile_files, the_list_offers_the_recent_ones_and_goes_on_saying_what_it_is) {
+    const std::string a = write("a.json", of_model("VKT531A", R"("uart_f_distance": 9)"));
+    settings_change([&](settings& all) { all.recent_files = {"gone/b.json", a}; });
+    profile_bind(home()); // as at the start
+    widget* combo = at("combo_recent");
+    const std::string option = "a.json　" + (tree() / "bin").generic_string();
+    EXPECT_EQ(combo_box_count_options(combo), 3);
+    EXPECT_TRUE(combo_box_has_option_text(combo, option.c_str()));
+    EXPECT_EQ(text(home(), "combo_recent"), "最近");
+    EXPECT_TRUE(enabled("combo_recent"));
+    pick("combo_recent", option.c_str());
+    settle();
+    EXPECT_EQ(value("uart_f_distance"), 9U);
+    EXPECT_EQ(text(home(), "combo_recent"), "最近");
+    EXPECT_THAT(settings_get().recent_files, ElementsAre(a, "gone/b.json"));
+}
+
 TEST_F(profile_files, what_would_be_written_is_exported_in_four_forms_of_both_frames) {
     const struct {
         const char* pick;
