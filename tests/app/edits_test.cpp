@@ -100,6 +100,9 @@ TEST_F(edits, a_field_says_what_the_module_and_the_defaults_hold) {
     EXPECT_THAT(said(), Not(HasSubstr("模块中")));
     run_and_close("button_read");
     EXPECT_THAT(said(), HasSubstr("模块中: 透明转换  默认: 透明带标识转换"));
+    click(home(), "button2");
+    ASSERT_TRUE(wait([] { return enabled("button"); }));
+    EXPECT_THAT(said(), Not(HasSubstr("模块中"))) << "the module was left";
 }
 
 TEST_F(edits, another_model_is_another_module) {
