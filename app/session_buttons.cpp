@@ -49,11 +49,12 @@ ret_t settle() {
     return RET_OK;
 }
 
-ret_t start(widget* home, const family_pages* pages, session_kind kind) {
+ret_t start(widget* home, const family_pages* pages, session_kind kind, module_check check = module_check::none) {
     dev_obj* dev = pages == nullptr ? nullptr : device_of(*pages);
     if (dev == nullptr) return idle_queue(settle); // after the report that is on its way
-    module_session_begins(*dev, kind);
     const ret_t ret = dev->session.start(kind, input_of(home, *pages, *dev, kind));
+    // What it reports is taken on this thread, later.
+    if (ret == RET_OK) module_session_began(*dev, dev->session.last_run(), kind, check);
     if (ret == RET_OK) return ret;
     const std::string line = tk_format("\n%s\nsession thread not started!\n\n", current_model().c_str());
     for (const auto& row : start_failures)
@@ -66,13 +67,13 @@ bool connected() {
     return dev != nullptr && dev->session.connected();
 }
 
-ret_t transfer(widget* home, session_kind kind, const char* started_by) {
+ret_t transfer(widget* home, session_kind kind, const char* started_by, module_check check = module_check::none) {
     session_focus_keep(started_by);
     const uint8_t code = kind == session_kind::read ? operation::read : operation::write;
     ui_state_apply(home, ui_state::busy);
     progress_open_for_run();
     progress_post(10, text_get, code);
-    return start(home, current_pages(), kind);
+    return start(home, current_pages(), kind, check);
 }
 
 ret_t disconnected() {
@@ -132,15 +133,13 @@ ret_t session_write_pressed(widget* home) {
 
 ret_t session_check_pressed(widget* home) {
     if (!connected()) return err_display_show(text_connect_first);
-    module_check_wanted(false);
-    return transfer(home, session_kind::read, "button_check");
+    return transfer(home, session_kind::read, "button_check", module_check::by_hand);
 }
 
 ret_t session_check_after_write(widget* home) {
-    module_check_wanted(true);
     ui_state_apply(home, ui_state::busy);
     progress_post(10, text_check, operation::read);
-    return start(home, current_pages(), session_kind::read);
+    return start(home, current_pages(), session_kind::read, module_check::after_write);
 }
 
 ret_t session_read_for_monitor(widget* home) { return transfer(home, session_kind::read, "button_data"); }

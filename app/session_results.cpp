@@ -29,10 +29,10 @@ void clean_up(const family_pages& pages, uint32_t run) {
     progress_settle();
 }
 
-void take_image(const family_pages& pages, const session_bytes& image) {
+void take_image(const family_pages& pages, uint32_t run, const session_bytes& image) {
     dev_obj* dev = device_of(pages);
     if (dev == nullptr) return;
-    if (module_reply(*dev, image)) return;
+    if (module_reply(*dev, run, image)) return;
     dev_accept(*dev, image);
     dev_show(*dev);
     dev_edited(*dev, {.name = "读取配置"});
@@ -43,7 +43,7 @@ void take_end(const family_pages& pages, uint32_t run) {
     clean_up(pages, run);
     dev_obj* dev = device_of(pages);
     if (dev == nullptr) return;
-    const auto failure = module_session_ended(navigator_find(home_name), *dev);
+    const auto failure = module_session_ended(navigator_find(home_name), *dev, run);
     if (!failure) return;
     log_console(failure->log_line);
     session_fail_display(pages, *failure);
@@ -70,7 +70,8 @@ session_reports session_results(const family_pages& pages) {
         .progress = [](const session_progress& p) { progress_post(p.percent, p.text, p.operation); },
         .moved = [](const session_traffic& t) { post([at = time_now_ms(), t] { last_session_bytes(at, t); }); },
         .failed = [of](const session_failure& failure) { session_fail_post(*of, failure); },
-        .image = [of](const session_bytes& image) { post([of, image] { take_image(*of, image); }); },
+        .image = [of](uint32_t run,
+                      const session_bytes& image) { post([of, run, image] { take_image(*of, run, image); }); },
         .connected = [] { post([] { ui_state_apply(navigator_find(home_name), ui_state::connected); }); },
         .finished = [of](uint32_t run) { post([of, run] { take_end(*of, run); }); },
     };

@@ -65,7 +65,7 @@ session_reports module_link::reports() {
         .progress = [this, alive](const session_progress& p) { post(alive, [this, p] { take_progress(p); }); },
         .failed = [this, alive](const session_failure& f) { post(alive, [this, f] { take_failure(f); }); },
         .image =
-            [this, alive](const session_bytes& image) {
+            [this, alive](uint32_t, const session_bytes& image) {
                 post(alive, [this, image] {
                     if (!image.empty()) in_module_ = image;
                     dev_accept(*dev_, image);

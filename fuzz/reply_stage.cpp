@@ -27,7 +27,7 @@ session_reports reports_into(staged_end* out) {
                 out->logs.push_back(failure.log_line);
                 out->texts.push_back(failure.text);
             },
-        .image = [out](const session_bytes& image) { out->images.push_back(image); },
+        .image = [out](uint32_t, const session_bytes& image) { out->images.push_back(image); },
         .connected = {},
         .finished = [out](uint32_t) { out->finished++; },
     };

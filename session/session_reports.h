@@ -37,8 +37,9 @@ struct session_reports {
     /// What was moved, between the steps that it belongs to; null: nobody asks.
     std::function<void(const session_traffic&)> moved{};
     std::function<void(const session_failure&)> failed;
-    /// A checked reply: the module's image; empty when the old one stands and is only to be decoded again.
-    std::function<void(session_bytes)> image;
+    /// A checked reply of session `run`: the module's image; empty when the old one stands and is only to be
+    /// decoded again.
+    std::function<void(uint32_t run, session_bytes)> image;
     /// What the module says of its firmware, as text; null: nobody asks.
     std::function<void(const std::string&)> firmware{};
     /// All went well: the buttons of a connected module may show.

@@ -89,6 +89,10 @@ void session_run::finish() const {
     if (reports.finished) reports.finished(number_);
 }
 
+void session_run::report_image() const {
+    if (reports.image) reports.image(number_, image);
+}
+
 std::string session_run::log_text(const std::string& format) const {
     date_time_t now;
     date_time_init(&now);

@@ -46,6 +46,7 @@ class session_run {
     /// Works with this port from now on.
     void hold(port_lease lease);
     void finish() const;
+    void report_image() const;
 
     /// The one way to fail: a connect closes its port, others drop what is left of the reply; the port is given
     /// back, the failure is reported.

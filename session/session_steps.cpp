@@ -47,7 +47,7 @@ step_end step_connected(session_run& run) {
 }
 
 step_end step_image(session_run& run) {
-    if (run.reports.image) run.reports.image(run.image);
+    run.report_image();
     return step_end::good;
 }
 

@@ -2,7 +2,9 @@
 // simulated module holds.
 #include "app/edits.h"
 
+#include "app/module_contents.h"
 #include "app/paths.h"
+#include "app/progress.h"
 #include "app/settings.h"
 #include "app/truth_line.h"
 #include "dev_a/pages/vkt510a_pages.h"
@@ -49,6 +51,7 @@ struct edits : app_test {
 
 TEST_F(edits, at_the_start_all_is_the_default_and_unread) {
     EXPECT_EQ(truth(), "默认值，尚未读取");
+    EXPECT_EQ(user_does("expect home_page/truth_line state \"\""), "");
     EXPECT_EQ(count(), "");
     EXPECT_EQ(title(), "VKTCfgTools");
     EXPECT_EQ(text(home(), "tab_changes"), "改动");
@@ -70,6 +73,7 @@ TEST_F(edits, the_line_follows_connecting_reading_editing_writing_and_leaving) {
     EXPECT_EQ(title(), "VKTCfgTools");
     pick("page_change/combo_box_ex", "自定义协议转换");
     EXPECT_EQ(truth(), "1 项未写入");
+    EXPECT_EQ(user_does("expect home_page/truth_line state warning"), "");
     EXPECT_EQ(count(), "未写入的改动 1 项");
     EXPECT_EQ(title(), "未写入的改动 1 项 - VKTCfgTools");
     EXPECT_TRUE(widget_get_marked(widget_lookup(at("page_change"), "combo_box_ex")));
@@ -77,6 +81,7 @@ TEST_F(edits, the_line_follows_connecting_reading_editing_writing_and_leaving) {
     EXPECT_FALSE(widget_get_marked(at("table_button_can")));
     EXPECT_EQ(run_and_close("button_write"), "写配置完成");
     EXPECT_EQ(truth(), "与模块一致 14:32");
+    EXPECT_EQ(user_does("expect home_page/truth_line state ok"), "");
     EXPECT_FALSE(widget_get_marked(widget_lookup(at("page_change"), "combo_box_ex")));
     EXPECT_FALSE(widget_get_marked(at("table_button_change")));
     click(home(), "button2");
@@ -95,6 +100,9 @@ TEST_F(edits, a_field_says_what_the_module_and_the_defaults_hold) {
     EXPECT_THAT(said(), Not(HasSubstr("模块中")));
     run_and_close("button_read");
     EXPECT_THAT(said(), HasSubstr("模块中: 透明转换  默认: 透明带标识转换"));
+    click(home(), "button2");
+    ASSERT_TRUE(wait([] { return enabled("button"); }));
+    EXPECT_THAT(said(), Not(HasSubstr("模块中"))) << "the module was left";
 }
 
 TEST_F(edits, another_model_is_another_module) {
@@ -234,8 +242,10 @@ TEST_F(edits, the_list_has_what_a_write_would_change_and_leads_to_it) {
     EXPECT_EQ(text(at("page_can"), "combo_box_ex_bps"), "125K");
     click(home(), "button_all_back");
     EXPECT_EQ(text(at("page_can"), "combo_box_ex_bps"), "500K");
+    EXPECT_THAT(tooltip("button_undo"), HasSubstr("“全部还原”"));
     click(home(), "button_all_default");
     EXPECT_EQ(text(at("page_can"), "combo_box_ex_bps"), "125K");
+    EXPECT_THAT(tooltip("button_undo"), HasSubstr("“全部默认”"));
     EXPECT_FALSE(enabled("button_all_default"));
 }
 
@@ -281,6 +291,7 @@ TEST_F(edits, a_refused_input_comes_first_in_the_line_which_leads_to_it) {
     click(home(), "vkt510a_tab_button_uart");
     EXPECT_EQ(user_does("type home_page/page_vkt510a_uart/spin_box_distance_vkt510a 999\nkey Tab\n"), "");
     EXPECT_EQ(truth(), "有 1 项输入未被接受");
+    EXPECT_EQ(user_does("expect home_page/truth_line state failed"), "");
     click(home(), "vkt510a_tab_button_can");
     click(home(), "truth_line");
     EXPECT_TRUE(visible("page_vkt510a_uart"));
@@ -354,6 +365,46 @@ TEST_F(edits, a_check_compares_and_touches_nothing) {
     EXPECT_EQ(module->count().writes, 0U);
 }
 
+// Its buttons are there before its last report is taken.
+TEST_F(edits, a_check_that_begins_before_a_write_s_end_is_taken_is_not_that_write_s) {
+    settings_change([](settings& all) { all.check_after_write = true; });
+    dev_obj& dev = device(generic_pages);
+    const std::vector<uint8_t> written = dev.image;
+    progress_open_for_run();
+    module_session_began(dev, 1, session_kind::write, module_check::none);
+    tk_object_set_prop_uint8(dev.props.get(), "uart_f_distance", 9);
+    dev_encode(dev);
+    const std::vector<uint8_t> edited = dev.image;
+    module_session_began(dev, 2, session_kind::read, module_check::by_hand);
+    EXPECT_FALSE(module_session_ended(home(), dev, 1));
+    ASSERT_TRUE(dev.in_module);
+    EXPECT_EQ(dev.in_module->bytes, written);
+    EXPECT_FALSE(session_any_running()) << "no other check besides";
+    EXPECT_EQ(text(progress(), "label3"), "");
+    EXPECT_TRUE(module_reply(dev, 2, written));
+    EXPECT_FALSE(module_session_ended(home(), dev, 2));
+    EXPECT_EQ(text(progress(), "label3"), "校验完成：1 项不同");
+    EXPECT_EQ(dev.image, edited);
+}
+
+TEST_F(edits, a_failure_of_one_session_is_not_the_next_one_s) {
+    dev_obj& dev = device(generic_pages);
+    module_session_began(dev, 1, session_kind::read, module_check::by_hand);
+    module_session_began(dev, 2, session_kind::write, module_check::none);
+    module_session_failed(dev, {.run = 1, .kind = session_kind::read, .log_line = "", .text = ""});
+    module_session_failed(dev, {.run = 0, .kind = session_kind::write, .log_line = "", .text = ""});
+    EXPECT_TRUE(module_reply(dev, 1, dev.image)) << "a check that failed takes nothing over";
+    EXPECT_FALSE(module_reply(dev, 2, dev.image));
+    dev_module_unknown(dev);
+    EXPECT_FALSE(module_session_ended(home(), dev, 1));
+    EXPECT_FALSE(dev.in_module);
+    EXPECT_FALSE(module_session_ended(home(), dev, 2));
+    EXPECT_TRUE(dev.in_module);
+    dev_module_unknown(dev);
+    EXPECT_FALSE(module_session_ended(home(), dev, 2));
+    EXPECT_FALSE(dev.in_module) << "an end counts once";
+}
+
 TEST_F(edits, a_check_of_a_module_that_is_silent_fails_like_a_read) {
     connect("VKT531A");
     module->plan({.what = sim::fault::silent, .times = 1});
@@ -382,6 +433,53 @@ TEST_F(edits, a_check_after_writing_fails_with_the_names_of_what_differs) {
     press_ok();
     EXPECT_EQ(truth(), "1 项未写入");
     EXPECT_EQ(buttons(), "drwf");
+}
+
+TEST_F(edits, a_check_after_writing_names_three_and_counts_the_rest) {
+    dev_obj& dev = device(generic_pages);
+    const char* keys[] = {"uart_f_distance", "change_len", "change_star", "spi_ff_time"};
+    // In the order of the pages.
+    const char* told[] = {"帧间隔", "标识长度、帧间隔", "起始位置、标识长度、帧间隔",
+                          "起始位置、标识长度、帧时间 等 4 项"};
+    const std::vector<uint8_t> defaults = dev.image;
+    for (uint32_t run = 1; run <= std::size(keys); ++run) {
+        tk_object_set_prop_uint8(dev.props.get(), keys[run - 1], 7);
+        dev_encode(dev);
+        module_session_began(dev, run, session_kind::read, module_check::after_write);
+        module_reply(dev, run, defaults);
+        const auto failure = module_session_ended(home(), dev, run);
+        ASSERT_TRUE(failure);
+        EXPECT_EQ(failure->text, std::string("写入后校验不一致：") + told[run - 1]);
+    }
+}
+
+TEST_F(edits, what_nobody_has_noted_is_a_step_too) {
+    dev_obj& dev = device(generic_pages);
+    const auto change = [&dev](uint8_t value) {
+        tk_object_set_prop_uint8(dev.props.get(), "uart_f_distance", value);
+        dev_encode(dev);
+    };
+    const std::vector<uint8_t> before = dev.image;
+    change(7);
+    EXPECT_EQ(edits_undo(home()), RET_OK);
+    EXPECT_EQ(dev.image, before);
+    change(9);
+    EXPECT_EQ(edits_redo(home()), RET_FAIL) << "what was taken back is not to be had any more";
+    EXPECT_EQ(tk_object_get_prop_uint8(dev.props.get(), "uart_f_distance", 0), 9);
+}
+
+TEST_F(edits, without_a_model_nothing_is_shown) {
+    pick("page_change/combo_box_ex", "透明转换");
+    EXPECT_EQ(edits_undo(home()), RET_OK);
+    const std::string model = current_model();
+    set_current_model("none");
+    settle(); // the step is shown later
+    edits_show(home());
+    EXPECT_EQ(edits_undo(home()), RET_FAIL);
+    EXPECT_EQ(truth(), "1 项未写入，尚未读取") << "as it was";
+    set_current_model(model);
+    edits_show(home());
+    EXPECT_EQ(truth(), "默认值，尚未读取");
 }
 
 TEST(truth_line, says_the_worst_first) {

@@ -5,6 +5,7 @@
 #include "app/profile_title.h"
 #include "app/settings.h"
 #include "profile/compare.h"
+#include "profile/export.h"
 #include "tests/support/app_fixture.h"
 #include "tests/support/user.h"
 
@@ -198,6 +199,50 @@ TEST_F(profile_files, a_recent_one_is_once_in_the_list_and_the_newest_first) {
     EXPECT_EQ(profile_take(home(), b), RET_FAIL);
     EXPECT_THAT(message_seen, HasSubstr("找不到文件"));
     EXPECT_THAT(settings_get().recent_files, ElementsAre(a));
+}
+
+TEST_F(profile_files, the_list_offers_the_recent_ones_and_goes_on_saying_what_it_is) {
+    const std::string a = write("a.json", of_model("VKT531A", R"("uart_f_distance": 9)"));
+    settings_change([&](settings& all) { all.recent_files = {"gone/b.json", a}; });
+    profile_bind(home()); // as at the start
+    widget* combo = at("combo_recent");
+    const std::string option = "a.json　" + (tree() / "bin").generic_string();
+    EXPECT_EQ(combo_box_count_options(combo), 3);
+    EXPECT_TRUE(combo_box_has_option_text(combo, option.c_str()));
+    EXPECT_EQ(text(home(), "combo_recent"), "最近");
+    EXPECT_TRUE(enabled("combo_recent"));
+    pick("combo_recent", option.c_str());
+    settle();
+    EXPECT_EQ(value("uart_f_distance"), 9U);
+    EXPECT_EQ(text(home(), "combo_recent"), "最近");
+    EXPECT_THAT(settings_get().recent_files, ElementsAre(a, "gone/b.json"));
+}
+
+TEST_F(profile_files, what_would_be_written_is_exported_in_four_forms_of_both_frames) {
+    const struct {
+        const char* pick;
+        const char* name;
+        export_form form;
+    } rows[] = {{"文本 (*.txt)", "VKT610B.txt", export_form::frames},
+                {"C 数组 (*.h)", "VKT610B.h", export_form::c_array},
+                {"二进制 (*.bin)", "VKT610B.bin", export_form::binary},
+                {"终端脚本 (*.script)", "VKT610B.script", export_form::script}};
+    pick("combo_box_ex_dev", "VKT610B");
+    ASSERT_EQ(profile_take(home(), write("b.json", of_model("VKT610B", ""))), RET_OK);
+    for (const bool alternative : {false, true}) {
+        if (alternative) click(home(), "code_mode_vkt610b");
+        for (const auto& row : rows) {
+            const fs::path path = tree() / "bin" / row.name;
+            fs::remove(path);
+            EXPECT_EQ(user_does("click home_page/button_export\nwait file_dialog/file_name focused 1\n"
+                                "pick file_dialog/file_type " +
+                                user_word(row.pick) + "\nclick file_dialog/ok\n"),
+                      "");
+            settle();
+            EXPECT_EQ(file_text(path), export_text(dev(), "VKT610B", alternative, row.form)) << row.name;
+        }
+    }
+    EXPECT_NE(export_frames(dev(), true), export_frames(dev(), false));
 }
 
 TEST_F(profile_files, unwritten_edits_are_kept_offered_and_taken) {

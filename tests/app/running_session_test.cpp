@@ -154,7 +154,7 @@ TEST_P(running_session, brings_an_image_to_the_page_with_the_report_of_100_perce
     session_bytes image = device(GetParam().of).image;
     image[GetParam().at] = GetParam().code;
     progress_open_for_run();
-    reports.image(image);
+    reports.image(1, image);
     settle();
     EXPECT_EQ(stored(), GetParam().code);
     EXPECT_TRUE(rate_in_code());

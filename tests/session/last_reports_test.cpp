@@ -80,7 +80,7 @@ TEST_F(last_reports_of_bytes, every_request_and_reply_stands_between_its_steps) 
                             said.push_back((t.sent ? "> " : "< ") + hex_list(t.bytes, "%02X", " "));
                         },
                     .failed = [](const session_failure&) {},
-                    .image = [](const session_bytes&) {},
+                    .image = [](uint32_t, const session_bytes&) {},
                     .connected = [] {},
                     .finished = [](uint32_t) {}});
     ASSERT_TRUE(run(session_kind::connect));
@@ -96,7 +96,7 @@ TEST_F(last_reports_of_bytes, what_a_module_hears_when_it_is_left_is_one_of_them
                    {.progress = [](const session_progress&) {},
                     .moved = [&](const session_traffic& t) { moved.emplace_back(t.bytes.begin(), t.bytes.end()); },
                     .failed = [](const session_failure&) {},
-                    .image = [](const session_bytes&) {},
+                    .image = [](uint32_t, const session_bytes&) {},
                     .connected = [] {},
                     .finished = [](uint32_t) {}});
     ASSERT_TRUE(run(session_kind::connect));
@@ -110,7 +110,7 @@ TEST_P(last_reports, come_in_order_and_at_their_moments) {
     dev = dev_open(all_families, GetParam().model,
                    {.progress = [this](const session_progress& p) { note(tk_format("%u", p.percent)); },
                     .failed = [this](const session_failure&) { note("failed"); },
-                    .image = [this](const session_bytes&) { note("image"); },
+                    .image = [this](uint32_t, const session_bytes&) { note("image"); },
                     .connected = [this] { note("buttons"); },
                     .finished = [this](uint32_t) { note("finished"); }});
     ASSERT_TRUE(run(session_kind::connect));

@@ -203,7 +203,8 @@ class many_ports : public testing::TestWithParam<mix> {
                     post([&at, text = failure.text] { at.failures.push_back(text); });
                 },
             .image = [&at,
-                      post](const session_bytes& image) { post([&at, image] { dev_accept(*at.dev, image); }); },
+                      post](uint32_t,
+                            const session_bytes& image) { post([&at, image] { dev_accept(*at.dev, image); }); },
             .connected = {},
             .finished = [&at, post](uint32_t) { post([&at] { at.finished++; }); },
         };

@@ -86,7 +86,7 @@ session_reports session_test::reports() {
                 });
             },
         .image =
-            [this](const session_bytes& image) {
+            [this](uint32_t, const session_bytes& image) {
                 idle_queue([this, image] {
                     dev_accept(*dev, image);
                     return RET_OK;
