@@ -40,7 +40,7 @@ bool toolkit_up(const command_line_options& options) {
         complain(std::string(program_name) + ": no resources in " + resource_root());
         return false;
     }
-    window_read_ahead("home_page"); // while the fonts are looked up
+    for (const char* name : {"home_page", "page_change"}) window_read_ahead(name); // while the fonts are looked up
     if (system_info_get_app_type() != app_type::simulator) tk_set_lcd_orientation(0);
     system_info_set_default_font("default");
     assets_init(theme_name);

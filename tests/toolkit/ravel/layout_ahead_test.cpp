@@ -28,6 +28,12 @@ TEST_F(layouts_ahead, a_layout_stands_back_for_another_window) {
     window_read_ahead("ahead");
     window_read_ahead("other");
     EXPECT_NE(widget_lookup(window_open("ahead"), "first"), nullptr);
+    EXPECT_NE(widget_lookup(window_open("other"), "other"), nullptr);
+    window_read_ahead("ahead");
+    write_layout("ahead", ui_window(ui_widget("QLabel", "second", "0 0 9 9")));
+    window_read_ahead("ahead");
+    EXPECT_NE(widget_lookup(window_open("ahead"), "second"), nullptr);
+    EXPECT_NE(widget_lookup(window_open("ahead"), "second"), nullptr);
 }
 
 TEST_F(layouts_ahead, a_broken_layout_is_refused_as_it_is_opened) {

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QXmlStreamReader>
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <utility>
@@ -55,9 +56,18 @@ struct file_ahead {
     worker reader; // last: it fills the others
 };
 
-std::unique_ptr<file_ahead>& ahead() {
-    static auto& one = *new std::unique_ptr<file_ahead>;
-    return one;
+std::vector<std::unique_ptr<file_ahead>>& ahead() {
+    static auto& all = *new std::vector<std::unique_ptr<file_ahead>>;
+    return all;
+}
+
+/// Takes a file off the list; null when it is not on it.
+std::unique_ptr<file_ahead> take_ahead(const QString& path) {
+    const auto found = std::ranges::find(ahead(), path, [](const auto& file) { return file->path; });
+    if (found == ahead().end()) return nullptr;
+    std::unique_ptr<file_ahead> file = std::move(*found);
+    ahead().erase(found);
+    return file;
 }
 } // namespace
 
@@ -80,6 +90,7 @@ void refuse_layout(const QString& file, int line, const QString& reason) {
 }
 
 void read_ui_file_ahead(const QString& path) {
+    take_ahead(path);
     auto next = std::make_unique<file_ahead>();
     next->path = path;
     const auto read = [to = next.get()] {
@@ -90,14 +101,13 @@ void read_ui_file_ahead(const QString& path) {
         }
         return 0U;
     };
-    const bool started = next->reader.start({.name = "layout"}, read) == RET_OK;
-    ahead() = started ? std::move(next) : nullptr;
+    if (next->reader.start({.name = "layout"}, read) == RET_OK) ahead().push_back(std::move(next));
 }
 
 ui_element read_ui_file(const QString& path) {
-    if (ahead() == nullptr || ahead()->path != path) return read_now(path);
-    const std::unique_ptr<file_ahead> read = std::move(ahead());
-    read->reader.join();
-    if (read->refusal != nullptr) std::rethrow_exception(read->refusal);
-    return std::move(read->root);
+    const std::unique_ptr<file_ahead> file = take_ahead(path);
+    if (file == nullptr) return read_now(path);
+    file->reader.join();
+    if (file->refusal != nullptr) std::rethrow_exception(file->refusal);
+    return std::move(file->root);
 }

@@ -32,5 +32,5 @@ struct layout_error : std::runtime_error {
 /// Reads the file; its root element is <ui>. Throws layout_error. GUI thread only.
 ui_element read_ui_file(const QString& path);
 /// Begins to read the file on a thread of its own; the next read_ui_file of that path takes what was read, refusal
-/// included. One file at a time: another one takes its place. GUI thread only.
+/// included. Of a path that is read ahead twice the later reading counts. GUI thread only.
 void read_ui_file_ahead(const QString& path);
