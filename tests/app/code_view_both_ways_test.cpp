@@ -71,6 +71,18 @@ TEST_F(both_ways, copying_gives_the_text_alone) {
     EXPECT_EQ(clip_board_get_text(), dev.of.code_text(dev, {}, nullptr));
 }
 
+TEST_F(both_ways, another_form_under_a_resting_pointer_says_what_stands_there_now) {
+    does("hover-at mledit 138\nexpect mledit tooltip \"转换参数 · 转换模式　字节 42　02 = 透明带标识转换\"\n");
+    widget* form = widget_lookup(home(), "code_mode");
+    widget_set_value_int(form, 1);
+    widget_dispatch_simple_event(form, event_type::value_changed);
+    widget_dispatch_simple_event(form, event_type::click);
+    const std::string now = user_tries("expect home_page/mledit tooltip nothing\n");
+    does("hover button_copy\nhover-at mledit 138\n");
+    EXPECT_EQ(user_tries("expect home_page/mledit tooltip nothing\n"), now);
+    EXPECT_THAT(now, testing::Not(testing::HasSubstr("转换模式")));
+}
+
 TEST_F(both_ways, another_model_has_its_own_marks) {
     module_holds_it(generic_pages);
     does("pick page_change/combo_box_ex 自定义协议转换\npick combo_box_ex_dev VKT510A\nclick button_copy\n"

@@ -105,6 +105,11 @@ TEST_F(edits, a_field_says_what_the_module_and_the_defaults_hold) {
     EXPECT_THAT(said(), Not(HasSubstr("模块中"))) << "the module was left";
 }
 
+TEST_F(edits, a_field_of_one_bit_says_its_default) {
+    EXPECT_EQ(user_does("pick combo_box_ex_dev VKT610B\n"), "");
+    EXPECT_THAT(tooltip("page_vkt610b_change/spin_box_3_vkt610b"), HasSubstr("默认: 2 路"));
+}
+
 TEST_F(edits, another_model_is_another_module) {
     connect("VKT531A");
     run_and_close("button_read");
