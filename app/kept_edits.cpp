@@ -46,7 +46,8 @@ const std::optional<profile>& offered() {
 /// The family whose edits are kept: the current one, else another with something unwritten. Null: none.
 const family_pages* unwritten_family() {
     std::vector<const family_pages*> all(families().begin(), families().end());
-    std::ranges::stable_partition(all, [](const family_pages* pages) { return pages == current_pages(); });
+    std::stable_partition(all.begin(), all.end(),
+                          [](const family_pages* pages) { return pages == current_pages(); });
     for (const family_pages* pages : all)
         if (const dev_obj* dev = device_of(*pages); dev != nullptr && !dev_unwritten(*dev).empty()) return pages;
     return nullptr;
