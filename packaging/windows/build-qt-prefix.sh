@@ -90,7 +90,7 @@ check_host_tools() {
 
 configure() {
     local off=(vulkan egl network sql dbus concurrent printsupport pkg_config glib icu zstd system_zlib system_pcre2
-        system_doubleconversion system_png system_jpeg system_freetype system_harfbuzz jpeg gif tabletevent direct2d)
+        system_doubleconversion system_png system_jpeg system_freetype system_harfbuzz jpeg gif tabletevent)
     local options=("${off[@]/#/-DFEATURE_}")
     cmake -S "$work/source" -B "$work/build" -G Ninja \
         -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64-x86_64.cmake" -DCMAKE_BUILD_TYPE=Release \
