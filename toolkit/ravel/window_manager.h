@@ -13,8 +13,8 @@ widget* window_open_and_close(const char* name, widget* to_close);
 /// The same without closing anything.
 widget* window_open(const char* name);
 
-/// Begins to read a layout, a window's or an included one's, on a thread of its own, while the caller does something
-/// else; what opens or includes it takes what was read.
+/// Begins to read a layout, a window's or an included one's, on a thread of its own, while the caller does
+/// something else; what opens or includes it takes what was read.
 void window_read_ahead(const char* name);
 
 /// Why the last window_open failed, with file and line; empty after success.
