@@ -26,7 +26,7 @@ TEST_F(ports, are_listed_with_what_stands_behind_them) {
 
 TEST_F(ports, one_that_is_taken_says_so) {
     plug("VKT531A");
-    com::fault_set(com::call::create_file, 0, 1000, 5);
+    com::fault_set(com::call::create_file, 0, 1000000, 5); // opening tries 101 times a port
     EXPECT_EQ(vkt({"ports"}), exit_good);
     EXPECT_THAT(out, HoldsPattern("(^|\n)COM7 +.* (被占用|无权限) \\(error 5\\)\n"));
     EXPECT_EQ(vkt({"ports", "--json"}), exit_good);
@@ -270,6 +270,7 @@ TEST_F(ports, a_module_that_cannot_be_left_is_an_error) {
     EXPECT_EQ(err, "vkt: COM7: 读配置: 应答帧校验失败\n");
 }
 
+#ifndef _WIN32 // where no file can have such a name
 TEST_F(ports, a_profile_may_have_the_name_of_a_port) {
     plug("VKT531A");
     const std::string path = profile_file("VKT531A");
@@ -279,9 +280,16 @@ TEST_F(ports, a_profile_may_have_the_name_of_a_port) {
     EXPECT_EQ(vkt({"diff", path, "COM7"}), exit_good);
     EXPECT_EQ(out, "一致\n");
     EXPECT_EQ(module->received().size(), 0u);
+    std::filesystem::current_path(here);
+}
+#endif
+
+TEST_F(ports, what_names_no_port_is_a_file) {
+    plug("VKT531A");
+    const std::string path = profile_file("VKT531A");
     EXPECT_EQ(vkt({"diff", path, "none.json"}), exit_usage);
     EXPECT_EQ(err, "vkt: none.json: 文件不存在\n");
-    std::filesystem::current_path(here);
+    EXPECT_EQ(module->received().size(), 0u);
 }
 
 TEST_F(ports, why_one_cannot_be_opened) {
