@@ -120,8 +120,24 @@ try_windows_packages() {
     result "windows looks" $(count_last "$log")
 }
 
+# Two runs at a time, each with every other test, its own Wine, ports and display: much of what a test takes is waiting.
+# Which tests there are is found out before, once.
+wine_tests() {
+    local half log=build/windows-tests second
+    "$@" packaging/windows/wine-tests.sh -N >"$log-found.log" 2>&1 || cat "$log-found.log"
+    VKT_WINE_DIR=$PWD/build/wine-2 "$@" packaging/windows/wine-tests.sh -I 2,,2 "${ctest_options[@]}" >"$log-2.log" 2>&1 &
+    second=$!
+    "$@" packaging/windows/wine-tests.sh -I 1,,2 "${ctest_options[@]}" 2>&1 | tee "$log-1.log" | brief
+    wait "$second"
+    brief <"$log-2.log"
+    for half in 1 2; do
+        # shellcheck disable=SC2046 # two numbers
+        result "windows ($half of 2)" $(count_ctest "$log-$half.log")
+    done
+}
+
 run_windows() {
-    local log=build/windows-tests.log sections="build windows" options=(-DVKT_GUI=OFF) display=() prefix
+    local sections="build windows" options=(-DVKT_GUI=OFF) display=() prefix
     local host=host host_programs=(pty_host vkt_sim) program_stage=''
     if prefix=$(packaging/windows/build-qt-prefix.sh --ready); then
         sections="$sections gui display windows-package" options=(-DVKT_GUI=ON "-DQTWIN_PREFIX=$prefix") display=(with_display)
@@ -148,10 +164,7 @@ run_windows() {
     # The whole program is played from what users unpack.
     [ "$host" != dev ] || program_stage=$(echo "$PWD/build/解压 unpacked"/*)
     say "windows: tests under Wine"
-    VKT_PROGRAM_STAGE=$program_stage "${display[@]}" packaging/windows/wine-tests.sh "${ctest_options[@]}" 2>&1 |
-        tee "$log" | brief
-    # shellcheck disable=SC2046
-    result windows $(count_ctest "$log")
+    VKT_PROGRAM_STAGE=$program_stage wine_tests "${display[@]}"
     [ "$host" != dev ] || try_windows_packages "$program_stage"
 }
 

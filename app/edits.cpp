@@ -58,7 +58,9 @@ void buttons_show(widget* home, const edit_log& log) {
         const char* does;
         const char* keys;
     } rows[] = {{"button_undo", log.undoable(), "撤销", "Ctrl+Z"},
-                {"button_redo", log.redoable(), "重做", "Ctrl+Y"}};
+                {"button_list_undo", log.undoable(), "撤销", "Ctrl+Z"},
+                {"button_redo", log.redoable(), "重做", "Ctrl+Y"},
+                {"button_list_redo", log.redoable(), "重做", "Ctrl+Y"}};
     for (const auto& row : rows) {
         widget* button = home_part(home, row.button);
         widget_set_enable(button, row.step != nullptr);

@@ -71,6 +71,8 @@ constexpr binding bindings[] = {
     {"button_check", event_type::click, session_check_pressed},
     {"button_undo", event_type::click, edits_undo},
     {"button_redo", event_type::click, edits_redo},
+    {"button_list_undo", event_type::click, edits_undo},
+    {"button_list_redo", event_type::click, edits_redo},
     {"truth_line", event_type::click, truth_line_pressed},
     {"button_kept", event_type::click, kept_restore},
     {"button_kept_dismiss", event_type::click, kept_dismiss},

@@ -172,6 +172,23 @@ TEST_F(edits, taking_back_and_doing_again_by_the_keys_and_byte_for_byte) {
     EXPECT_EQ(edits_redo(home()), RET_FAIL);
 }
 
+TEST_F(edits, the_list_takes_back_and_does_again_too) {
+    const std::string start = code();
+    pick("page_change/combo_box_ex", "透明转换");
+    const std::string edited = code();
+    click(home(), "tab_changes");
+    EXPECT_TRUE(enabled("button_list_undo"));
+    EXPECT_FALSE(enabled("button_list_redo"));
+    EXPECT_THAT(tooltip("button_list_undo"), HasSubstr("撤销“转换模式”"));
+    click(home(), "button_list_undo");
+    ASSERT_TRUE(wait([&] { return code() == start; })) << code();
+    EXPECT_FALSE(enabled("button_list_undo"));
+    EXPECT_TRUE(enabled("button_list_redo"));
+    EXPECT_THAT(tooltip("button_list_redo"), HasSubstr("重做“转换模式”"));
+    click(home(), "button_list_redo");
+    EXPECT_TRUE(wait([&] { return code() == edited; })) << code();
+}
+
 // Choosing another model of the family has shown the defaults without the blanks.
 TEST_F(edits, an_edit_is_taken_back_to_the_code_as_it_was_shown_before_it) {
     pick("page_change/combo_box_ex", "透明转换");
