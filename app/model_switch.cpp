@@ -10,6 +10,9 @@
 
 #include <algorithm>
 #include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -134,12 +137,11 @@ void model_bind(widget* home) {
 
 void model_selector_fill(widget* home) {
     widget* selector = widget_lookup(home, "combo_box_ex_dev");
-    combo_box_reset_options(selector);
+    std::vector<std::pair<int32_t, std::string>> options;
     for (const family_pages* pages : families())
-        for (const family_model& row : pages->of->models) {
-            combo_box_append_option(selector, row.selector_value, row.name);
-            if (std::string_view(row.name) == start_model()) widget_set_value_int(selector, row.selector_value);
-        }
+        for (const family_model& row : pages->of->models) options.emplace_back(row.selector_value, row.name);
+    combo_box_set_options(selector, options);
+    widget_set_text_utf8(selector, start_model());
     set_current_model(start_model());
 }
 

@@ -5,7 +5,9 @@
 #include "toolkit/core/log.h"
 #include "toolkit/core/text.h"
 
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -91,7 +93,9 @@ void attach_pointed(const bound_row& at) {
 }
 
 void attach(const bound_row& at) {
-    for (const auto& option : row_options(at.row)) combo_box_append_option(at.w, option.value, option.text);
+    std::vector<std::pair<int32_t, std::string>> options;
+    for (const auto& option : row_options(at.row)) options.emplace_back(option.value, option.text);
+    if (!options.empty()) combo_box_set_options(at.w, options);
     if (is_hex_word(at.row.kind)) edit_set_text_limit(at.w, 0, hex_edit_chars);
     attach_pointed(at);
     const kind_ops& ops = kind_ops_of(at.row);

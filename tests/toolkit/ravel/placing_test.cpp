@@ -56,6 +56,20 @@ TEST_F(placing, a_grid_has_least_sizes_spacings_and_margins) {
     EXPECT_EQ(place("b"), "85 59 203 128");
 }
 
+// The style's own are 9 pixels.
+TEST_F(placing, a_margin_that_is_left_open_is_the_style_s) {
+    const std::pair<const char*, const char*> places[] = {{"leftMargin", "30 9 261 182"},
+                                                          {"topMargin", "9 30 282 161"},
+                                                          {"rightMargin", "9 9 261 182"},
+                                                          {"bottomMargin", "9 9 282 161"}};
+    for (const auto& [side, expected] : places) {
+        in_box("<layout class=\"QVBoxLayout\">" + ui_number(side, 30) + item(frame("a")) + "</layout>");
+        EXPECT_EQ(place("a"), expected) << side;
+    }
+    in_box("<layout class=\"QVBoxLayout\">" + item(frame("a")) + "</layout>");
+    EXPECT_EQ(place("a"), "9 9 282 182");
+}
+
 TEST_F(placing, an_item_may_be_aligned) {
     in_box("<layout class=\"QGridLayout\">" + tight() +
            item(fixed("a"), "row=\"0\" column=\"0\" alignment=\"Qt::AlignRight|Qt::AlignBottom\"") + "</layout>");

@@ -192,6 +192,23 @@ TEST_F(properties, what_shows_something_else_is_painted_anew) {
     }
 }
 
+// The window itself shows no focus: nothing in it changes its look.
+TEST_F(properties, a_window_that_gets_or_loses_the_keyboard_is_not_painted_anew) {
+    open(ui_window(ui_widget("QLabel", "label", "0 40 90 30") + ui_widget("QLineEdit", "field", "0 80 90 30")));
+    ASSERT_TRUE(widget_get_focused(win));
+    qwidget_of(win)->repaint();
+    settle();
+    paint_count count(at("label"));
+    widget_set_focused(at("field"));
+    settle();
+    widget_set_focused(win);
+    settle();
+    EXPECT_TRUE(widget_get_focused(win));
+    EXPECT_EQ(count.painted, 0);
+    qwidget_of(win)->repaint();
+    EXPECT_EQ(count.painted, 1) << "it counts";
+}
+
 TEST_F(properties, moving_label_moves_only_while_it_can_be_seen) {
     open(ui_window(ui_widget("QWidget", "box", "0 0 300 50",
                              ui_widget("QLabel", "moving", "0 0 200 30", ui_dynamic("class", "hscroll_label")))));

@@ -60,16 +60,19 @@ class spin_widget final : public QSpinBox {
     void wheelEvent(QWheelEvent* event) override;
 };
 
-/// A check button that is no wider than what it shows. As a switch it takes presses everywhere on it.
-/// A view that covers all of its place with the sheet's ground: what lies under it is not painted.
+/// A view that covers all of its place with the sheet's ground: what lies under it is not painted. It shows no focus,
+/// so getting or losing the keyboard paints nothing anew.
 class ground_widget final : public QWidget {
   public:
     explicit ground_widget(QWidget* parent, Qt::WindowFlags flags = {});
 
   protected:
     void paintEvent(QPaintEvent* event) override;
+    void focusInEvent(QFocusEvent*) override {}
+    void focusOutEvent(QFocusEvent*) override {}
 };
 
+/// A check button that is no wider than what it shows. As a switch it takes presses everywhere on it.
 class check_widget : public QCheckBox {
   public:
     explicit check_widget(QWidget* parent);
