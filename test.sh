@@ -82,7 +82,8 @@ run_preset() {
         return
     fi
     say "$preset: tests"
-    with_display ctest --preset "$preset" -j "$jobs" "${ctest_options[@]}" 2>&1 | tee "$log" | brief
+    # More at a time than there are cores: much of what a test takes is waiting.
+    with_display ctest --preset "$preset" -j "$((2 * jobs))" "${ctest_options[@]}" 2>&1 | tee "$log" | brief
     # shellcheck disable=SC2046 # two numbers
     result "$preset" $(count_ctest "$log")
 }

@@ -60,8 +60,8 @@ class spin_widget final : public QSpinBox {
     void wheelEvent(QWheelEvent* event) override;
 };
 
-/// A view that covers all of its place with the sheet's ground: what lies under it is not painted. It shows no focus,
-/// so getting or losing the keyboard paints nothing anew.
+/// A view that covers all of its place with the sheet's ground: what lies under it is not painted. It shows no
+/// focus, so getting or losing the keyboard paints nothing anew.
 class ground_widget final : public QWidget {
   public:
     explicit ground_widget(QWidget* parent, Qt::WindowFlags flags = {});
