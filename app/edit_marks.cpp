@@ -68,7 +68,8 @@ void tell(shown_page& page, const dev_obj& dev) {
     const std::vector<uint8_t>& module = dev.in_module ? dev.in_module->bytes : unknown;
     if (page.fields.empty() || (page.told && page.module == module)) return;
     for (const shown_field& one : page.fields)
-        if (one.what->place.bits != 0) widget_set_tooltip_more(one.w, tooltip_of(dev, *one.what).c_str());
+        if (one.what->place.bits != 0 && !is_modules_own(dev.of, *one.what))
+            widget_set_tooltip_more(one.w, tooltip_of(dev, *one.what).c_str());
     page.told = true;
     page.module = module;
 }

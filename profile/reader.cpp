@@ -10,6 +10,13 @@ namespace {
 constexpr const char* twice = "重复";
 constexpr const char* unknown = "未知的键";
 constexpr const char* missing = "缺少";
+constexpr std::size_t shown_max = 100; ///< bytes
+
+/// What a file says may be of any length: enough of it to tell where it is.
+std::string shown_of(const std::string& text) {
+    const std::string begin = tk_utf8_cut(text, shown_max);
+    return begin.size() < text.size() ? begin + "…" : text;
+}
 
 /// Reads one file's tree; what is wrong is added to the refusals.
 class profile_reader {
@@ -55,7 +62,9 @@ class profile_reader {
     }
 
   private:
-    void refuse(const std::string& key, const std::string& reason) { result_.refusals.push_back({key, reason}); }
+    void refuse(const std::string& key, const std::string& reason) {
+        result_.refusals.push_back({shown_of(key), reason});
+    }
 
     bool read_format(const json_node* node) {
         if (node == nullptr) {
@@ -83,7 +92,7 @@ class profile_reader {
         if (node->kind != json_kind::text) return false;
         out_.of = family_of_model(families_, out_.model);
         if (out_.of == nullptr) {
-            refuse("model", "未知型号 " + out_.model);
+            refuse("model", "未知型号 " + shown_of(out_.model));
             return false;
         }
         if (for_family_ == nullptr || for_family_ == out_.of) return true;

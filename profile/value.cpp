@@ -243,11 +243,8 @@ std::string value_place(const family_descriptor& of, const field& row) {
 
 std::vector<const field*> fields_by_page(const family_descriptor& of) {
     std::vector<const field*> out;
-    for (const field& row : of.fields) {
-        const bool own =
-            of.kept_at_restore != nullptr && row.key != nullptr && row.key == std::string_view(of.kept_at_restore);
-        if (row.key != nullptr && !own) out.push_back(&row);
-    }
+    for (const field& row : of.fields)
+        if (row.key != nullptr && !is_modules_own(of, row)) out.push_back(&row);
     const auto rank = [](const field* row) { // what is not shown has the highest rank of its page
         return std::pair(row->shown.page, static_cast<uint8_t>(row->shown.row - 1));
     };

@@ -53,6 +53,11 @@ struct family_descriptor {
     const char* (*monitor_refusal)(const dev_obj& dev) = nullptr;
 };
 
+/// A value of the module itself: a restore keeps it, so it has no default, and no profile holds it.
+inline bool is_modules_own(const family_descriptor& of, const field& what) {
+    return of.kept_at_restore != nullptr && what.key != nullptr && what.key == std::string_view(of.kept_at_restore);
+}
+
 /// The families of a program, in the order of the model selector.
 using family_list = std::span<const family_descriptor* const>;
 

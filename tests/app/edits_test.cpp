@@ -108,6 +108,8 @@ TEST_F(edits, a_field_says_what_the_module_and_the_defaults_hold) {
 TEST_F(edits, a_field_of_one_bit_says_its_default) {
     EXPECT_EQ(user_does("pick combo_box_ex_dev VKT610B\n"), "");
     EXPECT_THAT(tooltip("page_vkt610b_change/spin_box_3_vkt610b"), HasSubstr("默认: 2 路"));
+    EXPECT_THAT(tooltip("page_vkt610b_change/change_label_4_2_vkt610b"), testing::Not(HasSubstr("默认")))
+        << "the module's own version";
 }
 
 TEST_F(edits, another_model_is_another_module) {

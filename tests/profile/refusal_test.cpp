@@ -82,6 +82,15 @@ TEST(refusals, every_fault_is_said) {
                             "can_check: 类型不对，应为 true 或 false", "change_len: 超出范围，应为 0–8"));
 }
 
+TEST(refusals, a_text_of_any_length_has_a_line_that_can_be_read) {
+    const std::string at_most(100, 'k');
+    EXPECT_THAT(refusals(of_model("VKT531A", '"' + at_most + "\": 1")), ElementsAre(at_most + ": 未知的键"));
+    EXPECT_THAT(refusals(of_model("VKT531A", '"' + at_most + "k\": 1")), ElementsAre(at_most + "…: 未知的键"));
+    EXPECT_THAT(refusals(of_model("VKT531A", '"' + at_most.substr(1) + "键\": 1")),
+                ElementsAre(at_most.substr(1) + "…: 未知的键"));
+    EXPECT_THAT(refusals(of_model(at_most + "k", "")), ElementsAre("model: 未知型号 " + at_most + "…"));
+}
+
 TEST(refusals, of_the_file_as_a_whole) {
     constexpr const char* no_json = "不是配置文件（JSON 文本不完整或有误）";
     EXPECT_THAT(refusals(""), ElementsAre("文件为空"));

@@ -59,6 +59,25 @@ void turn(fs_file_t* file, fs_file_t::direction next) {
 }
 
 /// A name beside `path` that no other writer, here or in another process, uses.
+/// Where a symbolic link leads to; the path itself where it is none.
+std::string behind_link(const char* path) {
+    std::error_code failed;
+    if (!std::filesystem::is_symlink(to_path(path), failed)) return path;
+    const std::filesystem::path target = std::filesystem::canonical(to_path(path), failed);
+    if (failed) return path;
+    const std::u8string utf8 = target.u8string();
+    return {utf8.begin(), utf8.end()};
+}
+
+/// Gives `to` the rights of `from`, if that is there: what only its owner could read stays so.
+void take_rights(const char* from, const char* to) {
+    std::error_code failed;
+    const std::filesystem::perms rights = std::filesystem::status(to_path(from), failed).permissions();
+    const bool writable = (rights & std::filesystem::perms::owner_write) != std::filesystem::perms::none;
+    if (!failed && writable && rights != std::filesystem::perms::unknown)
+        std::filesystem::permissions(to_path(to), rights, failed);
+}
+
 std::string name_beside(const char* path) {
     static const unsigned process = std::random_device{}();
     static std::atomic<unsigned> counter{0};
@@ -196,9 +215,11 @@ bool fs_read_all(const char* path, std::string* text) {
 ret_t fs_write_whole(const char* path, const std::string& text) {
     if (path == nullptr) return RET_BAD_PARAMS;
     if (fs_is_device(os_fs(), path)) return write_file(path, "wb", text);
-    const std::string beside = name_beside(path);
-    if (write_file(beside.c_str(), "wb", text) == RET_OK && platform_replace_file(beside.c_str(), path))
-        return RET_OK;
+    const std::string target = behind_link(path);
+    const std::string beside = name_beside(target.c_str());
+    const bool written = write_file(beside.c_str(), "wb", text) == RET_OK;
+    if (written) take_rights(target.c_str(), beside.c_str());
+    if (written && platform_replace_file(beside.c_str(), target.c_str())) return RET_OK;
     fs_remove_file(os_fs(), beside.c_str());
     return RET_FAIL;
 }

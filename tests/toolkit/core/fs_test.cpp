@@ -257,6 +257,30 @@ TEST_F(fs_files, a_device_is_told_from_files_and_folders) {
     EXPECT_FALSE(fs_is_device(os_fs(), nullptr));
 }
 
+TEST_F(fs_files, a_link_stays_and_what_it_leads_to_is_replaced) {
+    const std::filesystem::path link = system_path() / "link";
+    std::filesystem::create_directory(system_path() / "elsewhere");
+    ASSERT_EQ(fs_write_whole(path("elsewhere/a").c_str(), "first"), RET_OK);
+    std::filesystem::create_symlink("elsewhere/a", link);
+    ASSERT_EQ(fs_write_whole(path("link").c_str(), "second"), RET_OK);
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(content("elsewhere/a"), "second");
+    std::filesystem::remove(link);
+    std::filesystem::create_symlink("nowhere/a", link);
+    EXPECT_EQ(fs_write_whole(path("link").c_str(), "third"), RET_OK) << "it leads nowhere";
+    EXPECT_EQ(content("link"), "third");
+}
+
+TEST_F(fs_files, a_file_that_is_replaced_keeps_its_rights) {
+    using std::filesystem::perms;
+    ASSERT_EQ(fs_write_whole(path("a").c_str(), "first"), RET_OK);
+    for (const perms rights : {perms::owner_read | perms::owner_write, perms::owner_all | perms::group_read}) {
+        std::filesystem::permissions(system_path() / "a", rights);
+        ASSERT_EQ(fs_write_whole(path("a").c_str(), "second"), RET_OK);
+        EXPECT_EQ(std::filesystem::status(system_path() / "a").permissions(), rights);
+    }
+}
+
 TEST_F(fs_files, a_device_is_written_into_and_not_replaced) {
     std::filesystem::create_symlink("/dev/full", system_path() / "device");
     EXPECT_EQ(fs_write_whole(path("device").c_str(), "x"), RET_FAIL);
