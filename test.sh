@@ -124,17 +124,26 @@ try_windows_packages() {
 # Two runs at a time, each with every other test, its own Wine, ports and display: much of what a test takes is waiting.
 # Which tests there are is found out before, once.
 wine_tests() {
-    local half log=build/windows-tests second
-    "$@" packaging/windows/wine-tests.sh -N >"$log-found.log" 2>&1 || cat "$log-found.log"
-    VKT_WINE_DIR=$PWD/build/wine-2 "$@" packaging/windows/wine-tests.sh -I 2,,2 "${ctest_options[@]}" >"$log-2.log" 2>&1 &
+    local half log=build/windows-tests second found played=0 good bad
+    "$@" packaging/windows/wine-tests.sh -N "${ctest_options[@]}" >"$log-found.log" 2>&1 || cat "$log-found.log"
+    found=$(sed -n 's/^Total Tests: //p' "$log-found.log")
+    set -m # a process group of its own, so that all of it ends when this script is broken off
+    VKT_WINE_DIR=$PWD/build/wine-2 "$@" packaging/windows/wine-tests.sh -I 2,,2 "${ctest_options[@]}" \
+        >"$log-2.log" 2>&1 </dev/null &
     second=$!
+    set +m
+    # shellcheck disable=SC2064 # this one
+    trap "kill -- -$second 2>/dev/null" EXIT
     "$@" packaging/windows/wine-tests.sh -I 1,,2 "${ctest_options[@]}" 2>&1 | tee "$log-1.log" | brief
     wait "$second"
+    trap - EXIT
     brief <"$log-2.log"
     for half in 1 2; do
-        # shellcheck disable=SC2046 # two numbers
-        result "windows ($half of 2)" $(count_ctest "$log-$half.log")
+        read -r good bad <<<"$(count_ctest "$log-$half.log")"
+        result "windows ($half of 2)" "$good" "$bad"
+        played=$((played + good + bad))
     done
+    [ "$played" = "$found" ] || result "windows ($played of ${found:-no} tests were played)" 0 1
 }
 
 run_windows() {

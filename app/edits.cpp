@@ -53,18 +53,18 @@ void count_show(widget* home, std::size_t count) {
 
 void buttons_show(widget* home, const edit_log& log) {
     const struct {
-        const char* button;
         const edit_step* step;
         const char* does;
         const char* keys;
-    } rows[] = {{"button_undo", log.undoable(), "撤销", "Ctrl+Z"},
-                {"button_list_undo", log.undoable(), "撤销", "Ctrl+Z"},
-                {"button_redo", log.redoable(), "重做", "Ctrl+Y"},
-                {"button_list_redo", log.redoable(), "重做", "Ctrl+Y"}};
+        const char* buttons[2]; ///< above the tabs, below the list
+    } rows[] = {{log.undoable(), "撤销", "Ctrl+Z", {"button_undo", "button_list_undo"}},
+                {log.redoable(), "重做", "Ctrl+Y", {"button_redo", "button_list_redo"}}};
     for (const auto& row : rows) {
-        widget* button = home_part(home, row.button);
-        widget_set_enable(button, row.step != nullptr);
-        widget_set_tooltip(button, step_tooltip(row.does, row.step, row.keys).c_str());
+        const std::string tooltip = step_tooltip(row.does, row.step, row.keys);
+        for (const char* name : row.buttons) {
+            widget_set_enable(home_part(home, name), row.step != nullptr);
+            widget_set_tooltip(home_part(home, name), tooltip.c_str());
+        }
     }
 }
 

@@ -58,7 +58,6 @@ void turn(fs_file_t* file, fs_file_t::direction next) {
     file->last = next;
 }
 
-/// A name beside `path` that no other writer, here or in another process, uses.
 /// Where a symbolic link leads to; the path itself where it is none.
 std::string behind_link(const char* path) {
     std::error_code failed;
@@ -69,7 +68,8 @@ std::string behind_link(const char* path) {
     return {utf8.begin(), utf8.end()};
 }
 
-/// Gives `to` the rights of `from`, if that is there: what only its owner could read stays so.
+/// Gives `to` the rights of `from`, if that is there and its owner may write it: a file that must not be written
+/// could not be filled, nor taken away again where the system refuses to replace it.
 void take_rights(const char* from, const char* to) {
     std::error_code failed;
     const std::filesystem::perms rights = std::filesystem::status(to_path(from), failed).permissions();
@@ -78,6 +78,7 @@ void take_rights(const char* from, const char* to) {
         std::filesystem::permissions(to_path(to), rights, failed);
 }
 
+/// A name beside `path` that no other writer, here or in another process, uses.
 std::string name_beside(const char* path) {
     static const unsigned process = std::random_device{}();
     static std::atomic<unsigned> counter{0};
@@ -217,9 +218,12 @@ ret_t fs_write_whole(const char* path, const std::string& text) {
     if (fs_is_device(os_fs(), path)) return write_file(path, "wb", text);
     const std::string target = behind_link(path);
     const std::string beside = name_beside(target.c_str());
-    const bool written = write_file(beside.c_str(), "wb", text) == RET_OK;
-    if (written) take_rights(target.c_str(), beside.c_str());
-    if (written && platform_replace_file(beside.c_str(), target.c_str())) return RET_OK;
+    // Empty first: what only its owner may read is never to be read by others, not even for a moment.
+    const bool made = write_file(beside.c_str(), "wb", "") == RET_OK;
+    if (made) take_rights(target.c_str(), beside.c_str());
+    if (made && write_file(beside.c_str(), "wb", text) == RET_OK &&
+        platform_replace_file(beside.c_str(), target.c_str()))
+        return RET_OK;
     fs_remove_file(os_fs(), beside.c_str());
     return RET_FAIL;
 }

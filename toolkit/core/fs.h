@@ -46,7 +46,7 @@ using fs_file_ptr = std::unique_ptr<fs_file_t, fs_file_closer>;
 bool fs_read_all(const char* path, std::string* text);
 /// Writes beside `path` and renames, so that a reader sees the old or the new content and a failure leaves the old.
 /// A device or a pipe is written into; of a symbolic link what it leads to is replaced, and the link stays. A file
-/// that was there before keeps its rights.
+/// that was there before keeps its rights where its owner may write it.
 [[nodiscard]] ret_t fs_write_whole(const char* path, const std::string& text);
 /// Appends `text` to `path`, creating the file when missing (never its folder). RET_FAIL when it cannot.
 [[nodiscard]] ret_t fs_append(const char* path, const std::string& text);

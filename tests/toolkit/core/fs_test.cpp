@@ -279,6 +279,12 @@ TEST_F(fs_files, a_file_that_is_replaced_keeps_its_rights) {
         ASSERT_EQ(fs_write_whole(path("a").c_str(), "second"), RET_OK);
         EXPECT_EQ(std::filesystem::status(system_path() / "a").permissions(), rights);
     }
+    EXPECT_EQ(content("a"), "second");
+    std::filesystem::permissions(system_path() / "a", perms::owner_read);
+    ASSERT_EQ(fs_write_whole(path("a").c_str(), "third"), RET_OK);
+    EXPECT_EQ(content("a"), "third");
+    EXPECT_NE(std::filesystem::status(system_path() / "a").permissions() & perms::owner_write, perms::none);
+    EXPECT_EQ(files(), 1U);
 }
 
 TEST_F(fs_files, a_device_is_written_into_and_not_replaced) {
